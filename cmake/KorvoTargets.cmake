@@ -1,0 +1,58 @@
+# How every target of this project is compiled, in one place.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(APPLE)
+  set(CMAKE_INSTALL_RPATH "@loader_path/../${CMAKE_INSTALL_LIBDIR}")
+else()
+  set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}:$ORIGIN")
+endif()
+
+find_program(KORVO_CCACHE ccache)
+if(KORVO_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${KORVO_CCACHE}")
+endif()
+
+# No silent fused operations: results must not depend on the compiler's choice of them.
+add_library(korvo_options INTERFACE)
+target_compile_options(korvo_options INTERFACE
+  -ffp-contract=off -fno-math-errno -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+  -Wno-sign-conversion $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond>
+  -Wno-ignored-qualifiers)  # `double* const get()` is part of the binary interface
+if(KORVO_WERROR)
+  target_compile_options(korvo_options INTERFACE -Werror)
+endif()
+if(KORVO_SANITIZE)
+  target_compile_options(korvo_options INTERFACE
+    -fsanitize=${KORVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(korvo_options INTERFACE -fsanitize=${KORVO_SANITIZE})
+endif()
+target_include_directories(korvo_options INTERFACE
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+
+# korvo_static(name DIR): a static helper from all sources of its folder.
+function(korvo_static name)
+  file(GLOB sources CONFIGURE_DEPENDS *.cpp)
+  if(NOT sources)
+    set(sources ${PROJECT_SOURCE_DIR}/cmake/empty.cpp)
+  endif()
+  add_library(${name} STATIC ${sources})
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:korvo_options>)
+  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+endfunction()
+
+# korvo_shared(name EXPORT_DEFINE sources...): a shared library of its own ABI version.
+function(korvo_shared name define)
+  add_library(${name} SHARED ${ARGN})
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:korvo_options>)
+  target_compile_definitions(${name} PRIVATE ${define})
+  target_include_directories(${name} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "kinematics/KMachineElem.h"
+#include "kinematics/KMachineValue.h"
+#include "kinematics/tolerances.h"
+#include "platform/zgeo/UMatrix.h"
+
+namespace zkin {
+
+/// What a walk needs of a machine: its elements, and for axis number k at place k - 1 the place of
+/// that axis in a position.
+struct MachineView {
+  const std::vector<KMachineElem>& elements;
+  const std::vector<int>& axisValueIndex;
+};
+
+/// The chain of an element, root first, without allocating up to kChainFixed elements.
+///
+/// Built by following previous-element indices from the element; the first element in rank order
+/// carries an index. A cycle of links never ends: that is the interface's.
+class ChainWalk {
+ public:
+  ChainWalk(const std::vector<KMachineElem>& elements, const KMachineElem* e);
+  ChainWalk(const ChainWalk&) = delete;
+  ChainWalk& operator=(const ChainWalk&) = delete;
+
+  const KMachineElem* const* begin() const { return first_; }
+  const KMachineElem* const* end() const { return first_ + size_; }
+  std::size_t size() const { return size_; }
+
+ private:
+  void addBefore(const KMachineElem* e);
+
+  const KMachineElem* fixed_[kChainFixed];  // filled from its end, so the root comes first
+  std::vector<const KMachineElem*> heap_;   // the whole chain, tip first, once it outgrows fixed_
+  const KMachineElem* const* first_ = nullptr;
+  std::size_t size_ = 0;
+};
+
+/// The value of an axis at a position; 0 for an axis without a place.
+double axisValue(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& axis);
+
+/// `placed` followed by the element's own motion, about or along its axis line as `placed` has
+/// moved it: turns by its value (degrees), slides by its value (mm) or, for a gun, by its length.
+zgeo::UMatrix afterOwnMotion(const MachineView& machine, const KMachineValueBase& v,
+                             const KMachineElem& e, const zgeo::UMatrix& placed);
+
+/// Motion matrix of the last element of its chain: all motions before it and, unless it is
+/// inverted, its own. Identity for null.
+zgeo::UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v,
+                       const KMachineElem* e);
+
+/// Motion matrices of all elements in rank order, in one pass: each element's placement is computed
+/// once, from its predecessor's, by the same steps as `motionOf`.
+void motionsOf(const MachineView& machine, const KMachineValueBase& v,
+               std::vector<zgeo::UMatrix>& out);
+
+}  // namespace zkin

@@ -1,0 +1,178 @@
+// Axis numbering, kinematic class, Denavit-Hartenberg records.
+
+#include <algorithm>
+#include <atomic>
+#include <new>
+
+#include "kinematics/ChainAnalysis.h"
+#include "kinematics/DenavitHartenberg.h"
+#include "kinematics/KMachine.h"
+#include "platform/zgeo/UTools.h"
+
+using zgeo::UTools;
+using zgeo::UVec3d;
+
+namespace zkin {
+
+// Deliberate: one record for the process, overwritten by every lookup that finds one.
+KMachine::_sUKine KMachine::_NOKine = {-1, -1, 0, 0, 0};
+
+namespace {
+
+using Type = KMachineElem::KME_TYPE;
+
+std::ptrdiff_t countOf(const std::vector<KMachineElem>& elements, Type type) {
+  return std::count_if(elements.begin(), elements.end(),
+                       [type](const KMachineElem& e) { return e.getElemType() == type; });
+}
+
+void traceElements(const std::vector<KMachineElem>& elements) {
+  if (!UTools::_isTracing()) return;
+  for (std::size_t k = 0; k < elements.size(); ++k) {
+    elements[k].dump(UTools::_formatted(L"e[%d]", static_cast<int>(k)).c_str());
+  }
+}
+
+// Relaxed atomic stores: threads that look up at once mix records but never race.
+void store(KMachine::_sUKine& to, const KMachine::_sUKine& from) {
+  const auto put = [](int& target, int value) {
+    std::atomic_ref<int>(target).store(value, std::memory_order_relaxed);
+  };
+  put(to.toolIndex, from.toolIndex);
+  put(to.rotuleIndex, from.rotuleIndex);
+  put(to.kinematicClass, from.kinematicClass);
+  put(to.armType, from.armType);
+  put(to.wristType, from.wristType);
+}
+
+const KMachineElem* before(const std::vector<KMachineElem>& elements, const KMachineElem* e) {
+  return KMachine::_getElemByIndex(elements, e->getPrevIndex());
+}
+
+bool isRotary(const KMachineElem& e) { return e.getElemType() == KMachineElem::KMET_TYPE_AROT; }
+
+// The tool point's offset from the head's rotary axes, less the part side's rotary points.
+UVec3d legacyOffsetOf(const std::vector<KMachineElem>& elements, const KMachineElem* e) {
+  UVec3d offset;
+  for (; e && (e->getElemType() == KMachineElem::KMET_TYPE_TOOL || isRotary(*e));
+       e = before(elements, e)) {
+    offset = e->getElemPivot();  // Deliberate: the last one's point, not a sum
+  }
+  if (e) e = before(elements, e);  // the first other element is passed over
+  for (; e; e = before(elements, e)) {
+    if (isRotary(*e) || e->getElemType() == KMachineElem::KMET_TYPE_PART) {
+      offset -= e->getElemPivot();
+    }
+  }
+  return offset;
+}
+
+void shiftLimits(KMachineElem* axis, double by) {
+  if (!axis) return;
+  if (axis->hasMax()) axis->setMax(axis->getMax() - by, true);
+  if (axis->hasMin()) axis->setMin(axis->getMin() - by, true);
+}
+
+}  // namespace
+
+int KMachine::finalise() try {
+  traceElements(elements_);
+  axisNum_ = 0;
+  axisValueIndex_.clear();
+  const bool complete = isComplete();
+  if (complete) {
+    numberAxes();
+    applyLegacyOffset();
+  }
+  KMachineValueBase* probe = newMachineValue();  // says so when positions cannot have this size
+  KMachineValueBase::_release(probe);
+  initTools();
+  return complete ? 0 : -1;
+} catch (const std::bad_alloc&) {
+  return -1;
+}
+
+bool KMachine::isComplete() const {
+  const auto frames = countOf(elements_, KMachineElem::KMET_TYPE_BATI);
+  return frames == 1 && countOf(elements_, KMachineElem::KMET_TYPE_TOOL) > 0 &&
+         countOf(elements_, KMachineElem::KMET_TYPE_PART) == frames;
+}
+
+// Axis numbers may have gaps; places in a position are dense and follow the axis numbers.
+void KMachine::numberAxes() {
+  std::vector<const KMachineElem*> carriers;  // of axis number k at k - 1: the first, or null
+  for (const KMachineElem& e : elements_) {
+    if (e.getElemIndex() < 1) continue;
+    const std::size_t place = static_cast<std::size_t>(e.getElemIndex()) - 1;
+    if (carriers.size() <= place) carriers.resize(place + 1);
+    if (!carriers[place]) carriers[place] = &e;
+  }
+  axisElems_.clear();
+  for (const KMachineElem* carrier : carriers) {
+    axisValueIndex_.push_back(carrier ? axisNum_++ : -1);
+    if (carrier) axisElems_.push_back(carrier);
+  }
+  for (KMachineElem& e : elements_) {
+    if (e.getElemIndex() > 0) e.setValueIndex(axisValueIndex_[e.getElemIndex() - 1]);
+  }
+}
+
+void KMachine::applyLegacyOffset() {
+  const KMachineElem* tool = getElemByIndex(KMachineElem::_getToolIndex(currentTool_));
+  if (version_ != 2 || !tool || !getElemByIndex(KMachineElem::KMET_PART)) return;
+  legacyOffset_ = legacyOffsetOf(elements_, tool);
+  shiftLimits(getElemByIndex(1), legacyOffset_.x);
+  shiftLimits(getElemByIndex(2), legacyOffset_.y);
+  shiftLimits(getElemByIndex(3), legacyOffset_.z);
+}
+
+// Deliberate: as many tools as there are TOOL elements, guns not counted although they are
+// numbered with them; and every run adds records.
+void KMachine::initTools() {
+  const auto tools = countOf(elements_, KMachineElem::KMET_TYPE_TOOL);
+  for (int t = 1; t <= tools; ++t) addKine(t, initDHm(t));
+}
+
+KMachine::_sUKine KMachine::initDHm(int tool) {
+  const Chain chain = getToolChain(true, tool);
+  const std::vector<DhFrame> frames = dhFrames(chain);
+  for (std::size_t k = 0; k < chain.size(); ++k) {
+    KMachineElem* e = const_cast<KMachineElem*>(chain[k]);  // an element of this machine
+    e->setDHmRef(frames[k].parameters);
+    e->setDHmValue(frames[k].parameters);
+    e->setElemPivot(frames[k].origin);
+  }
+  return analysis(tool);
+}
+
+KMachine::_sUKine KMachine::analysis(int tool) const {
+  UVec3d unused;
+  const KMachineElem* e = toolElem(tool);
+  return classify(getChain(e), getToolIndex(tool), hasRotule(unused, tool), e);
+}
+
+int KMachine::hasRotule(UVec3d& centre, int tool) const {
+  const int index = ballJointOf(getToolChain(true, tool));
+  if (index != 0) centre.set(0, 0, 0);  // Deliberate: never the joint's centre
+  return index;
+}
+
+void KMachine::addKine(int tool, const _sUKine& k) {
+  _sUKine& found = getKine(tool);
+  // Deliberate: compares an element index with a tool number, so records of tools are appended.
+  if (found.toolIndex == tool) {
+    store(found, k);
+  } else {
+    kines_.push_back(k);
+  }
+}
+
+KMachine::_sUKine& KMachine::getKine(int tool) const {
+  const int wanted = getToolIndex(tool);
+  for (const _sUKine& kine : kines_) {
+    if (kine.toolIndex == wanted) store(_NOKine, kine);
+  }
+  return _NOKine;
+}
+
+}  // namespace zkin

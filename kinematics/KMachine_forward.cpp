@@ -1,0 +1,105 @@
+// Element placement, tool frames, tool point.
+
+#include "kinematics/ChainWalk.h"
+#include "kinematics/KMachine.h"
+
+using zgeo::UMatrix;
+using zgeo::UVec3d;
+
+namespace zkin {
+
+UMatrix KMachine::getMatrix(const KMachineValueBase& v, const KMachineElem* e) const {
+  return motionOf({elements_, axisValueIndex_}, v, e);
+}
+
+UMatrix KMachine::getMatrix(const KMachineValueBase& v, int elemIndex) const {
+  return getMatrix(v, getElemByIndex(elemIndex));
+}
+
+void KMachine::getMatrices(const KMachineValueBase& v, std::vector<UMatrix>& out) const {
+  motionsOf({elements_, axisValueIndex_}, v, out);
+}
+
+UMatrix KMachine::getMatrix1(const KMachineValueBase& v) const {
+  return getMatrix(v, toolElem(currentTool_));
+}
+
+UMatrix KMachine::getMatrix(const KMachineValueBase& v) const { return getMatrix_H2T(v); }
+
+UMatrix KMachine::getMatrix_H2T(const KMachineValueBase& v) const {
+  const KMachineElem* tool = toolElem(currentTool_);
+  UMatrix motion = getMatrix(v, tool);
+  if (tool) motion.setOrigin(motion * tool->getElemPivot());
+  return motion;
+}
+
+UMatrix KMachine::getMatrix_TP2U(const KMachineValueBase& v) const {
+  const KMachineElem* tool = toolElem(currentTool_);
+  const UMatrix motion = getMatrix(v, tool);
+  UVec3d point, dir;
+  if (tool) {
+    point = motion * tool->getElemPivot();
+    dir = tool->getElemAxis().normalised();
+    motion.applyDir(dir);
+  }
+  UMatrix h2t = motion;
+  if (tool) h2t.setOrigin(point);
+  UMatrix tip = mac2uni_ * h2t;
+  const double length = tool ? tool->getTHELength() : -1.0;
+  tip.setOrigin(mac2uni_ * (point - dir * length));
+  return tip;
+}
+
+bool KMachine::getTool(const KMachineValueBase& v, UVec3d& pos, UVec3d& dir, int tool) const {
+  const KMachineElem* e = toolElem(tool);
+  if (!e) return false;
+  const UMatrix motion = getMatrix(v, e);
+  pos = motion * e->getElemPivot();
+  dir = e->getElemAxis().normalised();
+  motion.applyDir(dir);
+  return true;
+}
+
+bool KMachine::getElemAxis(const KMachineValueBase& v, int elemIndex, UVec3d& dir,
+                           UVec3d& point) const {
+  const KMachineElem* e = getElemByIndex(elemIndex);
+  if (!e) return false;
+  const UMatrix motion = getMatrix(v, e);
+  point = motion * e->getElemPivot();
+  dir = e->getElemAxis();
+  motion.applyDir(dir);
+  return true;
+}
+
+bool KMachine::getElemAxis(const KMachineValueBase& v, int elemIndex, UVec3d& dir) const {
+  UVec3d point;
+  return getElemAxis(v, elemIndex, dir, point);
+}
+
+void KMachine::setUNI2MAC(const UMatrix& m) {
+  const UMatrix inverse = m.inverse();  // first: m may be one of the two
+  uni2mac_ = m;
+  mac2uni_ = inverse;
+}
+
+double KMachine::getTHELength(int tool) const {
+  const KMachineElem* e = toolElem(tool);
+  return e ? e->getTHELength() : -1.0;
+}
+
+bool KMachine::setTHELength(double length, int tool) const {
+  const KMachineElem* e = toolElem(tool);
+  if (e) e->setTHELength(length);
+  return e != nullptr;
+}
+
+// Hooked elements of the chain are stored for the host; nothing here depends on them.
+void KMachine::updateDHm(const KMachineValueBase& v, int tool) const {
+  const MachineView machine{elements_, axisValueIndex_};
+  const KMachineElem* e = toolElem(tool);
+  for (const KMachineElem* c : ChainWalk(elements_, e)) {
+    if (c->isActive() && c->getElemIndex() > 0) c->setUMVValue(axisValue(machine, v, *c));
+  }
+}
+
+}  // namespace zkin

@@ -1,0 +1,291 @@
+#include "kinematics/read/DefinitionReader.h"
+
+#include <algorithm>
+
+#include "kinematics/KMachine.h"
+#include "kinematics/tolerances.h"
+#include "platform/os/Files.h"
+#include "platform/text/Keywords.h"
+#include "platform/text/Lines.h"
+#include "platform/zgeo/UTools.h"
+
+using korvo::text::Keyword;
+using zgeo::UTools;
+using zgeo::UVec3d;
+
+namespace zkin {
+namespace {
+
+using Tokens = std::vector<std::wstring>;
+
+constexpr const wchar_t* kFolderWord = L"$ZRN_MACHINE_DEF";
+
+std::wstring withoutAxePrefix(const std::wstring& name) {
+  return UTools::_removeFrom(name, L"AXE_");  // Deliberate: in this case only, first place only
+}
+
+std::wstring replacedAll(std::wstring text, const std::wstring& what, const std::wstring& by) {
+  for (std::size_t at = text.find(what); at != std::wstring::npos;
+       at = text.find(what, at + by.size())) {
+    text.replace(at, what.size(), by);
+  }
+  return text;
+}
+
+bool isReadable(const std::wstring& path) { return korvo::os::_waccess(path.c_str(), 4) == 0; }
+
+// The state of one reading: the definition so far and where the next element hangs.
+class DefinitionReader {
+ public:
+  explicit DefinitionReader(const ReadContext& context) : context_(context) {
+    definition_.elements.reserve(9);
+  }
+
+  void readLine(const std::wstring& line);
+  Definition take() { return std::move(definition_); }
+
+ private:
+  void readLink(const std::wstring& operand);
+  void readLoop(const Tokens& operands);
+  void readElement(const std::wstring& line);
+  void readMinimum(const Tokens& operands);
+  void readMaximum(const Tokens& operands);
+  void readLimits(const Tokens& operands);
+  void readRotationPoint(const Tokens& operands);
+  void readCollisions(const Tokens& operands);
+
+  void findGeometry(KMachineElem& e) const;
+  void number(KMachineElem& e);
+  void reverseBehindPart();
+  int indexOfName(const std::wstring& name, int version) const;
+  KMachineElem* elementOf(int index);
+  KMachineElem* limitedAxis(const Tokens& operands);
+  std::vector<int> collisionGroup(const std::wstring& word) const;
+
+  const ReadContext& context_;
+  Definition definition_;
+  int link_ = KMachineElem::KMET_NONE;  // the next element hangs on the element of this index
+  int stop_ = KMachineElem::KMET_NONE;  // a part reverses the chain behind it up to this one
+  int geometries_ = 0;
+};
+
+// --- keywords
+
+int intOperand(const Tokens& parts) {
+  int pos = 1, value = 0;
+  KMachineElem::_readValue(parts, pos, value);
+  return value;
+}
+
+void DefinitionReader::readLine(const std::wstring& line) {
+  const Tokens parts = UTools::_split(line, L'=', false);
+  if (parts.empty()) return;
+  const Keyword keyword = korvo::text::keywordOf(parts[0]);
+  if (korvo::text::isElementKeyword(keyword)) return readElement(line);
+  const std::wstring operand = parts.size() > 1 ? parts[1] : std::wstring();
+  const Tokens operands = parts.size() > 1 ? UTools::_split(operand, L',', true) : Tokens();
+  switch (keyword) {
+    case Keyword::link:
+      return readLink(operand);
+    case Keyword::loop:
+      return readLoop(operands);
+    case Keyword::strategy:
+      definition_.strategy = intOperand(parts);
+      return;
+    case Keyword::mode:
+      definition_.modeRTCP = intOperand(parts);
+      return;
+    case Keyword::minimum:
+      return readMinimum(operands);
+    case Keyword::maximum:
+      return readMaximum(operands);
+    case Keyword::limits:
+      return readLimits(operands);
+    case Keyword::rotationPoint:
+      return readRotationPoint(operands);
+    case Keyword::collision:
+      return readCollisions(operands);
+    default:
+      return;  // an unknown keyword
+  }
+}
+
+// --- links
+
+int DefinitionReader::indexOfName(const std::wstring& name, int version) const {
+  const KMachineElem* e = KMachine::_getElemByName(definition_.elements, name.c_str(), version);
+  return e ? e->getElemIndex() : static_cast<int>(KMachineElem::KMET_NONE);
+}
+
+KMachineElem* DefinitionReader::elementOf(int index) {
+  return const_cast<KMachineElem*>(KMachine::_getElemByIndex(definition_.elements, index));
+}
+
+void DefinitionReader::readLink(const std::wstring& operand) {
+  const std::wstring name = withoutAxePrefix(operand);
+  const KMachineElem* e =
+      KMachine::_getElemByName(definition_.elements, name.c_str(), context_.version);
+  if (e) link_ = e->getElemIndex();
+  stop_ = e ? e->getElemIndex() : static_cast<int>(KMachineElem::KMET_NONE);
+}
+
+// Deliberate: hooks the element whose index is the link, which after a link line is not the one
+// added last.
+void DefinitionReader::readLoop(const Tokens& operands) {
+  const std::wstring name = operands.empty() ? std::wstring() : withoutAxePrefix(operands[0]);
+  UVec3d point;
+  int pos = 1;
+  KMachineElem::_readVector(operands, pos, point);
+  if (KMachineElem* e = elementOf(link_)) e->setHook(indexOfName(name, context_.version), point);
+}
+
+// --- elements
+
+void DefinitionReader::readElement(const std::wstring& line) {
+  KMachineElem e(line, context_.version);
+  if (e.getElemType() == KMachineElem::KMET_TYPE_NONE) return;
+  findGeometry(e);
+  e.setPrevIndex(link_);
+  number(e);
+  if (e.getElemType() == KMachineElem::KMET_TYPE_PART) {
+    reverseBehindPart();
+    e.setPrevIndex(KMachineElem::KMET_NONE);
+  }
+  link_ = e.getElemIndex();
+  definition_.elements.push_back(std::move(e));
+}
+
+void DefinitionReader::findGeometry(KMachineElem& e) const {
+  if (e.getGeomFile().empty()) return;
+  bool found = isReadable(e.getGeomFile());
+  if (!found) {
+    const std::wstring beside = replacedAll(e.getGeomFile(), kFolderWord, context_.folder);
+    found = isReadable(beside);
+    if (found) e.setGeomFile(beside);
+  }
+  UTools::_trace(found ? L"\t(actual geom. file OK %s)" : L"\t(geom. file not found %s)",
+                 e.getGeomFile().c_str());
+}
+
+void DefinitionReader::number(KMachineElem& e) {
+  if (e.isTool()) e.setElemIndex(KMachineElem::_getToolIndex(++definition_.tools));
+  if (e.getElemType() == KMachineElem::KMET_TYPE_GEOM) e.setElemIndex(-200 - ++geometries_);
+}
+
+// The part becomes the root: the elements from the link to the stop hang on their successors and
+// run on the part's side. Turning links around ends on any chain, a ring included.
+void DefinitionReader::reverseBehindPart() {
+  int partSide = KMachineElem::KMET_PART;
+  for (KMachineElem* e = elementOf(link_); e;) {
+    const int before = e->getPrevIndex();
+    e->invert();
+    e->setPrevIndex(partSide);
+    partSide = e->getElemIndex();
+    e = partSide == stop_ ? nullptr : elementOf(before);
+  }
+}
+
+// --- limits
+
+KMachineElem* DefinitionReader::limitedAxis(const Tokens& operands) {
+  const std::wstring name = operands.empty() ? std::wstring() : withoutAxePrefix(operands[0]);
+  for (KMachineElem& e : definition_.elements) {
+    if (korvo::os::_wcsicmp(e.getElemName().c_str(), name.c_str()) == 0) return &e;
+  }
+  return nullptr;
+}
+
+void readMin(KMachineElem& axis, const Tokens& operands, int& pos) {
+  double value = 0.0;
+  const bool isSet = KMachineElem::_readValue(operands, pos, value);
+  axis.setMin(value, isSet);
+}
+
+void readMax(KMachineElem& axis, const Tokens& operands, int& pos) {
+  double value = 0.0;
+  const bool isSet = KMachineElem::_readValue(operands, pos, value);
+  axis.setMax(value, isSet);
+}
+
+void DefinitionReader::readMinimum(const Tokens& operands) {
+  int pos = 1;
+  if (KMachineElem* axis = limitedAxis(operands)) readMin(*axis, operands, pos);
+}
+
+void DefinitionReader::readMaximum(const Tokens& operands) {
+  int pos = 1;
+  if (KMachineElem* axis = limitedAxis(operands)) readMax(*axis, operands, pos);
+}
+
+// Deliberate: a minimum that does not scan leaves its operand to the maximum.
+void DefinitionReader::readLimits(const Tokens& operands) {
+  int pos = 1;
+  KMachineElem* axis = limitedAxis(operands);
+  if (!axis) return;
+  readMin(*axis, operands, pos);
+  readMax(*axis, operands, pos);
+}
+
+// --- rotation points and collisions
+
+void DefinitionReader::readRotationPoint(const Tokens& operands) {
+  const int count = static_cast<int>(operands.size());
+  if (count <= context_.axisNum) return;
+  KMachineValue<12> point;
+  // Deliberate: an operand that does not scan is tried again for ever.
+  for (int pos = 0; pos < count && pos < kMaxAxes;) {
+    const int place = pos;
+    double value = 0.0;
+    if (KMachineElem::_readValue(operands, pos, value)) point[place] = value;
+  }
+  definition_.rotationPoints.push_back(point);
+}
+
+bool isToolWord(const std::wstring& word) {
+  static constexpr const wchar_t* kWords[] = {L"axe_outil", L"outil", L"tool", L"gun", L"gundrill"};
+  return std::any_of(std::begin(kWords), std::end(kWords),
+                     [&](const wchar_t* w) { return korvo::os::_wcsicmp(word.c_str(), w) == 0; });
+}
+
+// Deliberate: the name comes first, by the version-2 rules in every version; since every tool is
+// named OUTIL, "outil" gives only the first tool once one was read.
+std::vector<int> DefinitionReader::collisionGroup(const std::wstring& word) const {
+  const KMachineElem* e = KMachine::_getElemByName(definition_.elements, word.c_str(), 2);
+  if (e) return {e->getElemIndex()};
+  std::vector<int> tools;
+  if (isToolWord(word)) KMachine::_getToolsIndices(definition_.elements, tools);
+  return tools;
+}
+
+void DefinitionReader::readCollisions(const Tokens& operands) {
+  if (operands.size() < 2) return;
+  const std::vector<int> group1 = collisionGroup(operands[0]);
+  std::vector<int> group2;
+  for (std::size_t i = 1; i < operands.size(); ++i) {
+    const std::vector<int> more = collisionGroup(operands[i]);
+    group2.insert(group2.end(), more.begin(), more.end());
+  }
+  for (const int a : group1) {
+    for (const int b : group2) definition_.collisions.emplace_back(a, b);
+  }
+}
+
+}  // namespace
+
+Definition readDefinition(std::FILE* file, const ReadContext& context) {
+  korvo::text::LineReader lines(file);
+  DefinitionReader reader(context);
+  std::wstring line, clean;
+  while (lines.next(line)) {
+    korvo::text::cleanLine(line, clean);
+    if (!clean.empty()) reader.readLine(clean);
+  }
+  return reader.take();
+}
+
+std::wstring folderOf(const std::wstring& path) {
+  const std::size_t end = path.find_last_of(L"\\/");
+  return end == std::wstring::npos ? L"." : path.substr(0, end);
+}
+
+}  // namespace zkin

@@ -1,0 +1,142 @@
+#ifndef _WIN32
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "platform/os/Files.h"
+#include "platform/os/Names.h"
+
+namespace korvo::os {
+namespace {
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { closedir(folder); }
+};
+using Folder = std::unique_ptr<DIR, CloseFolder>;
+
+/// The bytes that a wide path may stand for, the likelier first.
+using Readings = std::array<std::optional<std::string>, 2>;
+
+bool exists(const std::string& path) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0;
+}
+
+bool isRegular(const std::string& path) {
+  struct stat status;
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+std::string withSlashes(std::string path) {
+  std::ranges::replace(path, '\\', '/');
+  return path;
+}
+
+/// The one entry of `folder` that is `name` ignoring case; nothing when none or several are.
+std::optional<std::string> onlyFit(const std::string& folder, std::string_view name) {
+  const Folder entries(opendir(folder.empty() ? "." : folder.c_str()));
+  if (!entries) return std::nullopt;
+  std::optional<std::string> fit;
+  while (const dirent* entry = readdir(entries.get())) {
+    if (!isSameIgnoringCase(entry->d_name, name)) continue;
+    if (fit) return std::nullopt;
+    fit = entry->d_name;
+  }
+  return fit;
+}
+
+/// Path `folder` (empty, or ended by a slash) and `name`, as written or else as the folder spells
+/// it; nothing when there is no such entry.
+std::optional<std::string> spelled(const std::string& folder, std::string_view name) {
+  std::string asWritten = folder + std::string(name);
+  if (exists(asWritten)) return asWritten;
+  const std::optional<std::string> fit = onlyFit(folder, name);
+  if (!fit) return std::nullopt;
+  return folder + *fit;
+}
+
+/// The path with each name as its folder spells it; nothing when a name is not there.
+std::optional<std::string> asFoldersSpell(std::string_view path) {
+  std::string found;
+  while (!path.empty()) {
+    const std::size_t length = std::min(path.find('/'), path.size());
+    if (length > 0) {
+      std::optional<std::string> longer = spelled(found, path.substr(0, length));
+      if (!longer) return std::nullopt;
+      found = *std::move(longer);
+    }
+    path.remove_prefix(length);
+    const std::size_t slashes = std::min(path.find_first_not_of('/'), path.size());
+    found.append(path.substr(0, slashes));
+    path.remove_prefix(slashes);
+  }
+  if (!exists(found)) return std::nullopt;
+  return found;
+}
+
+/// The first reading that names something: as it stands, or as `change` gives it.
+template <class Change>
+std::optional<std::string> firstThere(const Readings& readings, const Change& change) {
+  for (const std::optional<std::string>& reading : readings) {
+    if (!reading) continue;
+    const std::optional<std::string> path = change(*reading);
+    if (path && exists(*path)) return path;
+  }
+  return std::nullopt;
+}
+
+/// The narrow path of what a wide one names, of whatever kind. A path as written comes before all
+/// others, so a name that a folder can hold always finds itself.
+std::optional<std::string> find(const std::wstring& path) {
+  using Path = std::optional<std::string>;
+  const Readings readings{utf8Of(path), bytesOf(path)};
+  if (Path found = firstThere(readings, [](const std::string& p) { return Path(p); })) return found;
+  if (Path found = firstThere(readings, [](const std::string& p) { return Path(withSlashes(p)); }))
+    return found;
+  return firstThere(readings, [](const std::string& p) { return asFoldersSpell(withSlashes(p)); });
+}
+
+bool isRegular(int descriptor) {
+  struct stat status;
+  return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+/// Without O_NONBLOCK the open would wait for the writer of a pipe that took the file's place
+/// since it was looked at.
+int openDescriptor(const std::string& path) {
+  return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
+}  // namespace
+
+std::optional<std::string> resolve(const std::wstring& path) {
+  std::optional<std::string> found = find(path);
+  if (found && !isRegular(*found)) found.reset();
+  return found;
+}
+
+File openRead(const std::wstring& path) {
+  const std::optional<std::string> found = resolve(path);
+  if (!found) return nullptr;
+  const int descriptor = openDescriptor(*found);
+  if (descriptor < 0) return nullptr;
+  File file(isRegular(descriptor) ? fdopen(descriptor, "rb") : nullptr);
+  if (!file) close(descriptor);
+  return file;
+}
+
+int _waccess(const wchar_t* path, int mode) {
+  if (path == nullptr) return -1;
+  if (mode == 0) return find(path) ? 0 : -1;
+  return mode == 4 && openRead(path) ? 0 : -1;
+}
+
+}  // namespace korvo::os
+
+#endif
