@@ -22,6 +22,8 @@ add_library(korvo_options INTERFACE)
 target_compile_options(korvo_options INTERFACE
   -ffp-contract=off -fno-math-errno -Wall -Wextra -Wpedantic -Wshadow -Wconversion
   -Wno-sign-conversion $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond>
+  $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>  # such symbols would keep a library from unloading
+ 
   -Wno-ignored-qualifiers)  # `double* const get()` is part of the binary interface
 if(KORVO_WERROR)
   target_compile_options(korvo_options INTERFACE -Werror)

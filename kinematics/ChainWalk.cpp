@@ -36,23 +36,37 @@ double axisValue(const MachineView& machine, const KMachineValueBase& v, const K
   return v[machine.axisValueIndex[k]];
 }
 
-UMatrix afterOwnMotion(const MachineView& machine, const KMachineValueBase& v,
-                       const KMachineElem& e, const UMatrix& placed) {
+namespace {
+
+void slide(UMatrix& placed, const UVec3d& by) { placed.setOrigin(placed.getOrigin() + by); }
+
+// The same as `_rotation(axis, point, angle) * placed` of rigid transforms, without the products
+// with their last rows.
+void turn(UMatrix& placed, const UMatrix& rotation, const UVec3d& point) {
+  for (int j = 0; j < 3; ++j) {
+    UVec3d column(placed(0, j), placed(1, j), placed(2, j));
+    rotation.applyDir(column);
+    placed(0, j) = column.x, placed(1, j) = column.y, placed(2, j) = column.z;
+  }
+  placed.setOrigin(point + rotation * (placed.getOrigin() - point));
+}
+
+}  // namespace
+
+void moveByOwn(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& e,
+               UMatrix& placed) {
   UVec3d dir = e.getElemAxis();
+  placed.applyDir(dir);
   switch (e.getElemType()) {
-    case KMachineElem::KMET_TYPE_AROT: {
-      placed.applyDir(dir);
-      const UVec3d point = placed * e.getElemPivot();
-      return UMatrix::_rotation(dir, point, axisValue(machine, v, e) * kDegToRad) * placed;
-    }
+    case KMachineElem::KMET_TYPE_AROT:
+      return turn(placed, UMatrix::_rotation(dir, axisValue(machine, v, e) * kDegToRad),
+                  placed * e.getElemPivot());
     case KMachineElem::KMET_TYPE_ALIN:
-      placed.applyDir(dir);
-      return UMatrix::_translation(dir * axisValue(machine, v, e)) * placed;
+      return slide(placed, dir * axisValue(machine, v, e));
     case KMachineElem::KMET_TYPE_DGUN:
-      placed.applyDir(dir);
-      return UMatrix::_translation(dir * e.getTHELength()) * placed;
+      return slide(placed, dir * e.getTHELength());
     default:
-      return placed;
+      return;
   }
 }
 
@@ -61,7 +75,7 @@ UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v, const K
   if (!e) return motion;
   for (const KMachineElem* c : ChainWalk(machine.elements, e)) {
     if (c == e && e->isInverted()) break;  // moved only by what carries it
-    motion = afterOwnMotion(machine, v, *c, motion);
+    moveByOwn(machine, v, *c, motion);
   }
   return motion;
 }
@@ -111,9 +125,10 @@ void motionsOf(const MachineView& machine, const KMachineValueBase& v, std::vect
   std::vector<UMatrix> after(elements.size());
   out.assign(elements.size(), UMatrix());
   for (const std::size_t r : rootsFirst(previous)) {
-    const UMatrix before = previous[r] == kNoRank ? UMatrix() : after[previous[r]];
-    after[r] = afterOwnMotion(machine, v, elements[r], before);
-    out[r] = elements[r].isInverted() ? before : after[r];
+    if (previous[r] != kNoRank) after[r] = after[previous[r]];
+    out[r] = after[r];
+    moveByOwn(machine, v, elements[r], after[r]);
+    if (!elements[r].isInverted()) out[r] = after[r];
   }
 }
 

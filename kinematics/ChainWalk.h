@@ -43,10 +43,11 @@ class ChainWalk {
 /// The value of an axis at a position; 0 for an axis without a place.
 double axisValue(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& axis);
 
-/// `placed` followed by the element's own motion, about or along its axis line as `placed` has
-/// moved it: turns by its value (degrees), slides by its value (mm) or, for a gun, by its length.
-zgeo::UMatrix afterOwnMotion(const MachineView& machine, const KMachineValueBase& v,
-                             const KMachineElem& e, const zgeo::UMatrix& placed);
+/// Moves `placed`, the placement of what carries the element, on by the element's own motion about
+/// or along its axis line as `placed` has moved it: it turns by its value (degrees), slides by its
+/// value (mm) or, a gun, by its length. Other elements move nothing.
+void moveByOwn(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& e,
+               zgeo::UMatrix& placed);
 
 /// Motion matrix of the last element of its chain: all motions before it and, unless it is
 /// inverted, its own. Identity for null.

@@ -2,9 +2,6 @@
 
 #include "kinematics/KMachine.h"
 
-#include <new>
-
-#include "kinematics/ChainWalk.h"
 #include "platform/zgeo/UTools.h"
 
 using zgeo::UTools;
@@ -18,58 +15,8 @@ KMachine::KMachine(const wchar_t* path, int version)
 
 KMachine::~KMachine() = default;
 
-KMachine::KMachine(const KMachine& o)
-    : dataFilePNE_(o.dataFilePNE_),
-      elements_(o.elements_),
-      version_(o.version_),
-      strategy_(o.strategy_),
-      modeRTCP_(o.modeRTCP_),
-      axisNum_(o.axisNum_),
-      axisValueIndex_(o.axisValueIndex_),
-      kines_(o.kines_),
-      collCheck_(o.collCheck_),
-      uni2mac_(o.uni2mac_),
-      mac2uni_(o.mac2uni_),
-      legacyOffset_(o.legacyOffset_),
-      rotationPoints_(o.rotationPoints_),
-      currentTool_(o.currentTool_) {
-  repointAxisElems(o.axisElemRanks());
-}
-
-KMachine& KMachine::operator=(const KMachine& o) {
-  if (this == &o) return *this;
-  dataFilePNE_ = o.dataFilePNE_;
-  elements_ = o.elements_;
-  version_ = o.version_;
-  strategy_ = o.strategy_;
-  modeRTCP_ = o.modeRTCP_;
-  axisNum_ = o.axisNum_;
-  axisValueIndex_ = o.axisValueIndex_;
-  kines_ = o.kines_;
-  collCheck_ = o.collCheck_;
-  uni2mac_ = o.uni2mac_;
-  mac2uni_ = o.mac2uni_;
-  legacyOffset_ = o.legacyOffset_;
-  rotationPoints_ = o.rotationPoints_;
-  currentTool_ = o.currentTool_;
-  repointAxisElems(o.axisElemRanks());
-  return *this;
-}
-
-// Every entry points into `elements_`, whose first address is taken as it is now.
-std::vector<int> KMachine::axisElemRanks() const {
-  std::vector<int> ranks;
-  ranks.reserve(axisElems_.size());
-  for (const KMachineElem* e : axisElems_) {
-    ranks.push_back(static_cast<int>(e - elements_.data()));
-  }
-  return ranks;
-}
-
-void KMachine::repointAxisElems(const std::vector<int>& ranks) {
-  axisElems_.clear();
-  for (const int rank : ranks) axisElems_.push_back(&elements_[rank]);
-}
+KMachine::KMachine(const KMachine& o) = default;
+KMachine& KMachine::operator=(const KMachine& o) = default;
 
 // --- positions
 

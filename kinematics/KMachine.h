@@ -234,8 +234,6 @@ class KORVO_KINEMATICS_API KMachine {
 
  private:
   const KMachineElem* toolElem(int tool) const;  ///< Element of a tool number; below 1: current.
-  void repointAxisElems(const std::vector<int>& ranks);
-  std::vector<int> axisElemRanks() const;
   bool isComplete() const;
   void numberAxes();
   void applyLegacyOffset();
@@ -248,7 +246,7 @@ class KORVO_KINEMATICS_API KMachine {
   int modeRTCP_ = 0;
   int axisNum_ = 0;
   std::vector<int> axisValueIndex_;
-  std::vector<const KMachineElem*> axisElems_;
+  std::vector<int> axisElems_;  // ranks of the axis elements in value order: they survive copies
   std::vector<_sUKine> kines_;
   std::vector<std::pair<int, int>> collCheck_;
   zgeo::UMatrix uni2mac_;

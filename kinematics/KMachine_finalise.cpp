@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <map>
 #include <new>
 
 #include "kinematics/ChainAnalysis.h"
@@ -100,17 +101,15 @@ bool KMachine::isComplete() const {
 
 // Axis numbers may have gaps; places in a position are dense and follow the axis numbers.
 void KMachine::numberAxes() {
-  std::vector<const KMachineElem*> carriers;  // of axis number k at k - 1: the first, or null
-  for (const KMachineElem& e : elements_) {
-    if (e.getElemIndex() < 1) continue;
-    const std::size_t place = static_cast<std::size_t>(e.getElemIndex()) - 1;
-    if (carriers.size() <= place) carriers.resize(place + 1);
-    if (!carriers[place]) carriers[place] = &e;
+  std::map<int, int> carriers;  // axis number to the rank of the first element that has it
+  for (int r = 0; r < getElemNumber(); ++r) {
+    if (elements_[r].getElemIndex() > 0) carriers.emplace(elements_[r].getElemIndex(), r);
   }
   axisElems_.clear();
-  for (const KMachineElem* carrier : carriers) {
-    axisValueIndex_.push_back(carrier ? axisNum_++ : -1);
-    if (carrier) axisElems_.push_back(carrier);
+  axisValueIndex_.assign(carriers.empty() ? 0 : carriers.rbegin()->first, -1);
+  for (const auto& [axisNumber, rank] : carriers) {
+    axisValueIndex_[axisNumber - 1] = axisNum_++;
+    axisElems_.push_back(rank);
   }
   for (KMachineElem& e : elements_) {
     if (e.getElemIndex() > 0) e.setValueIndex(axisValueIndex_[e.getElemIndex() - 1]);

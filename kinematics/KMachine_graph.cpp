@@ -1,7 +1,7 @@
 // Lookups, building, chains, tools, collision pairs.
 
 #include <algorithm>
-#include <new>
+#include <utility>
 
 #include "kinematics/ChainWalk.h"
 #include "kinematics/KMachine.h"
@@ -81,16 +81,15 @@ KMachineElem* KMachine::getPrevElem(const KMachineElem* e) {
 }
 
 const KMachineElem* KMachine::getAxisElem(int k) const {
-  return k >= 1 && k <= static_cast<int>(axisElems_.size()) ? axisElems_[k - 1] : nullptr;
+  return k >= 1 && k <= static_cast<int>(axisElems_.size()) ? &elements_[axisElems_[k - 1]]
+                                                            : nullptr;
 }
 
 // --- building
 
 KMachineElem* KMachine::addElem(const KMachineElem& e) {
   if (version_ != 0) return nullptr;
-  const std::vector<int> ranks = axisElemRanks();  // the vector may move
   elements_.push_back(e);
-  repointAxisElems(ranks);
   return &elements_.back();
 }
 

@@ -26,7 +26,7 @@ int KMachine::readDataFile() try {
   const korvo::os::File file = korvo::os::openRead(dataFilePNE_);
   if (!file) return -1;
   Definition read = readDefinition(file.get(), {version_, axisNum_, folderOf(dataFilePNE_)});
-  axisElems_.clear();  // they point into the elements replaced now
+  axisElems_.clear();  // ranks of the elements replaced now
   elements_ = std::move(read.elements);
   rotationPoints_ = std::move(read.rotationPoints);
   if (read.strategy) strategy_ = *read.strategy;
