@@ -8,14 +8,18 @@ install(TARGETS Korvo_CollisionUtils Korvo_Kinematics KorvoToolkit EXPORT Korvo_
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS korvo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
-# The interface; the other headers of kinematics/ and platform/ are the library's own affair.
-install(FILES
+# The interface. The other headers are the libraries' own affair; tests/structure reads this list.
+set(KORVO_INTERFACE
   kinematics/Export.h kinematics/KMachine.h kinematics/KMachineElem.h kinematics/KMachineValue.h
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kinematics)
-file(GLOB KORVO_ZGEO_HEADERS CONFIGURE_DEPENDS platform/zgeo/*.h)
-install(FILES ${KORVO_ZGEO_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/platform/zgeo)
-file(GLOB KORVO_TOOLKIT_HEADERS CONFIGURE_DEPENDS toolkit/*.h)
-install(FILES ${KORVO_TOOLKIT_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/toolkit)
+  platform/zgeo/Export.h platform/zgeo/UAlgo.h platform/zgeo/UMatrix.h platform/zgeo/UTools.h
+  platform/zgeo/UTri.h platform/zgeo/UVec2d.h platform/zgeo/UVec3d.h
+  toolkit/Describe.h toolkit/Export.h toolkit/Format.h toolkit/Machine.h toolkit/Position.h
+  toolkit/RotarySense.h toolkit/Text.h
+  toolkit/check/Check.h toolkit/check/Diagnostic.h)
+foreach(header ${KORVO_INTERFACE})
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})
+endforeach()
 
 install(DIRECTORY examples/machines/ DESTINATION ${CMAKE_INSTALL_DATADIR}/korvo/machines)
 install(DIRECTORY tools/schemas/ DESTINATION ${CMAKE_INSTALL_DATADIR}/korvo/schemas)

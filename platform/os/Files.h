@@ -10,7 +10,8 @@
 /// fits one byte, as those bytes (so a name copied byte by byte from a file still opens).
 ///
 /// Paths written on Windows work on POSIX: a path that does not exist as written is tried with "\"
-/// as "/", then with each of its names matched ignoring case when exactly one entry fits.
+/// as "/", then with each of its names matched ignoring case when exactly one entry fits. A name
+/// that is there as written is taken before those that differ in case.
 namespace korvo::os {
 
 /// 0 when `path` names a regular file that opens for reading (mode 4); -1 otherwise.
@@ -19,7 +20,7 @@ namespace korvo::os {
 int _waccess(const wchar_t* path, int mode);
 
 /// Below 0, 0 or above 0 as `a` sorts before, with or after `b`, ignoring case by a fixed table
-/// (ASCII and Latin-1 letters), whatever the locale.
+/// (ASCII and Latin-1 letters), whatever the locale. Neither may be null.
 int _wcsicmp(const wchar_t* a, const wchar_t* b);
 
 struct CloseFile {

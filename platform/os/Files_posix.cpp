@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <string_view>
 
 #include "platform/os/Files.h"
@@ -95,6 +96,7 @@ std::optional<std::string> firstThere(const Readings& readings, const Change& ch
 /// others, so a name that a folder can hold always finds itself.
 std::optional<std::string> find(const std::wstring& path) {
   using Path = std::optional<std::string>;
+  if (path.size() >= PATH_MAX) return std::nullopt;  // no need to try every name of it
   const Readings readings{utf8Of(path), bytesOf(path)};
   if (Path found = firstThere(readings, [](const std::string& p) { return Path(p); })) return found;
   if (Path found = firstThere(readings, [](const std::string& p) { return Path(withSlashes(p)); }))
