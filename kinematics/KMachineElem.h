@@ -17,7 +17,7 @@ namespace zkin {
 class KORVO_KINEMATICS_API KMachineElem {
  public:
   /// Element types; the values are part of the interface.
-  enum KME_TYPE {
+  enum KME_TYPE : int {
     KMET_TYPE_NONE = 0,
     KMET_TYPE_BATI = 1,  ///< Machine frame.
     KMET_TYPE_PART = 2,  ///< Workpiece carrier.
@@ -30,7 +30,7 @@ class KORVO_KINEMATICS_API KMachineElem {
 
   /// Element indices of what is not an axis. Axes have 1 and above, tool n has -100 - n, geometry
   /// elements are below -200.
-  enum KMET_INDEX {
+  enum KMET_INDEX : int {
     KMET_BATI = 0,
     KMET_PART = -1,
     KMET_TOOL = -2,   ///< A tool or gun as read, before the machine numbers it.

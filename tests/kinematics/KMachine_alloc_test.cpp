@@ -1,0 +1,109 @@
+// The queries that run in inner loops take nothing from the heap.
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+#include <gtest/gtest.h>
+
+#include "kinematics/KMachine.h"
+#include "tests/support/MachineGenerator.h"
+
+namespace {
+
+thread_local std::size_t allocations = 0;
+
+void* countedAllocation(std::size_t size) {
+  ++allocations;
+  if (void* const p = std::malloc(size == 0 ? 1 : size)) return p;
+  throw std::bad_alloc();
+}
+
+void* countedAllocation(std::size_t size, std::align_val_t alignment) {
+  ++allocations;
+  const auto step = static_cast<std::size_t>(alignment);
+  if (void* const p = std::aligned_alloc(step, (size + step - 1) / step * step)) return p;
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+// The array and non-throwing forms of the standard library call these.
+void* operator new(std::size_t size) { return countedAllocation(size); }
+void* operator new(std::size_t size, std::align_val_t a) { return countedAllocation(size, a); }
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+void operator delete(void* p, std::align_val_t) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t, std::align_val_t) noexcept { std::free(p); }
+
+namespace {
+
+using korvo::test::Topology;
+using zgeo::UVec3d;
+using zkin::KMachine;
+
+/// Allocations made by `query`.
+template <typename Query>
+std::size_t allocationsOf(Query query) {
+  const std::size_t before = allocations;
+  query();
+  return allocations - before;
+}
+
+class NoAllocation : public testing::TestWithParam<int> {
+ protected:
+  NoAllocation() {
+    korvo::test::Choices choices(static_cast<unsigned>(GetParam()));
+    machine = korvo::test::loadMachine(
+        korvo::test::machineText(choices, static_cast<Topology>(GetParam())));
+    v = korvo::test::positionOf(*machine,
+                                korvo::test::positionValues(choices, machine->getAxisNum()));
+  }
+
+  std::unique_ptr<KMachine> machine;
+  korvo::test::Position v;
+  UVec3d a, b;
+};
+
+TEST_P(NoAllocation, InMotionMatrices) {
+  for (int rank = 0; rank < machine->getElemNumber(); ++rank) {
+    const auto* const e = machine->getElemByRank(rank);
+    EXPECT_EQ(allocationsOf([&] { machine->getMatrix(*v, e); }), 0u);
+    EXPECT_EQ(allocationsOf([&] { machine->getMatrix(*v, e->getElemIndex()); }), 0u);
+  }
+}
+
+TEST_P(NoAllocation, InToolFrames) {
+  EXPECT_EQ(allocationsOf([&] { machine->getMatrix1(*v); }), 0u);
+  EXPECT_EQ(allocationsOf([&] { machine->getMatrix(*v); }), 0u);
+  EXPECT_EQ(allocationsOf([&] { machine->getMatrix_H2T(*v); }), 0u);
+  EXPECT_EQ(allocationsOf([&] { machine->getMatrix_TP2U(*v); }), 0u);
+}
+
+TEST_P(NoAllocation, InToolPointsAndAxisLines) {
+  EXPECT_EQ(allocationsOf([&] { machine->getTool(*v, a, b, 1); }), 0u);
+  EXPECT_EQ(allocationsOf([&] { machine->getTool(*v, a, b, 99); }), 0u);
+  for (int rank = 0; rank < machine->getElemNumber(); ++rank) {
+    const int index = machine->getElemByRank(rank)->getElemIndex();
+    EXPECT_EQ(allocationsOf([&] { machine->getElemAxis(*v, index, a, b); }), 0u);
+    EXPECT_EQ(allocationsOf([&] { machine->getElemAxis(*v, index, a); }), 0u);
+  }
+}
+
+TEST_P(NoAllocation, InUpdateOfDenavitHartenbergValues) {
+  for (int tool = 0; tool <= machine->getToolNumber() + 1; ++tool) {
+    EXPECT_EQ(allocationsOf([&] { machine->updateDHm(*v, tool); }), 0u);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryTopology, NoAllocation, testing::Range(0, korvo::test::kTopologies),
+                         [](const auto& kind) {
+                           return std::string(nameOf(static_cast<Topology>(kind.param)));
+                         });
+
+TEST(AllocationCounter, SeesAllocationsInsideTheLibrary) {
+  korvo::test::Choices choices(0u);
+  const auto machine = korvo::test::loadMachine(korvo::test::machineText(choices));
+  EXPECT_GT(allocationsOf([&] { machine->getChain(-101); }), 0u);
+}
+
+}  // namespace

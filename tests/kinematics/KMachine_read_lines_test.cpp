@@ -1,0 +1,314 @@
+// What the lines that are no elements do to a machine: limits, hooks, collision pairs, rotation
+// points; and what a second load keeps.
+
+#include "tests/support/LoadText.h"
+
+#include <csignal>
+#include <unistd.h>
+
+#include "tests/kinematics/KMachine_describe.h"
+
+using korvo::test::change;
+using korvo::test::describe;
+using korvo::test::LoadingTest;
+using korvo::test::TempDir;
+using zkin::KMachine;
+using zkin::KMachineElem;
+
+namespace {
+
+/// A three-axis mill with a table axis C, two tools and a gun; version 2.
+const std::string kBase =
+    "frame\naxis=X,x\nrotation=C,z,1,1,10,20,0\npart=x,y\n"
+    "lien=BATI\naxis=Z,z\ntool=z,0,0,50\nlien=Z\ntool=z,0,0,70\nlien=Z\ngun=z,30,0,0\n"
+    "strategy=7\nmode=8\nlimits=Z,-1,1\n";
+
+struct LineRow {
+  const char* name;
+  const char* lines;     ///< added to the machine above
+  const char* expected;  ///< what they change
+};
+
+std::ostream& operator<<(std::ostream& out, const LineRow& row) { return out << row.name; }
+
+const auto rowName = [](const auto& info) { return std::string(info.param.name); };
+
+class DefinitionLine : public LoadingTest, public testing::WithParamInterface<LineRow> {
+ protected:
+  void expectChange(int version) {
+    const KMachine before = load(kBase, version);
+    ASSERT_EQ(result, 0);
+    const KMachine after = load(kBase + GetParam().lines + "\n", version);
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(change(before, after), GetParam().expected);
+    EXPECT_EQ(after.getElemNumber(), before.getElemNumber());
+    trace.claimAll(L"... ? Unrecognized stuff");
+  }
+};
+
+TEST_P(DefinitionLine, ChangesTheMachine) { expectChange(2); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Limits, DefinitionLine,
+    testing::Values(
+        LineRow{"Both", "limits=X,-100,250", "+X max 250, +X min -100"},
+        LineRow{"BothInFrench", "limites=X,-100,250", "+X max 250, +X min -100"},
+        LineRow{"PrefixIsDropped", "limits=AXE_X,-100,250", "+X max 250, +X min -100"},
+        LineRow{"LowerCaseName", "limits=x,-100,250", "+X max 250, +X min -100"},
+        // Deliberate: the prefix is looked for before the case is folded.
+        LineRow{"LowerCasePrefixFindsNothing", "limits=axe_x,-100,250", ""},
+        LineRow{"OnePrefixIsDropped", "limits=AXE_AXE_X,-100,250", ""},
+        LineRow{"PrefixInsideTheNameIsDropped", "limits=XAXE_,-100,250", "+X max 250, +X min -100"},
+        LineRow{"UnknownName", "limits=Q,-100,250", ""},
+        LineRow{"Minimum", "courseminimum=X,-5.5", "+X min -5.5"},
+        LineRow{"MinimumWithPrefix", "CourseMinimum = AXE_X , -5.5", "+X min -5.5"},
+        LineRow{"Maximum", "coursemaximum=C,360", "+C max 360"},
+        LineRow{"MaximumWithPrefix", "coursemaximum=AXE_C,360", "+C max 360"},
+        LineRow{"MinimumUnknownName", "courseminimum=Q,1", ""},
+        LineRow{"MaximumUnknownName", "coursemaximum=Q,1", ""},
+        LineRow{"MinimumLowerCasePrefix", "courseminimum=axe_x,1", ""},
+        LineRow{"NumberPrefix", "limits=X,-1mm,2e1x", "+X max 20, +X min -1"},
+        LineRow{"HexAndBareExponent", "limits=X,0x10,20e+", "+X max 20, +X min 16"},
+        LineRow{"Infinities", "limits=X,-inf,Infinity", "+X max inf, +X min -inf"},
+        LineRow{"Overflow", "limits=X,-1e999,1e999", "+X max inf, +X min -inf"},
+        LineRow{"MinimumAboveMaximumIsKept", "limits=X,5,-5", "+X max -5, +X min 5"},
+        LineRow{"NoMaximum", "limits=X,5", "+X min 5"},
+        LineRow{"MaximumUnreadable", "limits=X,5,far", "+X min 5"},
+        // The maximum is tried on the operand on which the minimum failed.
+        LineRow{"MinimumUnreadable", "limits=X,near,5", ""},
+        LineRow{"MinimumEmpty", "limits=X,,5", ""}, LineRow{"NameOnly", "limits=X", ""},
+        LineRow{"MoreOperandsAreIgnored", "limits=X,1,2,3", "+X max 2, +X min 1"},
+        LineRow{"MinimumUnreadableUnsets", "courseminimum=Z,far", "-Z min -1"},
+        LineRow{"MinimumMissingUnsets", "courseminimum=Z", "-Z min -1"},
+        LineRow{"MaximumUnreadableUnsets", "coursemaximum=Z,far", "-Z max 1"},
+        LineRow{"MaximumMissingUnsets", "coursemaximum=Z", "-Z max 1"},
+        LineRow{"LastLineWins", "limits=Z,-2,2", "+Z max 2, +Z min -2, -Z max 1, -Z min -1"},
+        LineRow{"MinimumLeavesMaximum", "courseminimum=Z,-9", "+Z min -9, -Z min -1"},
+        LineRow{"AnyElementByName", "limits=BATI,1,2", "+BATI max 2, +BATI min 1"},
+        LineRow{"FirstToolOfTheName", "limits=outil,1,2", "+OUTIL max 2, +OUTIL min 1"},
+        LineRow{"Gun", "limits=DRILL,0,40", "+DRILL max 40, +DRILL min 0"},
+        LineRow{"Part", "limits=piece,0,40", "+PIECE max 40, +PIECE min 0"}),
+    rowName);
+
+INSTANTIATE_TEST_SUITE_P(
+    Hooks, DefinitionLine,
+    testing::Values(
+        LineRow{"ElementAddedLast", "loop=X,1,2,3", "+DRILL hook 1 at 1 2 3"},
+        LineRow{"InFrench", "boucle=X,1,2,3", "+DRILL hook 1 at 1 2 3"},
+        LineRow{"PrefixAndCase", "LOOP=axe_c,0,0,4", "+DRILL hook 6 at 0 0 4"},
+        LineRow{"UpperCasePrefix", "loop=AXE_C,0,0,4", "+DRILL hook 6 at 0 0 4"},
+        LineRow{"AxisWordAsPoint", "loop=C,-y", "+DRILL hook 6 at 0 -1 0"},
+        // Deliberate: the link is hooked, which after a link line is not the element added last.
+        LineRow{"LinkNotTheLastElement", "lien=X\nloop=C,1,2,3", "+X hook 6 at 1 2 3"},
+        LineRow{"ByFixedName", "loop=PIECE,1,2,3", "+DRILL hook -1 at 1 2 3"},
+        LineRow{"Frame", "loop=BATI,1,2,3", "+DRILL hook 0 at 1 2 3"},
+        LineRow{"UnknownNameStoresThePoint", "loop=Q,1,2,3", "+DRILL hook -10 at 1 2 3"},
+        LineRow{"UnreadableVector", "loop=X,1,2", "+DRILL hook 1 at 0 0 0"},
+        LineRow{"NoVector", "loop=X", "+DRILL hook 1 at 0 0 0"},
+        LineRow{"UnknownNameWithoutVector", "loop=Q", ""}, LineRow{"NoOperands", "loop", ""},
+        LineRow{"LastHookWins", "loop=X,1,2,3\nloop=C,4,5,6", "+DRILL hook 6 at 4 5 6"},
+        LineRow{"FailedHookUndoesTheFormer", "loop=X,1,2,3\nloop=Q", ""},
+        LineRow{"FollowingOperandsAreIgnored", "loop=X,z,9,9,9", "+DRILL hook 1 at 0 0 1"}),
+    rowName);
+
+INSTANTIATE_TEST_SUITE_P(
+    Pairs, DefinitionLine,
+    testing::Values(
+        LineRow{"Two", "collision=X,Z", "+pair 1 3"}, LineRow{"SmallerFirst", "collisions=Z,X", "+pair 1 3"},
+        LineRow{"OneAgainstSeveral", "collisions=C,X,Z,BATI", "+pair 0 6, +pair 1 6, +pair 3 6"},
+        LineRow{"PrefixAndCase", "COLLISIONS=axe_c,AXE_X", "+pair 1 6"},
+        LineRow{"Twice", "collision=X,Z\ncollision=Z,X,X,Z", "+pair 1 3"},
+        LineRow{"NeverWithItself", "collision=X,X,Z", "+pair 1 3"},
+        LineRow{"OneOperandIsTooFew", "collision=X", ""}, LineRow{"NoOperands", "collision", ""},
+        LineRow{"UnknownFirst", "collision=Q,X,Z", ""},
+        LineRow{"UnknownAmongOthers", "collision=X,Q,Z,,W", "+pair 1 3"},
+        LineRow{"EveryTool", "collisions=tool,BATI,C",
+                "+pair -101 0, +pair -101 6, +pair -102 0, +pair -102 6, +pair -103 0, +pair -103 6"},
+        LineRow{"EveryToolAsGun", "collisions=X,Gun", "+pair -101 1, +pair -102 1, +pair -103 1"},
+        LineRow{"EveryToolAsGunDrill", "collisions=gundrill,X",
+                "+pair -101 1, +pair -102 1, +pair -103 1"},
+        LineRow{"ToolsAmongThemselves", "collision=tool,tool",
+                "+pair -102 -101, +pair -103 -101, +pair -103 -102"},
+        // Deliberate: names come first, and every tool is named OUTIL, so these give one tool.
+        LineRow{"OutilIsTheFirstTool", "collisions=outil,X", "+pair -101 1"},
+        LineRow{"AxeOutilIsTheFirstTool", "collisions=axe_outil,X", "+pair -101 1"},
+        LineRow{"DrillIsTheFirstGun", "collisions=drill,X", "+pair -103 1"},
+        LineRow{"PartByItsName", "collisions=piece,X", "+pair -1 1"},
+        LineRow{"PartByItsKeywordIsUnknown", "collisions=part,X", ""},
+        LineRow{"DrillGunIsNoToolWord", "collisions=drillgun,X", ""}),
+    rowName);
+
+INSTANTIATE_TEST_SUITE_P(
+    RotationPoints, DefinitionLine,
+    testing::Values(
+        LineRow{"One", "rotationpoint=1", "+point 1 0 0 0 0 0 0 0 0 0 0 0"},
+        LineRow{"InFrench", "PointDeRotation = 1.5 , -2 , 3e1", "+point 1.5 -2 30 0 0 0 0 0 0 0 0 0"},
+        LineRow{"Two", "rotationpoint=1,2\nrotationpoint=3",
+                "+point 1 2 0 0 0 0 0 0 0 0 0 0, +point 3 0 0 0 0 0 0 0 0 0 0 0"},
+        LineRow{"Twelve", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,12",
+                "+point 1 2 3 4 5 6 7 8 9 10 11 12"},
+        LineRow{"AtMostTwelve", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,12,13,14",
+                "+point 1 2 3 4 5 6 7 8 9 10 11 12"},
+        LineRow{"BehindTheTwelfthNothingIsRead", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,12,far,",
+                "+point 1 2 3 4 5 6 7 8 9 10 11 12"},
+        LineRow{"NumberPrefixesCount", "rotationpoint=1a,inf", "+point 1 inf 0 0 0 0 0 0 0 0 0 0"},
+        LineRow{"NoOperands", "rotationpoint", ""}, LineRow{"EmptyOperandPart", "rotationpoint=", ""}),
+    rowName);
+
+TEST_F(LoadingTest, Version1NamesKeepThePrefixAndLimitsDoNot) {
+  const KMachine machine = load("axis=AXE_X,1,x\naxis=X,2,x\nlimits=AXE_X,-100,250\n", 1);
+  EXPECT_FALSE(machine.getElemByRank(0)->hasMin());
+  EXPECT_FALSE(machine.getElemByRank(0)->hasMax());
+  EXPECT_EQ(machine.getElemByRank(1)->getMin(), -100.0);
+  EXPECT_EQ(machine.getElemByRank(1)->getMax(), 250.0);
+  EXPECT_EQ(describe(load("axis=AXE_X,1,x\nlimits=AXE_X,-1,2\n", 1)), "AXE_X(1<-10) dir 1 0 0");
+  EXPECT_EQ(describe(load("axis=AXE_X,1,x\nlimits=axe_x,-1,2\n", 1)),
+            "AXE_X(1<-10) dir 1 0 0 min -1 max 2");
+}
+
+TEST_F(LoadingTest, UnreadableLimitsAreZero) {
+  const KMachine machine = load("axis=X,x\ncourseminimum=X,far\ncoursemaximum=X\n", 2);
+  EXPECT_EQ(machine.getElemByRank(0)->getMin(), 0.0);
+  EXPECT_EQ(machine.getElemByRank(0)->getMax(), 0.0);
+  EXPECT_FALSE(machine.getElemByRank(0)->hasMin());
+  EXPECT_FALSE(machine.getElemByRank(0)->hasMax());
+}
+
+TEST_F(LoadingTest, LimitsGoToTheFirstElementOfTheName) {
+  EXPECT_EQ(describe(load("axis=Q,1,x\naxis=q,2,y\nlimits=q,1,2\n", 1)),
+            "Q(1<-10) dir 1 0 0 min 1 max 2; q(2<1) dir 0 1 0");
+}
+
+TEST_F(LoadingTest, LinesBeforeTheirElementsFindNothing) {
+  const KMachine machine =
+      load("limits=X,1,2\nloop=X,1,2,3\ncollision=X,Y\ncollision=tool,X\naxis=X,x\naxis=Y,y\n", 2);
+  EXPECT_EQ(describe(machine), "X(1<-10) dir 1 0 0; Y(2<1) dir 0 1 0");
+  EXPECT_TRUE(machine.getCollCheck().empty());
+}
+
+TEST_F(LoadingTest, ToolWordsMeanTheToolsReadSoFar) {
+  const KMachine machine = load("axis=X,x\ntool\ncollision=X,tool\nlien=X\ngun\n", 2);
+  const std::vector<std::pair<int, int>> expected = {{-101, 1}};
+  EXPECT_EQ(machine.getCollCheck(), expected);
+  trace.claimAll(L"... ? Unrecognized stuff");
+}
+
+TEST_F(LoadingTest, OutilMeansEveryGunWhenThereIsNoTool) {
+  const KMachine machine =
+      load("axis=X,x\ngun\nlien=X\ngun\ncollision=outil,X\ncollision=axe_outil,BATI\n", 2);
+  const std::vector<std::pair<int, int>> expected = {{-101, 1}, {-102, 1}};
+  EXPECT_EQ(machine.getCollCheck(), expected);
+  trace.claimAll(L"... ? Unrecognized stuff");
+}
+
+TEST_F(LoadingTest, AnAxisNamedLikeAToolWordIsFoundFirst) {
+  const KMachine machine = load("axis=X,1,x\ntool\naxis=Tool,2,y\ncollision=tool,X\n", 1);
+  const std::vector<std::pair<int, int>> expected = {{1, 2}};
+  EXPECT_EQ(machine.getCollCheck(), expected);
+  trace.claimAll(L"... ? Unrecognized stuff");
+}
+
+TEST_F(LoadingTest, CollisionNamesFollowVersion2InEveryVersion) {
+  const KMachine machine =
+      load("axis=AXE_X,1,x\naxis=X,2,x\naxis=Y,3,y\ncollision=AXE_X,axe_y\n", 1);
+  const std::vector<std::pair<int, int>> expected = {{2, 3}};
+  EXPECT_EQ(machine.getCollCheck(), expected);
+}
+
+// --- a second load
+
+class Reload : public LoadingTest {
+ protected:
+  /// Loads another file into the same machine.
+  int again(const std::string& text, int version = 2) {
+    machine.setDataFilePNE(folder.write("m.def", text).wstring(), version);
+    const int answer = machine.readDataFile();
+    trace.claimAll(L"e[");
+    trace.claimAll(L"... ? Unrecognized stuff");
+    if (machine.getAxisNum() == 0) {
+      EXPECT_TRUE(trace.claim(korvo::test::noPositionLine(0)));
+    }
+    return answer;
+  }
+
+  TempDir folder;
+  KMachine machine;
+};
+
+TEST_F(Reload, KeepsSettingsPairsAndCurrentTool) {
+  ASSERT_EQ(again(kBase + "collision=X,Z\n"), 0);
+  machine.setCurrentTool(2);
+  ASSERT_EQ(again("frame\npart\nlien=BATI\naxis=Y,y\ntool\n"), 0);
+  EXPECT_EQ(machine.getStrategy(), 7);
+  EXPECT_EQ(machine.getMode_RTCP(), 8);
+  EXPECT_EQ(machine.getCollCheck().size(), 1u);
+  EXPECT_EQ(machine.getCurrentTool(), 2);
+  EXPECT_EQ(machine.getElemNumber(), 4);
+  EXPECT_EQ(machine.getAxisNum(), 1);
+  EXPECT_EQ(machine.getKine(2).toolIndex, -102);  // of the first load: there is one tool now
+}
+
+TEST_F(Reload, EmptiesElementsAndRotationPoints) {
+  ASSERT_EQ(again(kBase + "rotationpoint=1\n"), 0);
+  ASSERT_NE(machine.getRotationPoint(0), nullptr);
+  EXPECT_EQ(again("# nothing\n"), -1);
+  EXPECT_EQ(machine.getElemNumber(), 0);
+  EXPECT_EQ(machine.getAxisNum(), 0);
+  EXPECT_EQ(machine.getRotationPoint(0), nullptr);
+  EXPECT_EQ(machine.getAxisElem(1), nullptr);
+}
+
+TEST_F(Reload, RotationPointsNeedMoreOperandsThanTheFormerLoadHadAxes) {
+  ASSERT_EQ(again(kBase + "rotationpoint=1\n"), 0);  // X, Z, C; no axis before this load
+  ASSERT_EQ(machine.getAxisNum(), 3);
+  ASSERT_EQ(again(kBase + "rotationpoint=1,2,3\nrotationpoint=4,5,6,7\n"), 0);
+  ASSERT_NE(machine.getRotationPoint(0), nullptr);
+  EXPECT_EQ((*machine.getRotationPoint(0))[0], 4.0);
+  EXPECT_EQ((*machine.getRotationPoint(0))[3], 7.0);
+  EXPECT_EQ(machine.getRotationPoint(1), nullptr);
+}
+
+TEST_F(Reload, ShortRotationPointLineWithoutNumbersIsPassedOver) {
+  ASSERT_EQ(again(kBase), 0);
+  EXPECT_EQ(again(kBase + "rotationpoint=a,b,c\n"), 0);  // three operands, three axes: not read
+  EXPECT_EQ(machine.getRotationPoint(0), nullptr);
+}
+
+TEST_F(Reload, IncompleteFileLeavesNoAxisElement) {
+  ASSERT_EQ(again(kBase), 0);
+  ASSERT_NE(machine.getAxisElem(1), nullptr);
+  EXPECT_EQ(again("frame\naxis=X,x\ntool\n"), -1);
+  EXPECT_EQ(machine.getAxisElem(1), nullptr);
+  EXPECT_EQ(machine.getElemByIndex(1)->getValueIndex(), -1);
+  EXPECT_EQ(machine.newMachineValue(), nullptr);
+  EXPECT_TRUE(trace.claim(korvo::test::noPositionLine(0)));
+}
+
+// --- the line that never ends
+
+/// A child that loads the text and is ended by its alarm after two seconds.
+void loadForTwoSeconds(const std::string& text) {
+  alarm(2);
+  korvo::test::loadText(text, 2);
+  _exit(0);
+}
+
+class EndlessLine : public testing::TestWithParam<LineRow> {};
+
+// Deliberate: an operand that does not scan is not passed over. Files are checked beforehand.
+TEST_P(EndlessLine, NeverEnds) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(loadForTwoSeconds(GetParam().lines), testing::KilledBySignal(SIGALRM), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    RotationPoint, EndlessLine,
+    testing::Values(LineRow{"Word", "rotationpoint=far\n", ""},
+                    LineRow{"WordBehindNumbers", "rotationpoint=1,2,far\n", ""},
+                    LineRow{"EmptyOperand", "rotationpoint=1,,2\n", ""},
+                    LineRow{"OnlyEmptyOperands", "rotationpoint=,\n", ""},
+                    LineRow{"TwelfthOperand",
+                            "pointderotation=1,2,3,4,5,6,7,8,9,10,11,far\n", ""}),
+    rowName);
+
+}  // namespace
