@@ -178,10 +178,15 @@ INSTANTIATE_TEST_SUITE_P(
         FileRow{"OnlyAByteOrderMark", "\xef\xbb\xbf", 2, -1, ""},
         FileRow{"HalfAByteOrderMark", "\xef\xbb", 2, -1, ""},
         FileRow{"TwoByteText", "\xff\xfe" + repeated("f" + kNul, 20), 2, -1, ""},
-        FileRow{"Noise1", noise(50000, 1), 2, -1, ""}, FileRow{"Noise2", noise(50000, 2), 1, -1, ""},
+        FileRow{"Noise1", noise(50000, 1), 2, -1, ""},
+        FileRow{"Noise2", noise(50000, 2), 1, -1, ""},
         FileRow{"NoiseThenMachine", noise(5000, 3) + "\n" + kMill, 2, 0, "BATI X Y PIECE Z OUTIL"},
         FileRow{"MachineThenNoise", kMill + noise(5000, 4), 2, 0, "BATI X Y PIECE Z OUTIL"},
-        FileRow{"ElfHeader", "\x7f" "ELF\x02\x01\x01" + std::string(9, '\0'), 2, -1, ""},
+        FileRow{"ElfHeader",
+                "\x7f"
+                "ELF\x02\x01\x01" +
+                    std::string(9, '\0'),
+                2, -1, ""},
         FileRow{"ZipHeader", "PK\x03\x04\n" + noise(100, 5), 2, -1, ""},
         FileRow{"TenMegabytesInOneLine", std::string(10 << 20, 'x'), 2, -1, ""},
         FileRow{"TenMegabytesOfOperands", "frame=" + std::string(10 << 20, ','), 2, -1, "BATI"},
@@ -206,7 +211,8 @@ INSTANTIATE_TEST_SUITE_P(
         FileRow{"NoTool", "frame\naxis=X,x\npart\n", 2, -1, "BATI X PIECE"},
         FileRow{"GunIsNoTool", "frame\npart\nlien=BATI\naxis=Z,z\ngun\n", 2, -1,
                 "BATI PIECE Z DRILL"},
-        FileRow{"OnlyFrame", "frame\n", 2, -1, "BATI"}, FileRow{"OnlyPart", "part\n", 2, -1, "PIECE"},
+        FileRow{"OnlyFrame", "frame\n", 2, -1, "BATI"},
+        FileRow{"OnlyPart", "part\n", 2, -1, "PIECE"},
         FileRow{"OnlyTool", "tool\n", 2, -1, "OUTIL"},
         FileRow{"OnlyAxes", "axis=X,x\naxis=Y,y\n", 2, -1, "X Y"},
         FileRow{"OnlyGeometry", "geom=a.stl\ngeom=b.stl\n", 2, -1, "GEOM GEOM"},
@@ -215,28 +221,25 @@ INSTANTIATE_TEST_SUITE_P(
                 "BATI BATI PIECE OUTIL"},
         FileRow{"TwoParts", "frame\npart\nlien=BATI\npart\nlien=BATI\ntool\n", 2, -1,
                 "BATI PIECE PIECE OUTIL"},
-        FileRow{"TwoFramesAndTwoParts",
-                "frame\npart\nframe\nlien=BATI\npart\nlien=BATI\ntool\n", 2, -1,
-                "BATI PIECE BATI PIECE OUTIL"},
+        FileRow{"TwoFramesAndTwoParts", "frame\npart\nframe\nlien=BATI\npart\nlien=BATI\ntool\n", 2,
+                -1, "BATI PIECE BATI PIECE OUTIL"},
         FileRow{"PartAlone", "part\ntool\n", 2, -1, "PIECE OUTIL"},
         FileRow{"NoAxis", "frame\npart\nlien=BATI\ntool\n", 2, 0, "BATI PIECE OUTIL"},
         FileRow{"ToolBesideTheMachine", "tool\nframe\npart\n", 2, 0, "OUTIL BATI PIECE"},
-        FileRow{"SameAxisTwice", "frame\naxis=X,x\npart\nlien=BATI\naxis=X,y\naxis=Z,z\ntool\n", 2, 0,
-                "BATI X PIECE X Z OUTIL"},
+        FileRow{"SameAxisTwice", "frame\naxis=X,x\npart\nlien=BATI\naxis=X,y\naxis=Z,z\ntool\n", 2,
+                0, "BATI X PIECE X Z OUTIL"},
         FileRow{"SameAxisTwiceInARow", "frame\npart\nlien=BATI\naxis=X,x\naxis=X,x\ntool\n", 2, 0,
                 "BATI PIECE X X OUTIL"},
-        FileRow{"SameNumberOtherName",
-                "frame\npart\nlien=BATI\naxis=U,1,x\naxis=V,1,y\ntool\n", 1, 0,
-                "BATI PIECE U V OUTIL"},
-        FileRow{"SameNameOtherNumber",
-                "frame\npart\nlien=BATI\naxis=U,1,x\naxis=U,2,y\ntool\n", 1, 0,
-                "BATI PIECE U U OUTIL"},
+        FileRow{"SameNumberOtherName", "frame\npart\nlien=BATI\naxis=U,1,x\naxis=V,1,y\ntool\n", 1,
+                0, "BATI PIECE U V OUTIL"},
+        FileRow{"SameNameOtherNumber", "frame\npart\nlien=BATI\naxis=U,1,x\naxis=U,2,y\ntool\n", 1,
+                0, "BATI PIECE U U OUTIL"},
         FileRow{"NamedLikeTheFrame", "frame\npart\nlien=BATI\naxis=BATI,1,x\ntool\n", 1, 0,
                 "BATI PIECE BATI OUTIL"},
         FileRow{"AxesWithoutNumbers", "frame\npart\nlien=BATI\naxis=U,x\naxis=V,y\ntool\n", 1, 0,
                 "BATI PIECE U V OUTIL"},
-        FileRow{"AxesOfUnknownNames", "frame\npart\nlien=BATI\naxis=U,x\nrotation=D,y\ntool\n", 2, 0,
-                "BATI PIECE U D OUTIL"},
+        FileRow{"AxesOfUnknownNames", "frame\npart\nlien=BATI\naxis=U,x\nrotation=D,y\ntool\n", 2,
+                0, "BATI PIECE U D OUTIL"},
         FileRow{"AxesWithoutDirections",
                 "frame\npart\nlien=BATI\naxis=X\nrotation=C\naxis=Z\ntool\n", 2, 0,
                 "BATI PIECE X C Z OUTIL"},
@@ -251,12 +254,14 @@ INSTANTIATE_TEST_SUITE_P(
                 "frame=nan,0,0\npart\nlien=BATI\nrotation=C,nan,nan,nan,1,1,nan,nan,nan\n"
                 "tool=nan,0,0,nan,nan,nan\n",
                 2, 0, "BATI PIECE C OUTIL"},
-        FileRow{"NumbersBelowTheSmallest",
-                "frame\npart\nlien=BATI\nrotation=C,1e-320,0,0,1,1,1e-999,0,0\ntool=0,0,1e-200,0,0,0\n",
-                2, 0, "BATI PIECE C OUTIL"},
+        FileRow{
+            "NumbersBelowTheSmallest",
+            "frame\npart\nlien=BATI\nrotation=C,1e-320,0,0,1,1,1e-999,0,0\ntool=0,0,1e-200,0,0,0\n",
+            2, 0, "BATI PIECE C OUTIL"},
         FileRow{"LinkToNothing", "lien=Q\nframe\npart\nlien=BATI\ntool\n", 2, 0,
                 "BATI PIECE OUTIL"},
-        FileRow{"LinkWithoutName", "frame\npart\nlien=BATI\nlien\ntool\n", 2, 0, "BATI PIECE OUTIL"},
+        FileRow{"LinkWithoutName", "frame\npart\nlien=BATI\nlien\ntool\n", 2, 0,
+                "BATI PIECE OUTIL"},
         FileRow{"LinkWithEmptyName", "frame\npart\nlien=BATI\nlien=\ntool\n", 2, 0,
                 "BATI PIECE OUTIL"},
         FileRow{"LinkToWhatComesLater", "frame\npart\nlien=Z\naxis=Z,z\ntool\n", 2, 0,
@@ -265,13 +270,15 @@ INSTANTIATE_TEST_SUITE_P(
         FileRow{"HookBeforeAnyElement", "loop=X,1,2,3\n" + kMill, 2, 0, "BATI X Y PIECE Z OUTIL"},
         FileRow{"LimitsBeforeAnyElement", "limits=X,1,2\n" + kMill, 2, 0, "BATI X Y PIECE Z OUTIL"},
         FileRow{"ThirteenAxes",
-                "frame\npart\nlien=BATI\n" + [] {
-                  std::string axes;
-                  for (int i = 1; i <= 13; ++i) {
-                    axes += "axis=Q" + std::to_string(i) + "," + std::to_string(i) + ",x\n";
-                  }
-                  return axes;
-                }() + "# no tool\n",
+                "frame\npart\nlien=BATI\n" +
+                    [] {
+                      std::string axes;
+                      for (int i = 1; i <= 13; ++i) {
+                        axes += "axis=Q" + std::to_string(i) + "," + std::to_string(i) + ",x\n";
+                      }
+                      return axes;
+                    }() +
+                    "# no tool\n",
                 1, -1, "BATI PIECE Q1 Q2 Q3 Q4 Q5 Q6 Q7 Q8 Q9 Q10 Q11 Q12 Q13"},
         FileRow{"Version1FileReadAs2", "frame\npart\nlien=BATI\naxis=U,1,x\ntool\n", 2, 0,
                 "BATI PIECE U OUTIL"},
@@ -305,11 +312,13 @@ TEST_P(TruncatedFile, GivesThePrefixOfTheMachine) {
   trace.claimAll(L"... ? Unrecognized stuff");
 }
 
-INSTANTIATE_TEST_SUITE_P(Mill, TruncatedFile, testing::Range(0, static_cast<int>(kMill.size()) + 1));
+INSTANTIATE_TEST_SUITE_P(Mill, TruncatedFile,
+                         testing::Range(0, static_cast<int>(kMill.size()) + 1));
 
 TEST_F(LoadingTest, ThirteenAxesHaveNoPosition) {
   std::string text = "frame\npart\nlien=BATI\n";
-  for (int i = 1; i <= 13; ++i) text += "axis=Q" + std::to_string(i) + "," + std::to_string(i) + ",x\n";
+  for (int i = 1; i <= 13; ++i)
+    text += "axis=Q" + std::to_string(i) + "," + std::to_string(i) + ",x\n";
   const KMachine machine = load(text + "tool\n", 1);
   EXPECT_EQ(result, 0);
   EXPECT_EQ(machine.getAxisNum(), 13);

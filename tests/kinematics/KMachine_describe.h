@@ -34,7 +34,8 @@ inline std::string describe(const zkin::KMachineElem& e) {
   if (e.hasMin()) out << " min " << e.getMin();
   if (e.hasMax()) out << " max " << e.getMax();
   const int hook = e.getHook(hookPoint);
-  if (hook != -10 || !(hookPoint == zgeo::UVec3d())) out << " hook " << hook << " at " << words(hookPoint);
+  if (hook != -10 || !(hookPoint == zgeo::UVec3d()))
+    out << " hook " << hook << " at " << words(hookPoint);
   return out.str();
 }
 
@@ -49,7 +50,8 @@ inline std::string describe(const zkin::KMachine& machine) {
 /// The chain of an element by name, root first.
 inline std::string chainWords(const std::vector<const zkin::KMachineElem*>& chain) {
   std::string all;
-  for (const zkin::KMachineElem* e : chain) all += (all.empty() ? "" : " ") + narrow(e->getElemName());
+  for (const zkin::KMachineElem* e : chain)
+    all += (all.empty() ? "" : " ") + narrow(e->getElemName());
   return all;
 }
 

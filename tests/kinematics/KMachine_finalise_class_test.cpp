@@ -16,7 +16,8 @@ namespace zkin {
 /// Field by field, for failures that show the records.
 static bool operator==(const KMachine::_sUKine& a, const KMachine::_sUKine& b) {
   return a.toolIndex == b.toolIndex && a.rotuleIndex == b.rotuleIndex &&
-         a.kinematicClass == b.kinematicClass && a.armType == b.armType && a.wristType == b.wristType;
+         a.kinematicClass == b.kinematicClass && a.armType == b.armType &&
+         a.wristType == b.wristType;
 }
 static std::ostream& operator<<(std::ostream& out, const KMachine::_sUKine& k) {
   return out << '(' << k.toolIndex << ", " << k.rotuleIndex << ", " << k.kinematicClass << ", "
@@ -50,9 +51,8 @@ class KinematicClass : public LoadingTest, public testing::WithParamInterface<Cl
 
 TEST_P(KinematicClass, FollowsTheChain) {
   SharedRecord::get() = Kine();
-  const KMachine machine = load(std::string("frame\npart=x,y\nlien=BATI\n") + GetParam().head +
-                                    "tool=z,3,4,-50\n",
-                                1);
+  const KMachine machine =
+      load(std::string("frame\npart=x,y\nlien=BATI\n") + GetParam().head + "tool=z,3,4,-50\n", 1);
   EXPECT_EQ(result, 0);
   EXPECT_EQ(machine.analysis(1), GetParam().kine);
   EXPECT_EQ(trace.claimAll(kUnrecognized), 3 * GetParam().unrecognized);
@@ -83,7 +83,8 @@ INSTANTIATE_TEST_SUITE_P(
         ClassRow{"ParallelNeighboursCountOnce", X Y Z W, {-101, -1, 1, 5, 0}, 0},
         ClassRow{"ParallelNeighboursAtTheStart", X U Y Z, {-101, -1, 1, 5, 0}, 0},
         // The second of three parallel neighbours does not count, but stands between the others.
-        ClassRow{"ThirdParallelNeighbourCountsAgain", X U "axis=V,11,-x\n" Y, {-101, -1, 1, 5, 0}, 0},
+        ClassRow{
+            "ThirdParallelNeighbourCountsAgain", X U "axis=V,11,-x\n" Y, {-101, -1, 1, 5, 0}, 0},
         // Only neighbours are compared.
         ClassRow{"ParallelButNotNeighbours", X Y U, {-101, -1, 1, 5, 0}, 0},
         ClassRow{"ParallelRotaryBetweenCountsTwice", X A U Y, {-101, -1, 2, 5, 0}, 0},
@@ -114,8 +115,10 @@ INSTANTIATE_TEST_SUITE_P(
         ClassRow{"GeometryBehindTheFirst", C "geom\n" A D, {-101, -1, 5, -1, -1}, 0},
         ClassRow{"GeometryBehindTheSecond", C A "geom\n" D, {-101, -1, 5, -1, -1}, 0},
         ClassRow{"AlmostParallelIsParallel", X "axis=U,8,1,0.0031,0\n" Y, {-101, -1, 5, -1, -1}, 1},
-        ClassRow{"AxesWithoutDirectionDoNotCount", X "axis=N,11\n" Y "axis=O,12\n",
-                 {-101, -1, 5, -1, -1}, 1}),
+        ClassRow{"AxesWithoutDirectionDoNotCount",
+                 X "axis=N,11\n" Y "axis=O,12\n",
+                 {-101, -1, 5, -1, -1},
+                 1}),
     rowName);
 
 #undef X
@@ -145,7 +148,8 @@ TEST_F(LoadingTest, AnalysisOfAToolThatIsNotThere) {
 
 TEST_F(LoadingTest, ToolNumbersBelowOneMeanTheCurrentTool) {
   KMachine machine = load(
-      "frame\npart\nlien=BATI\naxis=X,x\naxis=Y,y\naxis=Z,z\ntool\nlien=Z\nrotation=C,z\ntool\n", 2);
+      "frame\npart\nlien=BATI\naxis=X,x\naxis=Y,y\naxis=Z,z\ntool\nlien=Z\nrotation=C,z\ntool\n",
+      2);
   machine.setCurrentTool(2);
   EXPECT_EQ(machine.analysis(0), (Kine{-102, -1, 2, 5, 0}));
   EXPECT_EQ(machine.analysis(-5), (Kine{-102, -1, 2, 5, 0}));
@@ -160,7 +164,8 @@ TEST_F(LoadingTest, ToolNumbersBelowOneMeanTheCurrentTool) {
 std::string arm(const std::string& tool, const std::string& j6 = "1,0,0,1,1,700,0,500") {
   return "frame\npart=x,y\nlien=BATI\nrotation=J1,1,z,1,1,0,0,0\nrotation=J2,2,y,1,1,100,0,400\n"
          "rotation=J3,3,y,1,1,100,0,500.5\nrotation=J4,4,x,1,1,300,0,500\n"
-         "rotation=J5,5,y,1,1,600,0,500\nrotation=J6,6," + j6 + "\ntool=" + tool + "\n";
+         "rotation=J5,5,y,1,1,600,0,500\nrotation=J6,6," +
+         j6 + "\ntool=" + tool + "\n";
 }
 
 struct WristRow {
@@ -195,31 +200,40 @@ INSTANTIATE_TEST_SUITE_P(
         // runs from the tool.
         WristRow{"ToolPointInTheWrist", arm("x,600,0,500"), {-101, 5, 5, 1, 2}, 5},
         WristRow{"ToolAcrossInTheWrist", arm("z,600,0,500"), {-101, 5, 5, 1, 2}, 5},
-        WristRow{"J6TwentyBeside", arm("x,800,0,520", "1,0,0,1,1,700,0,520"),
-                 {-101, -1, 5, 1, -1}, 0},
-        WristRow{"J6BesideWithinTolerance", arm("x,800,0,500.000009", "1,0,0,1,1,700,0,500.000009"),
-                 {-101, 4, 5, 1, 2}, 4},
-        WristRow{"J6BesideBeyondTolerance", arm("x,800,0,500.000011", "1,0,0,1,1,700,0,500.000011"),
-                 {-101, -1, 5, 1, -1}, 0},
+        WristRow{
+            "J6TwentyBeside", arm("x,800,0,520", "1,0,0,1,1,700,0,520"), {-101, -1, 5, 1, -1}, 0},
+        WristRow{"J6BesideWithinTolerance",
+                 arm("x,800,0,500.000009", "1,0,0,1,1,700,0,500.000009"),
+                 {-101, 4, 5, 1, 2},
+                 4},
+        WristRow{"J6BesideBeyondTolerance",
+                 arm("x,800,0,500.000011", "1,0,0,1,1,700,0,500.000011"),
+                 {-101, -1, 5, 1, -1},
+                 0},
         // A joint before the arm's third element is found, but not used.
-        WristRow{"BallJointAtTheFoot",
-                 "frame\npart=x,y\nlien=BATI\nrotation=J1,1,z,1,1,0,0,0\nrotation=J2,2,y,1,1,0,0,0\n"
-                 "rotation=J3,3,x,1,1,0,0,0\ntool=z,50,30,0\n",
-                 {-101, -1, 5, 1, -1}, 1},
+        WristRow{
+            "BallJointAtTheFoot",
+            "frame\npart=x,y\nlien=BATI\nrotation=J1,1,z,1,1,0,0,0\nrotation=J2,2,y,1,1,0,0,0\n"
+            "rotation=J3,3,x,1,1,0,0,0\ntool=z,50,30,0\n",
+            {-101, -1, 5, 1, -1},
+            1},
         // Class 3: there is a ball joint, but it is not recorded.
         WristRow{"HeadOfAMillingMachine",
                  "frame\npart=x,y\nlien=BATI\naxis=X,1,x\naxis=Y,2,y\naxis=Z,3,z\n"
                  "rotation=C,6,z,1,1,5,7,0\nrotation=B,5,y,1,1,5,0,150\ntool=z,5,7,0\n",
-                 {-101, -1, 3, 5, 0}, 6},
+                 {-101, -1, 3, 5, 0},
+                 6},
         WristRow{"GunEndsABallJointToo",
                  "frame\npart=x,y\nlien=BATI\naxis=X,1,x\naxis=Y,2,y\naxis=Z,3,z\n"
                  "rotation=C,6,z,1,1,5,7,0\nrotation=B,5,y,1,1,5,0,150\ngun=z,5,7,0\n"
                  "lien=Z\ntool=z,0,0,0\n",
-                 {-101, -1, 3, 5, 0}, 6},
+                 {-101, -1, 3, 5, 0},
+                 6},
         WristRow{"LinearAxisBetweenIsNoBallJoint",
                  "frame\npart=x,y\nlien=BATI\nrotation=C,6,z,1,1,0,0,0\nrotation=B,5,y,1,1,0,0,0\n"
                  "axis=W,3,z\ntool=z,0,0,-50\n",
-                 {-101, -1, 5, 1, -1}, 0}),
+                 {-101, -1, 5, 1, -1},
+                 0}),
     rowName);
 
 // --- records
@@ -257,7 +271,7 @@ TEST_F(Records, ToolWithoutRecordGivesTheLastOneFound) {
   const KMachine one = mill(), other;
   const Kine found = one.getKine(1);
   EXPECT_EQ(one.getKine(2), found);
-  EXPECT_EQ(one.getKine(0), found);   // no current tool
+  EXPECT_EQ(one.getKine(0), found);  // no current tool
   EXPECT_EQ(other.getKine(1), found);
 }
 
@@ -337,7 +351,8 @@ TEST_F(Records, LoadingStoresOneForEveryToolAndGun) {
 TEST_F(Records, FinaliseCoversAsManyNumbersAsThereAreTools) {
   const KMachine loaded = load(kGunFirst, 2);
   KMachine machine;
-  for (int rank = 0; rank < loaded.getElemNumber(); ++rank) machine.addElem(*loaded.getElemByRank(rank));
+  for (int rank = 0; rank < loaded.getElemNumber(); ++rank)
+    machine.addElem(*loaded.getElemByRank(rank));
   EXPECT_EQ(machine.finalise(), 0);
   trace.claimAll(L"e[");
   SharedRecord::get() = Kine();
@@ -350,7 +365,8 @@ TEST_F(Records, FinaliseCoversAsManyNumbersAsThereAreTools) {
 TEST_F(Records, FinaliseMayReplaceTheSharedRecordInsteadOfStoring) {
   const KMachine loaded = mill();
   KMachine machine;
-  for (int rank = 0; rank < loaded.getElemNumber(); ++rank) machine.addElem(*loaded.getElemByRank(rank));
+  for (int rank = 0; rank < loaded.getElemNumber(); ++rank)
+    machine.addElem(*loaded.getElemByRank(rank));
   SharedRecord::get() = Kine{1, -1, 0, 0, 0};
   EXPECT_EQ(machine.finalise(), 0);
   trace.claimAll(L"e[");
@@ -360,7 +376,8 @@ TEST_F(Records, FinaliseMayReplaceTheSharedRecordInsteadOfStoring) {
 }
 
 TEST_F(Records, GunsAloneMakeNoMachineButHaveRecords) {
-  const KMachine machine = load("frame\npart\nlien=BATI\naxis=X,x\naxis=Y,y\naxis=Z,z\ngun=z,0,0,0\n", 2);
+  const KMachine machine =
+      load("frame\npart\nlien=BATI\naxis=X,x\naxis=Y,y\naxis=Z,z\ngun=z,0,0,0\n", 2);
   EXPECT_EQ(result, -1);
   EXPECT_EQ(machine.getKine(1), (Kine{-101, -1, 1, 5, 0}));
 }

@@ -132,15 +132,16 @@ INSTANTIATE_TEST_SUITE_P(
     Machine, DenavitHartenberg,
     testing::Values(
         // Lines: part Z, X, Y, Z through zero, the tool on Z's line 100 above. Tool and Z share a
-        // line, so Z's origin is the tool's point; the others meet at zero. Normals: world Z x X = Y,
-        // X x Y = Z, Y x Z = X; each X axis is a quarter turn about Z from the one before.
-        ChainCase{"ThreeAxisMill",
-                  "frame\naxis=Y,2,y\naxis=X,1,x\npart=x,y\nlien=BATI\naxis=Z,3,z\ntool=z,0,0,100\n",
-                  {{{0, 0, 0, 0}, {0, 0, 0}},
-                   {{kHalf, 0, kHalf, 0}, {0, 0, 0}},
-                   {{kHalf, 0, kHalf, 0}, {0, 0, 0}},
-                   {{kHalf, 0, 0, 100}, {0, 0, 100}},
-                   {{0, 0, 0, 0}, {0, 0, 100}}}},
+        // line, so Z's origin is the tool's point; the others meet at zero. Normals: world Z x X =
+        // Y, X x Y = Z, Y x Z = X; each X axis is a quarter turn about Z from the one before.
+        ChainCase{
+            "ThreeAxisMill",
+            "frame\naxis=Y,2,y\naxis=X,1,x\npart=x,y\nlien=BATI\naxis=Z,3,z\ntool=z,0,0,100\n",
+            {{{0, 0, 0, 0}, {0, 0, 0}},
+             {{kHalf, 0, kHalf, 0}, {0, 0, 0}},
+             {{kHalf, 0, kHalf, 0}, {0, 0, 0}},
+             {{kHalf, 0, 0, 100}, {0, 0, 100}},
+             {{0, 0, 0, 0}, {0, 0, 100}}}},
         // From the tool: Z shares its line; Y, X meet it at zero. A is parallel to X: normal from
         // (0, 10, -35) to zero. C crosses A: normal Y, 30 long, feet (10, -20, -35), (10, 10, -35),
         // the latter 10 ahead of A's origin (0, 10, -35). The world's Z is parallel to C: normal
@@ -166,28 +167,31 @@ INSTANTIATE_TEST_SUITE_P(
                    {{-kHalf, 20, 0, 0}, {25, 7, 150}},
                    {{kHalf, 0, 0, -150}, {25, 7, 0}}}},
         // P up at x = 10, Q down at x = 50 with the tool on its line at z = -30.
-        ChainCase{"AntiParallelAxes",
-                  "frame\npart=x,y\nlien=BATI\nrotation=P,1,z,1,1,10,0,0\nrotation=Q,2,-z,1,1,50,0,0\n"
-                  "tool=-z,50,0,-30\n",
-                  {{{0, 0, 0, -30}, {0, 0, -30}},
-                   {{0, 10, 0, 0}, {10, 0, -30}},
-                   {{kPi, 40, 0, 0}, {50, 0, -30}},
-                   {{0, 0, 0, 0}, {50, 0, -30}}}},
+        ChainCase{
+            "AntiParallelAxes",
+            "frame\npart=x,y\nlien=BATI\nrotation=P,1,z,1,1,10,0,0\nrotation=Q,2,-z,1,1,50,0,0\n"
+            "tool=-z,50,0,-30\n",
+            {{{0, 0, 0, -30}, {0, 0, -30}},
+             {{0, 10, 0, 0}, {10, 0, -30}},
+             {{kPi, 40, 0, 0}, {50, 0, -30}},
+             {{0, 0, 0, 0}, {50, 0, -30}}}},
         // All three on the world's Z line: no normal at all, every frame takes the world's X.
-        ChainCase{"CoincidentAxes",
-                  "frame\npart=x,y\nlien=BATI\nrotation=P,1,z,1,1,0,0,0\nrotation=Q,2,z,1,1,0,0,25\n"
-                  "tool=z,0,0,-30\n",
-                  {{{0, 0, 0, 0}, {0, 0, 0}},
-                   {{0, 0, 0, -30}, {0, 0, -30}},
-                   {{0, 0, 0, 0}, {0, 0, -30}},
-                   {{0, 0, 0, 0}, {0, 0, -30}}}},
-        ChainCase{"CoincidentAntiParallelAxes",
-                  "frame\npart=x,y\nlien=BATI\nrotation=P,1,z,1,1,0,0,0\nrotation=Q,2,-z,1,1,0,0,25\n"
-                  "tool=-z,0,0,-30\n",
-                  {{{0, 0, 0, 0}, {0, 0, 0}},
-                   {{0, 0, 0, -30}, {0, 0, -30}},
-                   {{kPi, 0, 0, 0}, {0, 0, -30}},
-                   {{0, 0, 0, 0}, {0, 0, -30}}}},
+        ChainCase{
+            "CoincidentAxes",
+            "frame\npart=x,y\nlien=BATI\nrotation=P,1,z,1,1,0,0,0\nrotation=Q,2,z,1,1,0,0,25\n"
+            "tool=z,0,0,-30\n",
+            {{{0, 0, 0, 0}, {0, 0, 0}},
+             {{0, 0, 0, -30}, {0, 0, -30}},
+             {{0, 0, 0, 0}, {0, 0, -30}},
+             {{0, 0, 0, 0}, {0, 0, -30}}}},
+        ChainCase{
+            "CoincidentAntiParallelAxes",
+            "frame\npart=x,y\nlien=BATI\nrotation=P,1,z,1,1,0,0,0\nrotation=Q,2,-z,1,1,0,0,25\n"
+            "tool=-z,0,0,-30\n",
+            {{{0, 0, 0, 0}, {0, 0, 0}},
+             {{0, 0, 0, -30}, {0, 0, -30}},
+             {{kPi, 0, 0, 0}, {0, 0, -30}},
+             {{0, 0, 0, 0}, {0, 0, -30}}}},
         // Deliberate: against the world's Z the offset is the height itself, though the frame's own
         // Z points down.
         ChainCase{"FirstAxisAgainstTheWorld",
@@ -197,9 +201,10 @@ INSTANTIATE_TEST_SUITE_P(
                    {{0, 0, 0, 0}, {0, 0, -30}}}},
         // An unreadable direction: nothing is stored for either neighbour, and the point leaves its
         // place for zero. The world's X reaches every frame that has none.
-        ChainCase{"AxisWithoutDirection",
-                  "frame\npart=x,y\nlien=BATI\nrotation=P,1,0,0,0,1,1,7,8,9\ntool=z,3,4,5\n",
-                  {{{0, 0, 0, 0}, {0, 0, 0}}, {{0, 0, 0, 0}, {0, 0, 0}}, {{0, 0, 0, 0}, {3, 4, 5}}}},
+        ChainCase{
+            "AxisWithoutDirection",
+            "frame\npart=x,y\nlien=BATI\nrotation=P,1,0,0,0,1,1,7,8,9\ntool=z,3,4,5\n",
+            {{{0, 0, 0, 0}, {0, 0, 0}}, {{0, 0, 0, 0}, {0, 0, 0}}, {{0, 0, 0, 0}, {3, 4, 5}}}},
         // B along (0, 1, 1) through zero, the tool along Z at x = 40: normal X, twist +45 about it.
         // The world's Z x B points to -X: twist +45 about that, and X turns by half.
         ChainCase{"TiltedAxis",
@@ -245,8 +250,8 @@ std::string fileOf(const PublishedArm& arm) {
     UVec3d z(0, 0, 1);
     frame.applyDir(z);
     const UVec3d o = frame.getOrigin();
-    text << "rotation=J" << k + 1 << ',' << k + 1 << ',' << z.x << ',' << z.y << ',' << z.z << ",1,1,"
-         << o.x << ',' << o.y << ',' << o.z << '\n';
+    text << "rotation=J" << k + 1 << ',' << k + 1 << ',' << z.x << ',' << z.y << ',' << z.z
+         << ",1,1," << o.x << ',' << o.y << ',' << o.z << '\n';
   }
   text << "tool=" << arm.tool << '\n';
   return text.str();
@@ -291,9 +296,10 @@ TEST_P(Published, ToolStaysWithTheLastFrame) {
 TEST_P(Published, ProductOfTheFramesReachesThePublishedPose) {
   const PublishedArm& arm = GetParam();
   const KMachine machine = load(fileOf(arm), 1);
-  const double poses[][6] = {
-      {0, 0, 0, 0, 0, 0}, {0, -90, 90, 0, 90, 0}, {30, -60, 45, 20, -35, 80},
-      {-110, 20, -75, 150, 60, -170}};
+  const double poses[][6] = {{0, 0, 0, 0, 0, 0},
+                             {0, -90, 90, 0, 90, 0},
+                             {30, -60, 45, 20, -35, 80},
+                             {-110, 20, -75, 150, 60, -170}};
   for (const double* pose : poses) {
     KMachineValue<6> value;
     value.set(pose);
@@ -349,8 +355,9 @@ TEST_F(LoadingTest, SetUpOfAMissingToolChangesNothing) {
 
 // Shared elements keep the record of the tool that was set up last: the highest number.
 TEST_F(LoadingTest, LastToolOwnsTheSharedElements) {
-  const std::string two = "frame\npart=x,y\nlien=BATI\naxis=X,1,x\naxis=Z,3,z\ntool=z,0,0,50\n"
-                          "lien=Z\ntool=z,0,0,70\n";
+  const std::string two =
+      "frame\npart=x,y\nlien=BATI\naxis=X,1,x\naxis=Z,3,z\ntool=z,0,0,50\n"
+      "lien=Z\ntool=z,0,0,70\n";
   KMachine machine = load(two, 1);
   EXPECT_EQ(machine.getElemByIndex(3)->getElemPivot(), UVec3d(0, 0, 70));
   EXPECT_NEAR(machine.getElemByIndex(3)->getDHmRef().d, 70.0, 1e-12);
@@ -362,9 +369,10 @@ TEST_F(LoadingTest, LastToolOwnsTheSharedElements) {
 
 // A gun in the middle of another tool's chain is moved along its line by that tool's set-up.
 TEST_F(LoadingTest, GunInAToolsChainMovesAlongItsLine) {
-  const KMachine machine = load("frame\npart=x,y\nlien=BATI\naxis=X,1,x\ngun=z,3,4,50\n"
-                                "tool=z,3,4,-20\n",
-                                1);
+  const KMachine machine = load(
+      "frame\npart=x,y\nlien=BATI\naxis=X,1,x\ngun=z,3,4,50\n"
+      "tool=z,3,4,-20\n",
+      1);
   EXPECT_EQ(machine.getElemByIndex(-101)->getElemPivot(), UVec3d(3, 4, -20));
   KMachineValue<1> value;
   UVec3d point, direction;

@@ -69,7 +69,8 @@ TEST_F(Finalise, TracesElementsThenPositionThenTools) {
 
 TEST_F(Finalise, GapsInAxisNumbersCloseInTheValueOrder) {
   const KMachine machine = load(
-      "frame\npart\nlien=BATI\nrotation=B,5,y\naxis=Z,3,z\naxis=Y,2,y\naxis=X,1,x\ntool=z,0,0,5\n", 1);
+      "frame\npart\nlien=BATI\nrotation=B,5,y\naxis=Z,3,z\naxis=Y,2,y\naxis=X,1,x\ntool=z,0,0,5\n",
+      1);
   ASSERT_EQ(result, 0);
   EXPECT_EQ(machine.getAxisNum(), 4);
   const std::pair<int, int> places[] = {{1, 0}, {2, 1}, {3, 2}, {5, 3}};
@@ -225,16 +226,18 @@ TEST_F(LegacyOffset, WithoutARotaryHeadIsTheToolsPoint) {
 
 TEST_F(LegacyOffset, WalksBeyondTheFrameAndPassesOneElementOver) {
   // The element passed over is the rotary axis' carrier: here the frame itself.
-  loadTwice("frame\naxis=X,x\nrotation=A,x,1,1,5,6,7\npart\nlien=BATI\nrotation=C,z,1,1,10,20,30\n"
-            "tool=z,0,0,0\n",
-            2);
+  loadTwice(
+      "frame\naxis=X,x\nrotation=A,x,1,1,5,6,7\npart\nlien=BATI\nrotation=C,z,1,1,10,20,30\n"
+      "tool=z,0,0,0\n",
+      2);
   EXPECT_EQ(machine.getLegacyOffset(), UVec3d(5, 14, 23));
 }
 
 TEST_F(LegacyOffset, RotaryAxisBehindAToolIsTheFirstSumNotASum) {
-  loadTwice("frame\npart\nlien=BATI\naxis=X,x\nrotation=C,z,1,1,1,2,3\nrotation=B,y,1,1,40,50,60\n"
-            "tool=z,7,8,9\n",
-            2);
+  loadTwice(
+      "frame\npart\nlien=BATI\naxis=X,x\nrotation=C,z,1,1,1,2,3\nrotation=B,y,1,1,40,50,60\n"
+      "tool=z,7,8,9\n",
+      2);
   EXPECT_EQ(machine.getLegacyOffset(), UVec3d(1, 2, 3));  // C, the last met
 }
 
@@ -248,7 +251,8 @@ TEST_F(LegacyOffset, IsTheCurrentToolsOwn) {
 
 TEST_F(LegacyOffset, OfAGunIsZeroAndItsCarrierIsNotPassedOver) {
   // A gun is neither a tool nor a rotary axis: it is itself the element passed over.
-  loadTwice("frame\npart\nlien=BATI\nrotation=C,z,1,1,4,5,6\ngun=z,9,9,9\nlien=C\ntool=z,0,0,0\n", 2, 1);
+  loadTwice("frame\npart\nlien=BATI\nrotation=C,z,1,1,4,5,6\ngun=z,9,9,9\nlien=C\ntool=z,0,0,0\n",
+            2, 1);
   EXPECT_EQ(machine.getLegacyOffset(), UVec3d(-4, -5, -6));
 }
 
@@ -262,9 +266,10 @@ TEST_F(LegacyOffset, StaysWhenTheNextFileIsIncomplete) {
 }
 
 TEST_F(LegacyOffset, DirectFinaliseShiftsAgainByTheMovedPoints) {
-  loadTwice("frame\npart\nlien=BATI\naxis=Z,z\nrotation=C,z,1,1,10,20,30\ntool=z,10,20,-50\n"
-            "limits=Z,0,500\n",
-            2);
+  loadTwice(
+      "frame\npart\nlien=BATI\naxis=Z,z\nrotation=C,z,1,1,10,20,30\ntool=z,10,20,-50\n"
+      "limits=Z,0,500\n",
+      2);
   EXPECT_EQ(machine.getLegacyOffset(), UVec3d(10, 20, 30));
   EXPECT_EQ(max(3), 470.0);
   // C and the tool share their line, so C's frame origin is the tool's point by now.

@@ -1,5 +1,5 @@
-// Machines built in memory: adding elements, grafting tool chains, installing the part side, chains,
-// and what becomes of the axis table when the elements move.
+// Machines built in memory: adding elements, grafting tool chains, installing the part side,
+// chains, and what becomes of the axis table when the elements move.
 
 #include "tests/support/LoadText.h"
 

@@ -152,8 +152,8 @@ TEST_F(GeometryFile, LongNameIsNoTrouble) {
 }
 
 TEST_F(GeometryFile, TraceFollowsTheOrderOfTheFile) {
-  machine.setDataFilePNE(folder.write("m.def", "geom=a.stl\nframe=b.stl\ntool=z,0,0,0,c.stl\n").wstring(),
-                         1);
+  machine.setDataFilePNE(
+      folder.write("m.def", "geom=a.stl\nframe=b.stl\ntool=z,0,0,0,c.stl\n").wstring(), 1);
   machine.readDataFile();
   const std::vector<std::wstring> expected = {L"\t(geom. file not found a.stl)",
                                               L"\t(geom. file not found b.stl)",

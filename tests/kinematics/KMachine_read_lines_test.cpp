@@ -3,8 +3,8 @@
 
 #include "tests/support/LoadText.h"
 
-#include <csignal>
 #include <unistd.h>
+#include <csignal>
 
 #include "tests/kinematics/KMachine_describe.h"
 
@@ -114,7 +114,8 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Pairs, DefinitionLine,
     testing::Values(
-        LineRow{"Two", "collision=X,Z", "+pair 1 3"}, LineRow{"SmallerFirst", "collisions=Z,X", "+pair 1 3"},
+        LineRow{"Two", "collision=X,Z", "+pair 1 3"},
+        LineRow{"SmallerFirst", "collisions=Z,X", "+pair 1 3"},
         LineRow{"OneAgainstSeveral", "collisions=C,X,Z,BATI", "+pair 0 6, +pair 1 6, +pair 3 6"},
         LineRow{"PrefixAndCase", "COLLISIONS=axe_c,AXE_X", "+pair 1 6"},
         LineRow{"Twice", "collision=X,Z\ncollision=Z,X,X,Z", "+pair 1 3"},
@@ -122,8 +123,9 @@ INSTANTIATE_TEST_SUITE_P(
         LineRow{"OneOperandIsTooFew", "collision=X", ""}, LineRow{"NoOperands", "collision", ""},
         LineRow{"UnknownFirst", "collision=Q,X,Z", ""},
         LineRow{"UnknownAmongOthers", "collision=X,Q,Z,,W", "+pair 1 3"},
-        LineRow{"EveryTool", "collisions=tool,BATI,C",
-                "+pair -101 0, +pair -101 6, +pair -102 0, +pair -102 6, +pair -103 0, +pair -103 6"},
+        LineRow{
+            "EveryTool", "collisions=tool,BATI,C",
+            "+pair -101 0, +pair -101 6, +pair -102 0, +pair -102 6, +pair -103 0, +pair -103 6"},
         LineRow{"EveryToolAsGun", "collisions=X,Gun", "+pair -101 1, +pair -102 1, +pair -103 1"},
         LineRow{"EveryToolAsGunDrill", "collisions=gundrill,X",
                 "+pair -101 1, +pair -102 1, +pair -103 1"},
@@ -142,7 +144,8 @@ INSTANTIATE_TEST_SUITE_P(
     RotationPoints, DefinitionLine,
     testing::Values(
         LineRow{"One", "rotationpoint=1", "+point 1 0 0 0 0 0 0 0 0 0 0 0"},
-        LineRow{"InFrench", "PointDeRotation = 1.5 , -2 , 3e1", "+point 1.5 -2 30 0 0 0 0 0 0 0 0 0"},
+        LineRow{"InFrench", "PointDeRotation = 1.5 , -2 , 3e1",
+                "+point 1.5 -2 30 0 0 0 0 0 0 0 0 0"},
         LineRow{"Two", "rotationpoint=1,2\nrotationpoint=3",
                 "+point 1 2 0 0 0 0 0 0 0 0 0 0, +point 3 0 0 0 0 0 0 0 0 0 0 0"},
         LineRow{"Twelve", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,12",
@@ -152,7 +155,8 @@ INSTANTIATE_TEST_SUITE_P(
         LineRow{"BehindTheTwelfthNothingIsRead", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,12,far,",
                 "+point 1 2 3 4 5 6 7 8 9 10 11 12"},
         LineRow{"NumberPrefixesCount", "rotationpoint=1a,inf", "+point 1 inf 0 0 0 0 0 0 0 0 0 0"},
-        LineRow{"NoOperands", "rotationpoint", ""}, LineRow{"EmptyOperandPart", "rotationpoint=", ""}),
+        LineRow{"NoOperands", "rotationpoint", ""},
+        LineRow{"EmptyOperandPart", "rotationpoint=", ""}),
     rowName);
 
 TEST_F(LoadingTest, Version1NamesKeepThePrefixAndLimitsDoNot) {
@@ -307,8 +311,7 @@ INSTANTIATE_TEST_SUITE_P(
                     LineRow{"WordBehindNumbers", "rotationpoint=1,2,far\n", ""},
                     LineRow{"EmptyOperand", "rotationpoint=1,,2\n", ""},
                     LineRow{"OnlyEmptyOperands", "rotationpoint=,\n", ""},
-                    LineRow{"TwelfthOperand",
-                            "pointderotation=1,2,3,4,5,6,7,8,9,10,11,far\n", ""}),
+                    LineRow{"TwelfthOperand", "pointderotation=1,2,3,4,5,6,7,8,9,10,11,far\n", ""}),
     rowName);
 
 }  // namespace

@@ -74,7 +74,8 @@ TEST_F(LoadingTest, VersionZeroReadsNothingAndChangesNothing) {
 TEST_F(LoadingTest, MissingFileChangesNothing) {
   const TempDir folder;
   KMachine machine;
-  machine.setDataFilePNE(folder.write("m.def", std::string(kMill) + "rotationpoint=1,2\n").wstring(), 2);
+  machine.setDataFilePNE(
+      folder.write("m.def", std::string(kMill) + "rotationpoint=1,2\n").wstring(), 2);
   ASSERT_EQ(machine.readDataFile(), 0);
   trace.claimAll(L"e[");
   const std::string before = describe(machine);
@@ -138,9 +139,8 @@ INSTANTIATE_TEST_SUITE_P(
         LineRow{"CommentCutsTheNumber", "strategy=1#2", 1},
         LineRow{"CommentCutsEverything", "#strategy=2", 0},
         LineRow{"SecondCommentSignIsComment", "strategy=2 # a # strategy=3", 2},
-        LineRow{"NoteLine", "# note\nstrategy=2\n", 2},
-        LineRow{"StarLine", "*** strategy=3\n", 0}, LineRow{"SlashLine", "// strategy=3\n", 0},
-        LineRow{"OneSlashIsEnough", "/strategy=3\n", 0},
+        LineRow{"NoteLine", "# note\nstrategy=2\n", 2}, LineRow{"StarLine", "*** strategy=3\n", 0},
+        LineRow{"SlashLine", "// strategy=3\n", 0}, LineRow{"OneSlashIsEnough", "/strategy=3\n", 0},
         LineRow{"BlanksBeforeStar", "   * strategy=3\n", 0},
         LineRow{"BlanksBeforeSharp", "  \t # strategy=3\n", 0},
         LineRow{"StarInsideIsText", "strategy=3*2\n", 3},
@@ -161,8 +161,8 @@ INSTANTIATE_TEST_SUITE_P(
         LineRow{"TooLargeKeepsLowBits", "strategy=99999999999", 1215752191},
         LineRow{"LongLineIsCutAndItsRestIgnored", "strategy=2" + kLongTail + "\nmode=1\n", 2},
         LineRow{"RestOfALongLineIsNoLine", std::string(1203, 'x') + "strategy=3\n", 0},
-        LineRow{"NumberCutAtTheLineEnd",
-                "strategy=" + std::string(1193, '0') + "1" + "9\n", 1},  // 9 + 1193 + 1 = 1203
+        LineRow{"NumberCutAtTheLineEnd", "strategy=" + std::string(1193, '0') + "1" + "9\n",
+                1},  // 9 + 1193 + 1 = 1203
         LineRow{"LineOfFullLength", std::string(1193, ' ') + "strategy=4\nmode=2\n", 4},
         LineRow{"LineAfterALongLine", kLongTail + kLongTail + "\nstrategy=6\n", 6},
         LineRow{"ByteOrderMarkAtTheStart", "\xef\xbb\xbfstrategy=2\n", 2},
@@ -219,8 +219,8 @@ INSTANTIATE_TEST_SUITE_P(
                     KeywordRow{"piece", "PIECE(-1<-10)"}, KeywordRow{"table", "PIECE(-1<-10)"},
                     KeywordRow{"part", "PIECE(-1<-10)"}, KeywordRow{"outil", "OUTIL(-101<-10)"},
                     KeywordRow{"tool", "OUTIL(-101<-10)"}, KeywordRow{"geom", "GEOM(-201<-10)"},
-                    KeywordRow{"geometry", "GEOM(-201<-10)"}, KeywordRow{"canon", "DRILL(-101<-10)"},
-                    KeywordRow{"gun", "DRILL(-101<-10)"},
+                    KeywordRow{"geometry", "GEOM(-201<-10)"},
+                    KeywordRow{"canon", "DRILL(-101<-10)"}, KeywordRow{"gun", "DRILL(-101<-10)"},
                     KeywordRow{"drillgun", "DRILL(-101<-10)"}),
     keywordName);
 
@@ -315,8 +315,9 @@ INSTANTIATE_TEST_SUITE_P(
                  "frame\naxis=X,x\npart\nlien=BATI\npart\nlien=BATI\ntool\n", 2, -1,
                  "BATI(0<-1) X(1<-1)inv PIECE(-1<-10) PIECE(-1<-10) OUTIL(-101<0)",
                  "PIECE BATI OUTIL"},
-        ChainRow{"Version2LinkDropsThePrefix", "frame\naxis=AXE_X,x\nlien=BATI\ntool\nlien=axe_x\ntool",
-                 2, -1, "BATI(0<-10) X(1<0) OUTIL(-101<0) OUTIL(-102<1)", "BATI OUTIL"},
+        ChainRow{"Version2LinkDropsThePrefix",
+                 "frame\naxis=AXE_X,x\nlien=BATI\ntool\nlien=axe_x\ntool", 2, -1,
+                 "BATI(0<-10) X(1<0) OUTIL(-101<0) OUTIL(-102<1)", "BATI OUTIL"},
         ChainRow{"Version2LinkDropsTwoPrefixes",
                  "frame\naxis=X,x\nlien=BATI\ntool\nlien=AXE_AXE_X\ntool", 2, -1,
                  "BATI(0<-10) X(1<0) OUTIL(-101<0) OUTIL(-102<1)", "BATI OUTIL"},
@@ -328,8 +329,9 @@ INSTANTIATE_TEST_SUITE_P(
         ChainRow{"Version1LowerCasePrefixIsPartOfTheName",
                  "frame\naxis=AXE_X,1,x\nlien=BATI\ntool\nlien=axe_x\ntool", 1, -1,
                  "BATI(0<-10) AXE_X(1<0) OUTIL(-101<0) OUTIL(-102<1)", "BATI OUTIL"},
-        ChainRow{"LinkByFixedNames", "frame\ngeom\nlien=bati\ntool\nlien=Geom\ntool\nlien=outil\ntool",
-                 2, -1, "BATI(0<-10) GEOM(-201<0) OUTIL(-101<0) OUTIL(-102<-201) OUTIL(-103<-101)",
+        ChainRow{"LinkByFixedNames",
+                 "frame\ngeom\nlien=bati\ntool\nlien=Geom\ntool\nlien=outil\ntool", 2, -1,
+                 "BATI(0<-10) GEOM(-201<0) OUTIL(-101<0) OUTIL(-102<-201) OUTIL(-103<-101)",
                  "BATI OUTIL"},
         ChainRow{"LinkToPartByItsName", "part\nframe\nlien=PIECE\ntool\n", 2, 0,
                  "PIECE(-1<-10) BATI(0<-1) OUTIL(-101<-1)", "PIECE OUTIL"},
@@ -348,7 +350,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(LoadingTest, MoreElementsThanTheReaderMakesRoomFor) {
   std::string text = "frame\n";
-  for (int i = 1; i <= 40; ++i) text += "axis=Q" + std::to_string(i) + "," + std::to_string(i) + ",x\n";
+  for (int i = 1; i <= 40; ++i)
+    text += "axis=Q" + std::to_string(i) + "," + std::to_string(i) + ",x\n";
   const KMachine machine = load(text, 1);
   ASSERT_EQ(machine.getElemNumber(), 41);
   EXPECT_EQ(machine.getChain(40).size(), 41u);

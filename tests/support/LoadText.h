@@ -21,8 +21,8 @@ inline zkin::KMachine loadText(const std::string& text, int version, int* result
 
 /// What is traced when a machine has no position of its dimension.
 inline std::wstring noPositionLine(int axes) {
-  return L"zkin::KMachineValueBase::_newMachineValue, unhandled dimension<" + std::to_wstring(axes) +
-         L">";
+  return L"zkin::KMachineValueBase::_newMachineValue, unhandled dimension<" +
+         std::to_wstring(axes) + L">";
 }
 
 /// A test that loads machines. Every element is dumped to the trace at each finalisation: these

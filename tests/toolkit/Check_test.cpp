@@ -1,0 +1,232 @@
+#include "toolkit/check/Check.h"
+
+#include <rapidcheck/gtest.h>
+
+#include <algorithm>
+
+#include "tests/support/TempFile.h"
+#include "toolkit/Machine.h"
+
+using korvo::CheckResult;
+using korvo::Diagnostic;
+using korvo::Format;
+using korvo::test::TempDir;
+
+namespace {
+
+CheckResult checkText(const std::string& text, Format format = Format::version1) {
+  const TempDir folder;
+  return korvo::check(folder.write("m.def", text), format);
+}
+
+std::vector<Diagnostic> withCode(const CheckResult& result, const std::string& code) {
+  std::vector<Diagnostic> found;
+  std::copy_if(result.diagnostics.begin(), result.diagnostics.end(), std::back_inserter(found),
+               [&](const Diagnostic& d) { return d.code == code; });
+  return found;
+}
+
+std::string machineWith(const std::string& lines) {
+  return "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,x\ntool=z,0,0,0\n" + lines;
+}
+
+TEST(Check, AGoodFileHasNoFindings) {
+  EXPECT_TRUE(checkText(machineWith("")).diagnostics.empty());
+}
+
+TEST(Check, UnreadableFileIsAFinding) {
+  const CheckResult result = korvo::check("/nonexistent/m.def");
+  ASSERT_EQ(result.diagnostics.size(), 1u);
+  EXPECT_EQ(result.diagnostics[0].code, "file-unreadable");
+  EXPECT_EQ(korvo::toString(result.diagnostics[0]),
+            "/nonexistent/m.def: expected a readable file, found none");
+}
+
+TEST(Check, AFolderIsUnreadable) {
+  const TempDir folder;
+  EXPECT_EQ(withCode(korvo::check(folder.path()), "file-unreadable").size(), 1u);
+}
+
+// --- rotation points
+
+struct PointRow {
+  const char* label;
+  const char* line;
+  int column;         // 0: accepted
+  const char* found;  // how the finding ends
+};
+
+class RotationPointTable : public testing::TestWithParam<PointRow> {};
+
+TEST_P(RotationPointTable, FirstOperandThatIsNoNumberIsFound) {
+  const PointRow& row = GetParam();
+  const auto found = withCode(checkText(machineWith(row.line)), "rotation-point-number");
+  ASSERT_EQ(found.size(), row.column ? 1u : 0u);
+  if (!row.column) return;
+  EXPECT_EQ(found[0].line, 6);
+  EXPECT_EQ(found[0].column, row.column);
+  EXPECT_EQ(found[0].text,
+            std::string("expected a number in each of the first 12 operands of a rotation point, "
+                        "found ") +
+                row.found);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Check, RotationPointTable,
+    testing::Values(PointRow{"Numbers", "rotationpoint=1,2.5,-3e2", 0, ""},
+                    PointRow{"NumbersWithATail", "rotationpoint=1mm,0x1p,nan(1)", 0, ""},
+                    PointRow{"NoOperandPart", "rotationpoint", 0, ""},
+                    PointRow{"EmptyOperandPart", "rotationpoint=", 0, ""},
+                    PointRow{"Word", "rotationpoint=1,abc,3", 17, "'abc' as operand 2"},
+                    PointRow{"EmptyOperand", "rotationpoint=1,,3", 17, "'' as operand 2"},
+                    PointRow{"OnlyACommaHasTwoEmptyOperands", "rotationpoint=,", 15,
+                             "'' as operand 1"},
+                    PointRow{"FrenchKeywordInCapitals", "POINTDEROTATION=x", 17,
+                             "'x' as operand 1"},
+                    PointRow{"ColumnsOfTheLineAsWritten", "  rotationpoint = 1 , abc", 23,
+                             "'abc' as operand 2"},
+                    PointRow{"TwelfthOperand", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,x", 39,
+                             "'x' as operand 12"},
+                    PointRow{"ThirteenthIsNotRead", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,12,x", 0,
+                             ""},
+                    PointRow{"Comment", "#rotationpoint=x", 0, ""},
+                    PointRow{"OtherKeyword", "rotationpoints=x", 0, ""}),
+    [](const auto& info) { return std::string(info.param.label); });
+
+TEST(Check, EachBadRotationPointLineIsFoundOnce) {
+  const auto found = withCode(checkText(machineWith("rotationpoint=a,b\n\nrotationpoint=c\n")),
+                              "rotation-point-number");
+  ASSERT_EQ(found.size(), 2u);
+  EXPECT_EQ(found[0].line, 6);
+  EXPECT_EQ(found[1].line, 8);
+}
+
+// --- rings
+
+struct RingRow {
+  const char* label;
+  const char* text;
+  int line;  // of the finding; 0: none
+};
+
+class RingTable : public testing::TestWithParam<RingRow> {};
+
+TEST_P(RingTable, IsFoundAtTheLineThatClosesIt) {
+  const RingRow& row = GetParam();
+  const auto found = withCode(checkText(row.text), "element-cycle");
+  ASSERT_EQ(found.size(), row.line ? 1u : 0u);
+  if (row.line) {
+    EXPECT_EQ(found[0].line, row.line);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Check, RingTable,
+    testing::Values(
+        RingRow{"PlainMachine", "frame\npart\nlien=BATI\naxis=X,1,x\ntool=z,0,0,0\n", 0},
+        // An axis number that means "no previous element": the frame then hangs on the axis that
+        // hangs on it.
+        RingRow{"AxisNumberOfNoElement", "frame\naxis=X,-10,x\npart\nlien=BATI\ntool=z,0,0,0\n", 0},
+        RingRow{"FrameOnItsOwnAxis", "part\nlien=PIECE\nframe\ntool=z,0,0,0\naxis=X,-10,x\n", 5},
+        RingRow{"ElementOnItself", "axis=X,-10,x\nframe\npart\n", 1},
+        // The second part turns the links around up to the first part, which has its own number.
+        RingRow{"PartBehindAPart", "frame\naxis=X,1,x\npart\naxis=Y,2,y\npart\ntool=z,0,0,0\n", 4},
+        RingRow{"SameAxisTwice",
+                "frame\npart\nlien=BATI\naxis=X,1,x\naxis=X,1,x\ntool=z,0,0,0\n", 0}),
+    [](const auto& info) { return std::string(info.param.label); });
+
+TEST(Check, ARingNamesItsMembersAndTheirLines) {
+  const auto found = withCode(checkText("axis=X,-10,x\n"), "element-cycle");
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].text, "expected chains of elements that end, found a ring, X (line 1) on X");
+}
+
+// --- axes, frame, part, tool
+
+struct CountRow {
+  const char* label;
+  const char* text;
+  const char* code;
+  int line;
+  const char* wantedAndFound;
+};
+
+class CountTable : public testing::TestWithParam<CountRow> {};
+
+TEST_P(CountTable, IsFound) {
+  const CountRow& row = GetParam();
+  const auto found = withCode(checkText(row.text), row.code);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].line, row.line);
+  EXPECT_EQ(found[0].text, row.wantedAndFound);
+  EXPECT_EQ(found[0].severity, korvo::Severity::error);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Check, CountTable,
+    testing::Values(
+        CountRow{"EmptyFileHasNoFrame", "", "one-frame", 0, "expected one frame line, found none"},
+        CountRow{"EmptyFileHasNoPart", "", "one-part", 0, "expected one part line, found none"},
+        CountRow{"EmptyFileHasNoTool", "", "some-tool", 0,
+                 "expected at least one tool line, found none"},
+        CountRow{"EmptyFileHasNoAxes", "", "axis-count", 0,
+                 "expected 1 to 12 numbered axes, found 0"},
+        CountRow{"TwoFrames", "frame\n\nbati\n", "one-frame", 3,
+                 "expected one frame line, found another one, after line 1"},
+        CountRow{"TwoParts", "frame\npart\npiece\n", "one-part", 3,
+                 "expected one part line, found another one, after line 2"},
+        CountRow{"GunsOnly", "frame\npart\nlien=BATI\naxis=X,1,x\ngun=z,0,0,0\n", "some-tool", 0,
+                 "expected at least one tool line, found drill guns only"},
+        CountRow{"AxisNumberTooLarge", "frame\naxis=X,10001,x\n", "axis-number", 2,
+                 "expected axis numbers up to 10000, found 10001"},
+        CountRow{"AxisWithoutNumberDoesNotCount", "frame\npart\nlien=BATI\naxis=W,x\ntool=z,0,0,0\n",
+                 "axis-count", 0, "expected 1 to 12 numbered axes, found 0"},
+        CountRow{"ThirteenAxes",
+                 "axis=a,1,x\naxis=a,2,x\naxis=a,3,x\naxis=a,4,x\naxis=a,5,x\naxis=a,6,x\n"
+                 "axis=a,7,x\naxis=a,8,x\naxis=a,9,x\naxis=a,10,x\naxis=a,11,x\naxis=a,12,x\n"
+                 "axis=a,13,x\n",
+                 "axis-count", 0, "expected 1 to 12 numbered axes, found 13"}),
+    [](const auto& info) { return std::string(info.param.label); });
+
+TEST(Check, LargestAxisNumberIsAccepted) {
+  EXPECT_TRUE(
+      checkText("frame\npart\nlien=BATI\naxis=X,10000,x\ntool=z,0,0,0\n").diagnostics.empty());
+}
+
+TEST(Check, DiagnosticsReadAsFileLineText) {
+  EXPECT_EQ(korvo::toString(Diagnostic{"a.def", 41, 3, "x", korvo::Severity::error, "wanted, found"}),
+            "a.def:41: wanted, found");
+  EXPECT_STREQ(korvo::toString(korvo::Severity::warning), "warning");
+  EXPECT_STREQ(korvo::toString(korvo::Severity::error), "error");
+}
+
+// --- laws
+
+std::string anyLine() {
+  static const std::vector<std::string> kLines = {
+      "frame", "part=x,y,0,0,0", "part", "lien=BATI", "lien=PIECE", "lien=X", "lien=OUTIL",
+      "lien=Q", "tool=z,0,0,0", "gun=z,0,0,0", "axis=X,1,x", "axis=Y,2,y", "axis=Q,-10,x",
+      "axis=Q,-1,x", "axis=Q,-101,y", "axis=Q,0,z", "axis=Q,-201,z", "rotation=C,3,z,0,0,0,0,0",
+      "geom=a.stl", "rotationpoint=1,2,3", "rotationpoint=1,,3", "loop=X,1,2,3", "limits=X,0,1"};
+  return *rc::gen::elementOf(kLines);
+}
+
+// The library ends on whatever the checker lets through: the machine loads, every chain ends.
+RC_GTEST_PROP(CheckLaws, WhatIsAcceptedLoads, ()) {
+  std::string text;
+  const int lines = *rc::gen::inRange(0, 12);
+  for (int i = 0; i < lines; ++i) text += anyLine() + "\n";
+  const TempDir folder;
+  const auto path = folder.write("m.def", text);
+  const bool accepted = !korvo::hasError(korvo::check(path, Format::version1).diagnostics);
+  const korvo::Loaded loaded = korvo::load(path, Format::version1);
+  RC_ASSERT(accepted == static_cast<bool>(loaded));
+  if (!loaded) return;
+  for (int r = 0; r < (*loaded.machine)->getElemNumber(); ++r) {
+    const auto* e = (*loaded.machine)->getElemByRank(r);
+    RC_ASSERT((*loaded.machine)->getChain(e).size() <=
+              static_cast<std::size_t>((*loaded.machine)->getElemNumber()));
+  }
+}
+
+}  // namespace
