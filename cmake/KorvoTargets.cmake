@@ -31,6 +31,7 @@ if(KORVO_WERROR)
   target_compile_options(korvo_options INTERFACE -Werror)
 endif()
 if(KORVO_SANITIZE)
+  target_compile_definitions(korvo_options INTERFACE KORVO_SANITIZED)
   target_compile_options(korvo_options INTERFACE
     -fsanitize=${KORVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(korvo_options INTERFACE -fsanitize=${KORVO_SANITIZE})

@@ -159,7 +159,7 @@ int KMachine::hasRotule(UVec3d& centre, int tool) const {
 void KMachine::addKine(int tool, const _sUKine& k) {
   _sUKine& found = getKine(tool);
   // Deliberate: compares an element index with a tool number, so records of tools are appended.
-  if (found.toolIndex == tool) {
+  if (std::atomic_ref<int>(found.toolIndex).load(std::memory_order_relaxed) == tool) {
     store(found, k);
   } else {
     kines_.push_back(k);

@@ -21,9 +21,14 @@ bool isFinite(const Vec3& v) {
   return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]);
 }
 
-/// Sets `v` to length 1; false when it has no direction. The largest component is divided out
-/// first: squares of finite components may over- or underflow.
+/// Sets `v` to length 1; false when it has no direction. Where squares may over- or underflow, the
+/// largest component is divided out first.
 bool normalise(Vec3& v) {
+  const double square = dot(v, v);
+  if (square > 1e-280 && square < 1e280) {
+    v = v / std::sqrt(square);
+    return true;
+  }
   const double largest = std::max({std::fabs(v[0]), std::fabs(v[1]), std::fabs(v[2])});
   if (!isFinite(v) || largest == 0.0) return false;
   const Vec3 scaled = v / largest;
@@ -66,8 +71,8 @@ Mat3 rotationMatrix(const Vec3& axis, double angle) {
   if (!normalise(u)) return {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
   const double c = std::cos(angle);
   const double s = std::sin(angle);
-  const double half = std::sin(0.5 * angle);
-  const Vec3 v = (2.0 * half * half) * u;
+  const double versine = c > 0 ? s * s / (1 + c) : 1 - c;  // 1 - cos(a) without cancellation
+  const Vec3 v = versine * u;
   return {{{c + v[0] * u[0], v[0] * u[1] - s * u[2], v[0] * u[2] + s * u[1]},
            {v[1] * u[0] + s * u[2], c + v[1] * u[1], v[1] * u[2] - s * u[0]},
            {v[2] * u[0] - s * u[1], v[2] * u[1] + s * u[0], c + v[2] * u[2]}}};

@@ -24,7 +24,7 @@ using Mat3 = std::array<Vec3, 3>;
 /// Rotation by `angle` radians about the direction `axis`, right-handed.
 ///
 /// @source  Rodrigues: R = cos(a) I + sin(a) [u]x + (1 - cos(a)) u u^T, with
-///          1 - cos(a) = 2 sin^2(a/2) so that small angles lose no digits.
+///          1 - cos(a) = sin^2(a) / (1 + cos(a)) where cos(a) > 0, so small angles lose no digits.
 /// @errors  `axis` of any length, normalised here; a null or non-finite axis gives the identity.
 Mat3 rotationMatrix(const Vec3& axis, double angle);
 

@@ -339,7 +339,7 @@ TEST_F(LoadingTest, ManyElementsLoad) {
 
 // --- memory that is out
 
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#if !defined(KORVO_SANITIZED)
 /// Loads an axis numbered two thousand million, whose table of axes does not fit, and exits 0 when
 /// the answer is -1 and the machine can still be used.
 void loadWithoutMemory() {

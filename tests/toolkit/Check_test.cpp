@@ -30,9 +30,7 @@ std::string machineWith(const std::string& lines) {
   return "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,x\ntool=z,0,0,0\n" + lines;
 }
 
-TEST(Check, AGoodFileHasNoFindings) {
-  EXPECT_TRUE(checkText(machineWith("")).diagnostics.empty());
-}
+TEST(Check, AGoodFileHasNoFindings) { EXPECT_TRUE(checkText(machineWith("")).diagnostics.empty()); }
 
 TEST(Check, UnreadableFileIsAFinding) {
   const CheckResult result = korvo::check("/nonexistent/m.def");
@@ -73,25 +71,23 @@ TEST_P(RotationPointTable, FirstOperandThatIsNoNumberIsFound) {
 
 INSTANTIATE_TEST_SUITE_P(
     Check, RotationPointTable,
-    testing::Values(PointRow{"Numbers", "rotationpoint=1,2.5,-3e2", 0, ""},
-                    PointRow{"NumbersWithATail", "rotationpoint=1mm,0x1p,nan(1)", 0, ""},
-                    PointRow{"NoOperandPart", "rotationpoint", 0, ""},
-                    PointRow{"EmptyOperandPart", "rotationpoint=", 0, ""},
-                    PointRow{"Word", "rotationpoint=1,abc,3", 17, "'abc' as operand 2"},
-                    PointRow{"EmptyOperand", "rotationpoint=1,,3", 17, "'' as operand 2"},
-                    PointRow{"OnlyACommaHasTwoEmptyOperands", "rotationpoint=,", 15,
-                             "'' as operand 1"},
-                    PointRow{"FrenchKeywordInCapitals", "POINTDEROTATION=x", 17,
-                             "'x' as operand 1"},
-                    PointRow{"ColumnsOfTheLineAsWritten", "  rotationpoint = 1 , abc", 23,
-                             "'abc' as operand 2"},
-                    PointRow{"TwelfthOperand", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,x", 39,
-                             "'x' as operand 12"},
-                    PointRow{"ThirteenthIsNotRead", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,12,x", 0,
-                             ""},
-                    PointRow{"Comment", "#rotationpoint=x", 0, ""},
-                    PointRow{"OtherKeyword", "rotationpoints=x", 0, ""}),
-    [](const auto& info) { return std::string(info.param.label); });
+    testing::Values(
+        PointRow{"Numbers", "rotationpoint=1,2.5,-3e2", 0, ""},
+        PointRow{"NumbersWithATail", "rotationpoint=1mm,0x1p,nan(1)", 0, ""},
+        PointRow{"NoOperandPart", "rotationpoint", 0, ""},
+        PointRow{"EmptyOperandPart", "rotationpoint=", 0, ""},
+        PointRow{"Word", "rotationpoint=1,abc,3", 17, "'abc' as operand 2"},
+        PointRow{"EmptyOperand", "rotationpoint=1,,3", 17, "'' as operand 2"},
+        PointRow{"OnlyACommaHasTwoEmptyOperands", "rotationpoint=,", 15, "'' as operand 1"},
+        PointRow{"FrenchKeywordInCapitals", "POINTDEROTATION=x", 17, "'x' as operand 1"},
+        PointRow{"ColumnsOfTheLineAsWritten", "  rotationpoint = 1 , abc", 23,
+                 "'abc' as operand 2"},
+        PointRow{"TwelfthOperand", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,x", 39,
+                 "'x' as operand 12"},
+        PointRow{"ThirteenthIsNotRead", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,12,x", 0, ""},
+        PointRow{"Comment", "#rotationpoint=x", 0, ""},
+        PointRow{"OtherKeyword", "rotationpoints=x", 0, ""}),
+    [](const auto& row) { return std::string(row.param.label); });
 
 TEST(Check, EachBadRotationPointLineIsFoundOnce) {
   const auto found = withCode(checkText(machineWith("rotationpoint=a,b\n\nrotationpoint=c\n")),
@@ -124,16 +120,16 @@ INSTANTIATE_TEST_SUITE_P(
     Check, RingTable,
     testing::Values(
         RingRow{"PlainMachine", "frame\npart\nlien=BATI\naxis=X,1,x\ntool=z,0,0,0\n", 0},
-        // An axis number that means "no previous element": the frame then hangs on the axis that
-        // hangs on it.
-        RingRow{"AxisNumberOfNoElement", "frame\naxis=X,-10,x\npart\nlien=BATI\ntool=z,0,0,0\n", 0},
-        RingRow{"FrameOnItsOwnAxis", "part\nlien=PIECE\nframe\ntool=z,0,0,0\naxis=X,-10,x\n", 5},
-        RingRow{"ElementOnItself", "axis=X,-10,x\nframe\npart\n", 1},
+        // Axis number -10 is what a root has as its previous element: every root hangs on it.
+        RingRow{"PartOnTheAxisThatHangsOnIt", "frame\naxis=X,-10,x\npart\ntool=z,0,0,0\n", 3},
+        RingRow{"RootOnTheEndOfItsChain", "part\nlien=PIECE\nframe\ntool=z,0,0,0\naxis=X,-10,x\n",
+                5},
+        RingRow{"ElementOnItself", "axis=X,-10,x\nframe\n", 1},
         // The second part turns the links around up to the first part, which has its own number.
         RingRow{"PartBehindAPart", "frame\naxis=X,1,x\npart\naxis=Y,2,y\npart\ntool=z,0,0,0\n", 4},
-        RingRow{"SameAxisTwice",
-                "frame\npart\nlien=BATI\naxis=X,1,x\naxis=X,1,x\ntool=z,0,0,0\n", 0}),
-    [](const auto& info) { return std::string(info.param.label); });
+        RingRow{"SameAxisTwice", "frame\npart\nlien=BATI\naxis=X,1,x\naxis=X,1,x\ntool=z,0,0,0\n",
+                0}),
+    [](const auto& row) { return std::string(row.param.label); });
 
 TEST(Check, ARingNamesItsMembersAndTheirLines) {
   const auto found = withCode(checkText("axis=X,-10,x\n"), "element-cycle");
@@ -179,14 +175,15 @@ INSTANTIATE_TEST_SUITE_P(
                  "expected at least one tool line, found drill guns only"},
         CountRow{"AxisNumberTooLarge", "frame\naxis=X,10001,x\n", "axis-number", 2,
                  "expected axis numbers up to 10000, found 10001"},
-        CountRow{"AxisWithoutNumberDoesNotCount", "frame\npart\nlien=BATI\naxis=W,x\ntool=z,0,0,0\n",
-                 "axis-count", 0, "expected 1 to 12 numbered axes, found 0"},
+        CountRow{"AxisWithoutNumberDoesNotCount",
+                 "frame\npart\nlien=BATI\naxis=W,x\ntool=z,0,0,0\n", "axis-count", 0,
+                 "expected 1 to 12 numbered axes, found 0"},
         CountRow{"ThirteenAxes",
                  "axis=a,1,x\naxis=a,2,x\naxis=a,3,x\naxis=a,4,x\naxis=a,5,x\naxis=a,6,x\n"
                  "axis=a,7,x\naxis=a,8,x\naxis=a,9,x\naxis=a,10,x\naxis=a,11,x\naxis=a,12,x\n"
                  "axis=a,13,x\n",
                  "axis-count", 0, "expected 1 to 12 numbered axes, found 13"}),
-    [](const auto& info) { return std::string(info.param.label); });
+    [](const auto& row) { return std::string(row.param.label); });
 
 TEST(Check, LargestAxisNumberIsAccepted) {
   EXPECT_TRUE(
@@ -194,8 +191,9 @@ TEST(Check, LargestAxisNumberIsAccepted) {
 }
 
 TEST(Check, DiagnosticsReadAsFileLineText) {
-  EXPECT_EQ(korvo::toString(Diagnostic{"a.def", 41, 3, "x", korvo::Severity::error, "wanted, found"}),
-            "a.def:41: wanted, found");
+  EXPECT_EQ(
+      korvo::toString(Diagnostic{"a.def", 41, 3, "x", korvo::Severity::error, "wanted, found"}),
+      "a.def:41: wanted, found");
   EXPECT_STREQ(korvo::toString(korvo::Severity::warning), "warning");
   EXPECT_STREQ(korvo::toString(korvo::Severity::error), "error");
 }
@@ -203,11 +201,29 @@ TEST(Check, DiagnosticsReadAsFileLineText) {
 // --- laws
 
 std::string anyLine() {
-  static const std::vector<std::string> kLines = {
-      "frame", "part=x,y,0,0,0", "part", "lien=BATI", "lien=PIECE", "lien=X", "lien=OUTIL",
-      "lien=Q", "tool=z,0,0,0", "gun=z,0,0,0", "axis=X,1,x", "axis=Y,2,y", "axis=Q,-10,x",
-      "axis=Q,-1,x", "axis=Q,-101,y", "axis=Q,0,z", "axis=Q,-201,z", "rotation=C,3,z,0,0,0,0,0",
-      "geom=a.stl", "rotationpoint=1,2,3", "rotationpoint=1,,3", "loop=X,1,2,3", "limits=X,0,1"};
+  static const std::vector<std::string> kLines = {"frame",
+                                                  "part=x,y,0,0,0",
+                                                  "part",
+                                                  "lien=BATI",
+                                                  "lien=PIECE",
+                                                  "lien=X",
+                                                  "lien=OUTIL",
+                                                  "lien=Q",
+                                                  "tool=z,0,0,0",
+                                                  "gun=z,0,0,0",
+                                                  "axis=X,1,x",
+                                                  "axis=Y,2,y",
+                                                  "axis=Q,-10,x",
+                                                  "axis=Q,-1,x",
+                                                  "axis=Q,-101,y",
+                                                  "axis=Q,0,z",
+                                                  "axis=Q,-201,z",
+                                                  "rotation=C,3,z,0,0,0,0,0",
+                                                  "geom=a.stl",
+                                                  "rotationpoint=1,2,3",
+                                                  "rotationpoint=1,,3",
+                                                  "loop=X,1,2,3",
+                                                  "limits=X,0,1"};
   return *rc::gen::elementOf(kLines);
 }
 

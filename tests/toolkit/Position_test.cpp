@@ -12,7 +12,8 @@ using korvo::PositionList;
 
 namespace {
 
-constexpr const char* kMill = "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,x\naxis=Y,y\ntool=z,0,0,0\n";
+constexpr const char* kMill =
+    "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,x\naxis=Y,y\ntool=z,0,0,0\n";
 
 zkin::KMachine mill() { return korvo::test::loadText(kMill, 2); }
 

@@ -20,14 +20,15 @@ thread_local long allocations = 0;
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// Not inlined: GCC would pair the malloc in one with the free in another and warn.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   ++allocations;
   if (void* const block = std::malloc(size == 0 ? 1 : size)) return block;
   throw std::bad_alloc();
 }
 
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 
 namespace zgeo {
 namespace {

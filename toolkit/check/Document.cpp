@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace korvo::check {
+namespace korvo::checking {
 
 Document readDocument(std::FILE* file) {
   Document document;
@@ -18,4 +18,4 @@ Document readDocument(std::FILE* file) {
   return document;
 }
 
-}  // namespace korvo::check
+}  // namespace korvo::checking

@@ -7,7 +7,7 @@
 #include "platform/text/Keywords.h"
 #include "platform/text/Lines.h"
 
-namespace korvo::check {
+namespace korvo::checking {
 
 /// One line of a definition file that says something: a line with a known keyword.
 struct SourceLine {
@@ -23,4 +23,4 @@ using Document = std::vector<SourceLine>;
 /// Reads all lines of `file`, which stays the caller's.
 Document readDocument(std::FILE* file);
 
-}  // namespace korvo::check
+}  // namespace korvo::checking

@@ -9,7 +9,7 @@ using zgeo::UTools;
 using zkin::KMachine;
 using zkin::KMachineElem;
 
-namespace korvo::check {
+namespace korvo::checking {
 namespace {
 
 class Linker {
@@ -92,4 +92,4 @@ LinkedElements linkElements(const Document& document, int version) {
   return linker.take();
 }
 
-}  // namespace korvo::check
+}  // namespace korvo::checking

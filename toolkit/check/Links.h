@@ -5,7 +5,7 @@
 #include "kinematics/KMachineElem.h"
 #include "toolkit/check/Document.h"
 
-namespace korvo::check {
+namespace korvo::checking {
 
 /// The elements of a definition file, linked and numbered as the library does it while it reads.
 struct LinkedElements {
@@ -19,4 +19,4 @@ struct LinkedElements {
 /// Links the elements of `document`, read as format `version`. Ends on every input.
 LinkedElements linkElements(const Document& document, int version);
 
-}  // namespace korvo::check
+}  // namespace korvo::checking

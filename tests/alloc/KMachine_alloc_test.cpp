@@ -12,13 +12,17 @@ namespace {
 
 thread_local std::size_t allocations = 0;
 
-void* countedAllocation(std::size_t size) {
+void* countedOrNull(std::size_t size) noexcept {
   ++allocations;
-  if (void* const p = std::malloc(size == 0 ? 1 : size)) return p;
+  return std::malloc(size == 0 ? 1 : size);
+}
+
+void* counted(std::size_t size) {
+  if (void* const p = countedOrNull(size)) return p;
   throw std::bad_alloc();
 }
 
-void* countedAllocation(std::size_t size, std::align_val_t alignment) {
+void* counted(std::size_t size, std::align_val_t alignment) {
   ++allocations;
   const auto step = static_cast<std::size_t>(alignment);
   if (void* const p = std::aligned_alloc(step, (size + step - 1) / step * step)) return p;
@@ -27,13 +31,29 @@ void* countedAllocation(std::size_t size, std::align_val_t alignment) {
 
 }  // namespace
 
-// The array and non-throwing forms of the standard library call these.
-void* operator new(std::size_t size) { return countedAllocation(size); }
-void* operator new(std::size_t size, std::align_val_t a) { return countedAllocation(size, a); }
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete(void* p, std::align_val_t) noexcept { std::free(p); }
-void operator delete(void* p, std::size_t, std::align_val_t) noexcept { std::free(p); }
+// Every form that this program and its libraries use: under a sanitizer the standard ones do not
+// call each other.
+[[gnu::noinline]] void* operator new(std::size_t size) { return counted(size); }
+[[gnu::noinline]] void* operator new[](std::size_t size) { return counted(size); }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return countedOrNull(size);
+}
+[[gnu::noinline]] void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return countedOrNull(size);
+}
+[[gnu::noinline]] void* operator new(std::size_t size, std::align_val_t a) {
+  return counted(size, a);
+}
+[[gnu::noinline]] void operator delete(void* p) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete[](void* p) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete(void* p, const std::nothrow_t&) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete[](void* p, const std::nothrow_t&) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete(void* p, std::align_val_t) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete(void* p, std::size_t, std::align_val_t) noexcept {
+  std::free(p);
+}
 
 namespace {
 

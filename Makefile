@@ -1,0 +1,57 @@
+# The few commands of this repository. Each installs first what it needs and lacks (Debian 12).
+.PHONY: help demo test test-long bench fuzz coverage reference format install
+
+PREFIX ?= /usr/local
+FUZZ_SECONDS ?= 1200
+
+help:
+	@echo "make demo       build, then ask the command line about two example machines"
+	@echo "make test       build with warnings as errors and run every test"
+	@echo "make test-long  the same, with twenty times as many cases in each property"
+	@echo "make bench      run the benchmarks"
+	@echo "make fuzz       run each fuzz target for FUZZ_SECONDS ($(FUZZ_SECONDS))"
+	@echo "make coverage   line coverage of kinematics/ and platform/"
+	@echo "make reference  the Doxygen reference"
+	@echo "make format     format all sources"
+	@echo "make install    build, then install below PREFIX ($(PREFIX))"
+
+demo:
+	scripts/install-deps build
+	cmake --workflow --preset release
+	scripts/demo
+
+test:
+	scripts/install-deps build test
+	cmake --workflow --preset check
+
+test-long:
+	scripts/install-deps build test
+	RC_PARAMS="max_success=2000" cmake --workflow --preset check
+
+bench:
+	scripts/install-deps build bench
+	cmake --workflow --preset bench
+	scripts/bench
+
+fuzz:
+	scripts/install-deps build test clang
+	cmake --preset asan-ubsan
+	cmake --build build/asan-ubsan --target fuzz/all
+	scripts/fuzz $(FUZZ_SECONDS)
+
+coverage:
+	scripts/install-deps build test coverage
+	scripts/coverage
+
+reference:
+	scripts/install-deps docs
+	scripts/reference
+
+format:
+	scripts/install-deps clang
+	scripts/format
+
+install:
+	scripts/install-deps build
+	cmake --workflow --preset release
+	cmake --install build/release --prefix $(PREFIX)

@@ -1,0 +1,164 @@
+#include "toolkit/Describe.h"
+
+#include <cmath>
+
+#include "tests/support/TempFile.h"
+
+using korvo::MachineInfo;
+using korvo::test::TempDir;
+
+namespace {
+
+MachineInfo describeText(const std::string& text) {
+  const TempDir folder;
+  const korvo::Loaded loaded = korvo::load(folder.write("m.def", text));
+  EXPECT_TRUE(loaded);
+  return korvo::describe(*loaded.machine);
+}
+
+constexpr const char* kTableAc =
+    "frame=z\nrotation=A,-x,0,0,0,0,50\nrotation=C,z,0,0,0,0,0\npart=x,y,0,0,0\n"
+    "lien=BATI\naxis=X,x\naxis=Y,y\naxis=Z,z\ntool=z,0,0,150\n"
+    "limits=A,-120,30\ncourseminimum=X,-5\ncollisions=tool,A,PIECE\n";
+
+TEST(Describe, TreeRunsFromThePartToTheTools) {
+  const MachineInfo info = describeText(kTableAc);
+  const std::vector<std::string> names{"PIECE", "C", "A", "BATI", "X", "Y", "Z", "tool 1"};
+  ASSERT_EQ(info.tree.size(), names.size());
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    EXPECT_EQ(info.tree[i].name, names[i]);
+    EXPECT_EQ(info.tree[i].depth, static_cast<int>(i));
+    EXPECT_EQ(info.tree[i].onPartSide, i < 4);
+  }
+  EXPECT_EQ(info.tree[0].type, "part");
+  EXPECT_EQ(info.tree[1].type, "rotary");
+  EXPECT_EQ(info.tree[3].type, "frame");
+  EXPECT_EQ(info.tree[4].type, "linear");
+  EXPECT_EQ(info.tree[7].type, "tool");
+}
+
+TEST(Describe, BranchesFollowTheirParent) {
+  const MachineInfo info = describeText(
+      "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,x\ntool=z,0,0,0\nlien=X\ngun=z,0,0,0\n");
+  ASSERT_EQ(info.tree.size(), 5u);
+  EXPECT_EQ(info.tree[3].name, "tool 1");
+  EXPECT_EQ(info.tree[4].name, "tool 2");
+  EXPECT_EQ(info.tree[4].type, "gun");
+  EXPECT_EQ(info.tree[3].depth, info.tree[4].depth);
+}
+
+TEST(Describe, AxesAreInValueOrderWithLimitsAndSense) {
+  const MachineInfo info = describeText(kTableAc);
+  ASSERT_EQ(info.axes.size(), 5u);
+  EXPECT_EQ(info.axes[0].name, "X");
+  EXPECT_EQ(info.axes[0].min, -5.0);
+  EXPECT_FALSE(info.axes[0].max.has_value());
+  EXPECT_FALSE(info.axes[0].sense.has_value());
+  const korvo::AxisInfo& a = info.axes[3];
+  EXPECT_EQ(a.name, "A");
+  EXPECT_EQ(a.number, 4);
+  EXPECT_EQ(a.valueIndex, 3);
+  EXPECT_EQ(a.direction, zgeo::UVec3d(-1, 0, 0));
+  EXPECT_EQ(a.min, -120.0);
+  EXPECT_EQ(a.max, 30.0);
+  ASSERT_TRUE(a.sense.has_value());
+  EXPECT_EQ(a.sense->body, korvo::RotaryBody::table);
+  EXPECT_FALSE(a.sense->isIso841);
+  EXPECT_TRUE(info.axes[4].sense->isIso841);
+}
+
+TEST(Describe, ToolHasItsClassInWords) {
+  const MachineInfo info = describeText(kTableAc);
+  ASSERT_EQ(info.tools.size(), 1u);
+  EXPECT_EQ(info.tools[0].kine.kinematicClass, 3);
+  EXPECT_EQ(info.tools[0].kinematicClass,
+            "three linear axes and two rotary axes (all under the part)");
+  EXPECT_EQ(info.tools[0].armShape, "");
+  EXPECT_EQ(info.tools[0].nose, zgeo::UVec3d(0, 0, 150));
+  EXPECT_EQ(info.tools[0].direction, zgeo::UVec3d(0, 0, 1));
+}
+
+TEST(Describe, CollisionPairsHaveNames) {
+  const MachineInfo info = describeText(kTableAc);
+  ASSERT_EQ(info.collisions.size(), 2u);
+  EXPECT_EQ(info.collisions[0].a, "tool 1");
+  EXPECT_EQ(info.collisions[0].b, "A");
+  EXPECT_EQ(info.collisions[0].indices, std::make_pair(-101, 4));
+  EXPECT_EQ(info.collisions[1].b, "PIECE");
+}
+
+// Two tools on one head at 0 and 80 mm below its B axis: the last row of each table carries its own
+// distance, although the elements hold only the last tool's.
+TEST(Describe, EachToolHasItsOwnDenavitHartenbergTable) {
+  const MachineInfo info = describeText(
+      "frame=z\npart=x,y,0,0,0\nlien=BATI\naxis=X,x\naxis=Y,y\naxis=Z,z\n"
+      "rotation=C,z,0,0,0,0,0\nrotation=B,y,0,0,0,0,300\ntool=z,30,0,0\nlien=B\ntool=z,70,0,0\n");
+  ASSERT_EQ(info.tools.size(), 2u);
+  // The tool line is parallel to Z at x = 30 (70): B's line is square to it at that distance.
+  EXPECT_NEAR(std::abs(info.tools[0].dhTable.back().dh.a), 30.0, 1e-9);
+  EXPECT_NEAR(std::abs(info.tools[1].dhTable.back().dh.a), 70.0, 1e-9);
+  EXPECT_EQ(info.tools[0].dhTable.back().name, "tool 1");
+  EXPECT_EQ(info.tools[1].dhTable.back().name, "tool 2");
+}
+
+TEST(Describe, GeometryFilesAreFoundOrNot) {
+  const TempDir folder;
+  folder.write("Head.stl", "solid\nendsolid\n");
+  const auto path =
+      folder.write("m.def",
+                   "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,x,$ZRN_MACHINE_DEF\\Head.stl\n"
+                   "tool=z,0,0,0,nowhere.stl\n");
+  const korvo::Loaded loaded = korvo::load(path);
+  ASSERT_TRUE(loaded);
+  const MachineInfo info = korvo::describe(*loaded.machine);
+  ASSERT_EQ(info.geometry.size(), 2u);
+  EXPECT_EQ(info.geometry[0].element, "X");
+  EXPECT_TRUE(info.geometry[0].found);
+  EXPECT_EQ(info.geometry[1].element, "tool 1");
+  EXPECT_EQ(info.geometry[1].file, "nowhere.stl");
+  EXPECT_FALSE(info.geometry[1].found);
+}
+
+TEST(Describe, ClassesAreSaidInWords) {
+  zkin::KMachine::_sUKine k;
+  EXPECT_EQ(korvo::kinematicClassText(k, 0, 0), "not classified");
+  k.kinematicClass = 1;
+  EXPECT_EQ(korvo::kinematicClassText(k, 0, 0), "three linear axes, no rotary axis");
+  k.kinematicClass = 2;
+  EXPECT_EQ(korvo::kinematicClassText(k, 1, 0),
+            "three linear axes and one rotary axis (in the head)");
+  EXPECT_EQ(korvo::kinematicClassText(k, 0, 1),
+            "three linear axes and one rotary axis (under the part)");
+  k.kinematicClass = 3;
+  EXPECT_EQ(korvo::kinematicClassText(k, 1, 1),
+            "three linear axes and two rotary axes (1 in the head, 1 under the part)");
+  k.kinematicClass = 4;
+  EXPECT_EQ(korvo::kinematicClassText(k, 3, 0),
+            "three linear axes and three or more rotary axes (all in the head)");
+  k.kinematicClass = 5;
+  EXPECT_EQ(korvo::kinematicClassText(k, 6, 0),
+            "articulated arm: fewer than three independent linear axes");
+}
+
+TEST(Describe, ArmShapesAreSaidInWords) {
+  zkin::KMachine::_sUKine k;
+  k.kinematicClass = 3;
+  EXPECT_EQ(korvo::armShapeText(k), "");
+  k.kinematicClass = 5;
+  k.armType = 1;
+  k.wristType = 2;
+  EXPECT_EQ(korvo::armShapeText(k),
+            "a rotary axis after the first rotary axis; ball wrist with the tool on its last axis");
+  k.armType = 3;
+  k.wristType = 4;
+  EXPECT_EQ(korvo::armShapeText(k),
+            "a linear, then a rotary axis after the first rotary axis; ball wrist with the tool "
+            "off its last axis");
+  k.armType = 4;
+  k.wristType = -1;
+  EXPECT_EQ(korvo::armShapeText(k), "two linear axes after the first rotary axis; no ball wrist");
+  k.armType = -1;
+  EXPECT_EQ(korvo::armShapeText(k), "no known arm shape; no ball wrist");
+}
+
+}  // namespace

@@ -1,0 +1,550 @@
+"""The command line as its user meets it: arguments in, text and exit codes out.
+
+Every JSON answer is validated against the schema that is installed for it.
+"""
+import json
+import math
+import os
+import pty
+import subprocess
+import tempfile
+import unittest
+
+import jsonschema
+
+KORVO = os.environ["KORVO"]
+SCHEMAS = os.environ["KORVO_SCHEMAS"]
+ANSWERED, NO, USAGE, REFUSED = 0, 1, 2, 3
+
+# A trunnion: C under the part on the cradle A, whose axis lies 50 mm above the table.
+TABLE_AC = """\
+frame=z
+rotation=A,x,0,0,0,0,50
+rotation=C,z,0,0,0,0,0
+part=x,y,0,0,0
+lien=BATI
+axis=X,x
+axis=Y,y
+axis=Z,z
+tool=z,0,0,150
+limits=A,-120,30
+collisions=tool,A
+"""
+# A tool and a gun beside it on one head, version 1.
+TWO_TOOLS = """\
+frame
+part=x,y,0,0,0
+lien=BATI
+axis=U,1,x,nowhere.stl
+axis=V,2,y
+axis=W,3,z
+tool=z,0,0,100
+lien=W
+gun=z,40,0,80
+"""
+
+
+def validate(answer):
+    name = answer["schema"].replace("/", ".")
+    with open(os.path.join(SCHEMAS, name + ".json"), encoding="utf-8") as file:
+        schema = json.load(file)
+    jsonschema.Draft7Validator.check_schema(schema)
+    jsonschema.validate(answer, schema)
+
+
+class CommandLine(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+        self.machine = self.write("ac.def", TABLE_AC)
+
+    def write(self, name, text):
+        path = os.path.join(self.folder, name)
+        with open(path, "wb") as file:
+            file.write(text if isinstance(text, bytes) else text.encode())
+        return path
+
+    def run_korvo(self, *arguments, stdin=None, env=None):
+        return subprocess.run([KORVO, *arguments], capture_output=True, text=True, input=stdin,
+                              timeout=120, check=False, env=env)
+
+    def answer(self, *arguments):
+        run = self.run_korvo(*arguments)
+        self.assertEqual(run.returncode, ANSWERED, run.stderr)
+        return run.stdout
+
+    def json(self, *arguments):
+        answer = json.loads(self.answer(*arguments, "--json"))
+        validate(answer)
+        self.assertEqual(answer["units"], {"length": "mm", "angle": "degree"})
+        return answer
+
+    def assert_fails(self, code, message, *arguments):
+        run = self.run_korvo(*arguments)
+        self.assertEqual(run.returncode, code, run.stderr)
+        self.assertIn(message, run.stderr)
+        self.assertEqual(run.stdout, "")
+
+    def assert_near(self, found, wanted, delta=1e-9):
+        self.assertEqual(len(found), len(wanted))
+        for a, b in zip(found, wanted):
+            self.assertAlmostEqual(a, b, delta=delta)
+
+
+class Info(CommandLine):
+    def test_answers_for_every_example(self):
+        examples = os.path.join(os.path.dirname(SCHEMAS), "..", "examples", "machines")
+        names = [n[:-4] for n in os.listdir(examples) if n.endswith(".def")]
+        self.assertGreaterEqual(len(names), 10)
+        for name in names:
+            with self.subTest(name):
+                self.assertEqual(self.json("info", name)["tree"][0]["type"], "part")
+                self.assertIn("Chains", self.answer("info", name + ".def"))
+
+    def test_says_what_machine_it_is(self):
+        info = self.json("info", self.machine)
+        self.assertEqual([n["name"] for n in info["tree"]],
+                         ["PIECE", "C", "A", "BATI", "X", "Y", "Z", "tool 1"])
+        self.assertEqual([a["name"] for a in info["axes"]], ["X", "Y", "Z", "A", "C"])
+        a = info["axes"][3]
+        self.assertEqual((a["min"], a["max"], a["number"]), (-120, 30, 4))
+        self.assertEqual(a["sense"]["bodyTurns"], "clockwise")
+        self.assertTrue(a["sense"]["iso841"])
+        self.assertIsNone(info["axes"][4]["max"])
+        self.assertEqual(info["tools"][0]["kinematicClass"], 3)
+        self.assertEqual(info["collisionPairs"],
+                         [{"a": "tool 1", "b": "A", "indexA": -101, "indexB": 4}])
+        self.assertEqual(info["machine"]["format"], 2)
+
+    def test_text_has_every_chapter(self):
+        text = self.answer("info", self.machine)
+        for part in ("Settings  format 2 (5 of 5 axis lines", "Chains\n  PIECE  part",
+                     "at +90 the table turns clockwise seen from +Z",
+                     "three linear axes and two rotary axes (all under the part)",
+                     "Denavit-Hartenberg", "tool 1 (-101) - A (4)", "Geometry files: none"):
+            self.assertIn(part, text)
+
+    def test_names_geometry_files_found_and_not_found(self):
+        self.write("a.stl", "solid\nendsolid\n")
+        machine = self.write("g.def", TWO_TOOLS + "geom=$ZRN_MACHINE_DEF/a.stl\n")
+        text = self.answer("info", machine)
+        self.assertIn("U  nowhere.stl  NOT FOUND", text)
+        self.assertIn("a.stl  found", text)
+        self.assertEqual([f["found"] for f in self.json("info", machine)["geometryFiles"]],
+                         [False, True])
+
+    def test_tool_option_describes_that_tool_alone(self):
+        machine = self.write("t.def", TWO_TOOLS)
+        self.assertEqual([t["type"] for t in self.json("info", machine)["tools"]], ["tool", "gun"])
+        tools = self.json("info", machine, "--tool", "2")["tools"]
+        self.assertEqual([t["number"] for t in tools], [2])
+
+    def test_options_show(self):
+        machine = self.write("t.def", TWO_TOOLS)
+        info = self.json("info", machine, "--tool-length", "25", "--frame", "10,0,0", "--lock",
+                         "V", "--strategy", "2", "--format", "1")
+        self.assertEqual(info["tools"][0]["nose"], [-10, 0, 100])
+        self.assertEqual(info["tools"][0]["tip"], [-10, 0, 75])
+        self.assertEqual([a["locked"] for a in info["axes"]], [False, True, False])
+        self.assertEqual(info["settings"], {"tool": 1, "toolLength": 25, "strategy": 2,
+                                            "partZero": [10, 0, 0, 0, 0, 0], "locked": ["V"]})
+        self.assertEqual(info["machine"]["formatReason"], "as asked")
+
+
+class Forward(CommandLine):
+    # C = 90 turns the tool by +90 about Z, A = 90 before it (nearer the part first: C, then A):
+    # the point (X, Y, Z + 150) is turned about the A axis (z = 50), then about Z.
+    def expected(self, x, y, z, a, c):
+        a, c = math.radians(a), math.radians(c)
+        px, py, pz = x, y, z + 150 - 50
+        py, pz = py * math.cos(a) - pz * math.sin(a), py * math.sin(a) + pz * math.cos(a) + 50
+        point = [px * math.cos(c) - py * math.sin(c), px * math.sin(c) + py * math.cos(c), pz]
+        return point, [math.sin(c) * math.sin(a), -math.cos(c) * math.sin(a), math.cos(a)]
+
+    def test_nose_and_direction_follow_the_axes(self):
+        nose, direction = self.expected(10, 20, -30, 25, 70)
+        answer = self.json("forward", self.machine, "--at", "X=10,Y=20,Z=-30,A=25,C=70")
+        self.assert_near(answer["nose"], nose)
+        self.assert_near(answer["tip"], nose)
+        self.assert_near(answer["direction"], direction, 1e-12)
+
+    def test_all_values_in_order_are_the_same_position(self):
+        self.assertEqual(self.json("forward", self.machine, "--at", "10,20,-30,25,70"),
+                         self.json("forward", self.machine, "--at", "X=10,Y=20,Z=-30,A=25,C=70"))
+
+    def test_unnamed_axes_are_zero(self):
+        answer = self.json("forward", self.machine, "--at", "c=90")
+        self.assertEqual([v["value"] for v in answer["position"]], [0, 0, 0, 0, 90])
+        self.assertEqual(self.json("forward", self.machine)["nose"], [0, 0, 150])
+
+    def test_prefixed_names_are_understood(self):
+        answer = self.json("forward", self.machine, "--at", "AXE_X=4")
+        self.assertEqual(answer["nose"], [4, 0, 150])
+
+    def test_tip_lies_the_tool_length_back(self):
+        answer = self.json("forward", self.machine, "--at", "X=10", "--tool-length", "60")
+        self.assertEqual(answer["nose"], [10, 0, 150])
+        self.assertEqual(answer["tip"], [10, 0, 90])
+        self.assertEqual([r[3] for r in answer["tipFrame"]], [10, 0, 90, 1])
+
+    # Part zero turned by 90 about Z: the machine's +X is its -Y.
+    def test_frame_gives_points_in_part_zero(self):
+        answer = self.json("forward", self.machine, "--at", "X=10", "--frame", "1,2,3,0,0,90")
+        self.assert_near(answer["nose"], [-2, -9, 147])
+        self.assert_near(answer["direction"], [0, 0, 1])
+
+    # First about X by 90 (Y to Z), then about Z by 90 (X to Y): part zero's X, Y, Z axes lie along
+    # the machine's Y, Z, X.
+    def test_frame_turns_about_x_then_y_then_z(self):
+        answer = self.json("forward", self.machine, "--at", "X=1,Y=2,Z=3", "--frame",
+                           "0,0,0,90,0,90")
+        self.assert_near(answer["nose"], [2, 153, 1])
+
+    def test_elements_gives_all_motion_matrices(self):
+        answer = self.json("forward", self.machine, "--at", "X=10,C=90", "--elements")
+        elements = {e["name"]: e["motion"] for e in answer["elements"]}
+        self.assertEqual(len(elements), 8)
+        self.assert_near([r[3] for r in elements["X"]], [0, 10, 0, 1])
+        self.assert_near(elements["PIECE"][0], [1, 0, 0, 0])
+        text = self.answer("forward", self.machine, "--elements")
+        self.assertIn("Motion of each element", text)
+
+    def test_text_reads_as_numbers_of_a_person(self):
+        text = self.answer("forward", self.machine, "--at", "X=10,C=90", "--tool-length", "50")
+        self.assertIn("Position   X=10 Y=0 Z=0 A=0 C=90", text)
+        self.assertIn("Nose       0  10  150", text)
+        self.assertIn("Tip        0  10  100", text)
+        self.assertIn("tool 1, length 50 mm", text)
+
+    def test_second_tool(self):
+        machine = self.write("t.def", TWO_TOOLS)
+        answer = self.json("forward", machine, "--tool", "2", "--at", "U=1")
+        self.assertEqual(answer["nose"], [41, 0, 80])
+
+    def test_bad_positions_are_usage_errors(self):
+        for at, message in (("Q=1", "'Q'"), ("X=1,x=2", "'x' again"), ("X=one", "'one'"),
+                            ("X=", "''"), ("X=1e999", "'1e999'"), ("X=nan", "'nan'"),
+                            ("X=1 2", "'1 2'"), ("X=1,5,C=2", "'5'"), ("X=1,,C=2", "''"),
+                            ("1,2", "expected 5 values in --at, found 2"),
+                            ("1,2,3,4,x", "'x'"), ("", "expected 5 values")):
+            with self.subTest(at):
+                self.assert_fails(USAGE, message, "forward", self.machine, "--at", at)
+
+    def test_a_locked_axis_must_stay(self):
+        self.assertEqual(self.json("forward", self.machine, "--lock", "C", "--at", "X=1")
+                         ["settings"]["locked"], ["C"])
+        self.assert_fails(USAGE, "expected the locked axis C to stay at 0 in --at, found 5",
+                          "forward", self.machine, "--lock", "A,C", "--at", "X=1,C=5")
+
+    def test_a_point_beyond_all_numbers_is_a_no(self):
+        self.assert_fails(NO, "within the range of numbers", "forward", self.machine, "--at",
+                          "X=1.7e308,Y=1.7e308,C=45")
+
+    def test_numbers_do_not_follow_the_locale(self):
+        env = dict(os.environ, LC_ALL="de_DE.UTF-8", LANG="de_DE.UTF-8")
+        run = self.run_korvo("forward", self.machine, "--at", "X=1.5", env=env)
+        self.assertIn("Nose       1.5  0  150", run.stdout)
+
+
+class Rows(CommandLine):
+    def rows(self, table, *options, code=ANSWERED):
+        path = self.write("rows.csv", table)
+        run = self.run_korvo("forward", self.machine, "--positions", path, *options)
+        self.assertEqual(run.returncode, code, run.stderr)
+        self.stderr = run.stderr
+        self.path = path
+        return run.stdout.splitlines()
+
+    def test_one_row_out_for_each_row_in(self):
+        rows = self.rows("X,C\n10,0\n10,90\n")
+        self.assertEqual(rows[0], "line,status,nose_x,nose_y,nose_z,tip_x,tip_y,tip_z,i,j,k")
+        self.assertEqual(rows[1], "2,ok,10,0,150,10,0,150,0,0,1")
+        fields = rows[2].split(",")
+        self.assertEqual(fields[:2], ["3", "ok"])
+        self.assert_near([float(f) for f in fields[2:5]], [0, 10, 150])
+        self.assertIn("format 2 (", self.stderr)
+
+    def test_header_names_axes_in_any_order_and_case(self):
+        self.assertEqual(self.rows('"z" , AXE_x\n5,1\n')[1].split(",")[2:5], ["1", "0", "155"])
+
+    def test_semicolons_separate_as_well(self):
+        rows = self.rows("Y;X\r\n2;1\r\n")
+        self.assertEqual(rows[1], "2;ok;1;2;150;1;2;150;0;0;1")
+
+    def test_utf8_mark_and_missing_last_line_feed(self):
+        self.assertEqual(len(self.rows(b"\xef\xbb\xbfX\n1\n2")), 3)
+
+    def test_empty_lines_are_no_rows(self):
+        rows = self.rows("X\n\n1\n \n2\n\n")
+        self.assertEqual([r.split(",")[0] for r in rows[1:]], ["3", "5"])
+
+    def test_bad_rows_are_reported_and_the_run_goes_on(self):
+        bad = {"1": "expected 2 values, found 1", "1,2,3": "expected 2 values, found 3",
+               "a,1": "expected a finite number, found 'a'", "1,": "found nothing",
+               ",1": "found nothing", "1e999,1": "found '1e999'", "inf,1": "found 'inf'",
+               "1x,1": "found '1x'", "1 2,1": "found '1 2'", '"1",2': "found '\"1\"'"}
+        table = "X,C\n" + "".join(row + "\n" for row in bad) + "7,0\n"
+        rows = self.rows(table, code=NO)
+        for i, message in enumerate(bad.values()):
+            self.assertEqual(rows[i + 1], f"{i + 2},bad,,,,,,,,,")
+            self.assertRegex(self.stderr, f"(?m)^{self.path}:{i + 2}: .*")
+            self.assertIn(message, self.stderr)
+        self.assertTrue(rows[-1].startswith(f"{len(bad) + 2},ok,7,0,150,"))
+
+    def test_a_decimal_comma_is_refused(self):
+        rows = self.rows("X;C\n1,5;2\n1.5;2\n", code=NO)
+        self.assertIn(f"{self.path}:2: expected a number with a decimal point, found a decimal "
+                      "comma in '1,5'", self.stderr)
+        self.assertTrue(rows[2].startswith("3;ok;"))
+        self.rows("X,C\n1,5,2\n", code=NO)
+        self.assertIn("no decimal commas", self.stderr)
+
+    def test_strict_stops_at_the_first_bad_row(self):
+        rows = self.rows("X\n1\nx\n3\n", "--strict", code=REFUSED)
+        self.assertEqual([r.split(",")[1] for r in rows[1:]], ["ok", "bad"])
+        self.assertEqual(len(self.rows("X\n1\n2\n", "--strict")), 3)
+
+    def test_a_locked_axis_makes_a_bad_row(self):
+        rows = self.rows("X,C\n1,0\n1,5\n", "--lock", "C", code=NO)
+        self.assertEqual([r.split(",")[1] for r in rows[1:]], ["ok", "bad"])
+        self.assertIn(":3: expected the locked axis C to stay at 0, found 5", self.stderr)
+
+    def test_points_beyond_all_numbers_have_a_status(self):
+        rows = self.rows("X,Y,C\n1.7e308,1.7e308,45\n1,1,1\n", code=NO)
+        self.assertEqual(rows[1], "2,out-of-range,,,,,,,,,")
+        self.assertIn(":2: expected a tool point within the range", self.stderr)
+        self.assertIn(",ok,", rows[2])
+
+    def test_headers_that_name_no_axes_are_refused(self):
+        for header, found in (("X,Q", "'Q'"), ("X,x", "'x' again"), ("", "''"), ("X,", "''"),
+                              ("1,2", "'1'")):
+            with self.subTest(header):
+                path = self.write("h.csv", header + "\n1,2\n")
+                self.assert_fails(REFUSED, f"{path}:1: expected a header of axis names, each once,"
+                                  f" found {found}", "forward", self.machine, "--positions", path)
+        path = self.write("empty.csv", "")
+        self.assert_fails(REFUSED, f"{path}:1: expected a header", "forward", self.machine,
+                          "--positions", path)
+
+    def test_lines_that_are_too_long_are_bad_rows(self):
+        rows = self.rows("X\n" + "1" * 3000000 + "\n5\n", code=NO)
+        self.assertEqual([r.split(",")[1] for r in rows[1:]], ["bad", "ok"])
+        self.assertIn(":2: expected a line of up to 65536 bytes, found a longer one", self.stderr)
+
+    def test_rows_across_blocks_all_arrive(self):
+        count = 120000
+        rows = self.rows("X,Y\n" + "".join(f"{i},-0.25\n" for i in range(count)))
+        self.assertEqual(len(rows), count + 1)
+        for i in (0, 65535, 99999, count - 1):
+            self.assertEqual(rows[i + 1], f"{i + 2},ok,{i},-0.25,150,{i},-0.25,150,0,0,1")
+
+    def test_json_lines_are_valid_one_by_one(self):
+        rows = [json.loads(r) for r in self.rows("X\n1\nx\n", "--json", code=NO)]
+        for row in rows:
+            validate(row)
+        self.assertEqual(rows[0]["nose"], [1, 0, 150])
+        self.assertEqual(rows[1], {"schema": "korvo.forward.row/1", "line": 3, "status": "bad",
+                                   "units": {"length": "mm", "angle": "degree"}})
+
+    def test_json_lines_can_hold_the_elements(self):
+        row = json.loads(self.rows("C\n90\n", "--json", "--elements")[0])
+        validate(row)
+        self.assertEqual(len(row["elements"]), 8)
+
+    def test_standard_input_is_a_table_too(self):
+        run = self.run_korvo("forward", self.machine, "--positions", "-", stdin="X\n3\nx\n")
+        self.assertEqual(run.returncode, NO)
+        self.assertIn("2,ok,3,0,150", run.stdout)
+        self.assertIn("standard input:3: expected a finite number, found 'x'", run.stderr)
+
+    def test_stats_say_how_fast(self):
+        self.rows("X\n1\n2\n", "--stats")
+        self.assertRegex(self.stderr, r"2 positions answered; query loop \S+ s, \d+ positions/s")
+
+    def test_unreadable_tables_are_refused(self):
+        for path in (os.path.join(self.folder, "none.csv"), self.folder):
+            self.assert_fails(REFUSED, f"{path}: expected a readable table", "forward",
+                              self.machine, "--positions", path)
+
+
+class Options(CommandLine):
+    def test_values_that_are_none_are_usage_errors(self):
+        for option, value, message in (
+                ("--format", "3", "expected auto, 1 or 2 after --format, found '3'"),
+                ("--tool", "0", "expected a tool number from 1 up after --tool, found '0'"),
+                ("--tool", "1.5", "found '1.5'"), ("--tool", "x", "found 'x'"),
+                ("--tool", "2", "expected a tool from 1 to 1 after --tool, found 2"),
+                ("--tool-length", "long", "expected a length in mm after --tool-length"),
+                ("--tool-length", "-1", "found '-1'"), ("--tool-length", "inf", "found 'inf'"),
+                ("--frame", "1,2", "expected x,y,z or x,y,z,a,b,c"),
+                ("--frame", "1,2,3,4", "found '1,2,3,4'"), ("--frame", "1,2,z", "found '1,2,z'"),
+                ("--lock", "Q", "expected axes among X, Y, Z, A, C after --lock, found 'Q'"),
+                ("--lock", "X,", "expected axis names after --lock"),
+                ("--strategy", "3", "expected 0, 1 or 2 after --strategy, found '3'"),
+                ("--strategy", "best", "found 'best'")):
+            for verb in ("info", "forward"):
+                with self.subTest(verb + option + value):
+                    self.assert_fails(USAGE, message, verb, self.machine, option, value)
+
+    def test_options_that_do_not_go_together(self):
+        table = self.write("t.csv", "X\n1\n")
+        for arguments, message in (
+                (["--at", "X=1", "--positions", table], "expected --at or --positions, found both"),
+                (["--strict"], "expected --strict with --positions"),
+                (["--stats"], "expected --stats with --positions"),
+                (["--positions", table, "--elements"], "expected --json for --elements")):
+            self.assert_fails(USAGE, message, "forward", self.machine, *arguments)
+
+    def test_wrong_verbs_and_options_are_usage_errors(self):
+        for arguments in ([], ["turn"], ["info"], ["forward"], ["info", "a", "b"],
+                          ["info", self.machine, "--at", "X=1"], ["info", self.machine, "--nothing"],
+                          ["forward", self.machine, "--tool"]):
+            with self.subTest(arguments):
+                run = self.run_korvo(*arguments)
+                self.assertEqual(run.returncode, USAGE)
+                self.assertNotEqual(run.stderr, "")
+
+    def test_help_and_version_answer(self):
+        self.assertRegex(self.answer("--version"), r"^\d+\.\d+\.\d+\n$")
+        text = self.answer("forward", "--help")
+        for option in ("--at", "--elements", "--positions", "--strict", "--format", "--tool",
+                       "--tool-length", "--frame", "--lock", "--strategy", "--trace", "--json"):
+            self.assertIn(option, text)
+
+    def test_trace_goes_to_a_file_or_to_standard_error(self):
+        trace = os.path.join(self.folder, "trace.txt")
+        self.answer("info", self.machine, "--trace", trace)
+        with open(trace, encoding="utf-8") as file:
+            text = file.read()
+        self.assertIn("e[0]_BATI,  BATI (i:   0, p:   4)", text)
+        run = self.run_korvo("forward", self.machine, "--json", "--trace", "-")
+        self.assertIn("e[0]_BATI", run.stderr)
+        validate(json.loads(run.stdout))
+        nowhere = os.path.join(self.folder, "no", "trace.txt")
+        self.assert_fails(REFUSED, f"{nowhere}: expected a file to write the trace to", "info",
+                          self.machine, "--trace", nowhere)
+
+    def test_strategy_replaces_that_of_the_file(self):
+        machine = self.write("s.def", TABLE_AC + "strategy=1\n")
+        self.assertEqual(self.json("forward", machine)["settings"]["strategy"], 1)
+        self.assertEqual(self.json("forward", machine, "--strategy", "2")["settings"]["strategy"],
+                         2)
+
+
+class NewMachine(CommandLine):
+    STARTS = ["mill-3axis", "table-ac", "table-bc", "head-cb", "head-table", "arm"]
+
+    def test_lists_the_starts(self):
+        lines = self.answer("new").splitlines()
+        self.assertEqual([line.split()[0] for line in lines], self.STARTS)
+        self.assertEqual([s["name"] for s in self.json("new")["starts"]], self.STARTS)
+
+    def test_every_start_is_a_machine(self):
+        classes = {"mill-3axis": 1, "table-ac": 3, "table-bc": 3, "head-cb": 3, "head-table": 3,
+                   "arm": 5}
+        for name in self.STARTS:
+            with self.subTest(name):
+                text = self.answer("new", name)
+                self.assertTrue(text.startswith("# "))
+                info = self.json("info", self.write(name + ".def", text))
+                self.assertEqual(info["tools"][0]["kinematicClass"], classes[name])
+                start = self.json("new", name)["starts"][0]
+                self.assertEqual((start["text"], start["format"]),
+                                 (text, info["machine"]["format"]))
+
+    def test_rotary_axes_of_the_starts_follow_iso_841(self):
+        for name in self.STARTS:
+            info = self.json("info", self.write(name + ".def", self.answer("new", name)))
+            for axis in info["axes"]:
+                if axis["type"] == "rotary":
+                    self.assertTrue(axis["sense"]["iso841"], (name, axis["name"]))
+
+    def test_the_arm_has_the_shape_that_the_solver_asks_for(self):
+        tool = self.json("info", self.write("a.def", self.answer("new", "arm")))["tools"][0]
+        self.assertEqual((tool["armType"], tool["wristType"]), (1, 2))
+
+    def test_unknown_starts_are_usage_errors(self):
+        self.assert_fails(USAGE, "expected one of mill-3axis, table-ac", "new", "lathe")
+
+    def test_options_about_machines_are_refused(self):
+        for option in ("--format", "--tool", "--tool-length", "--frame", "--lock", "--strategy",
+                       "--trace"):
+            self.assert_fails(USAGE, "does not apply to 'new'", "new", "arm", option, "1")
+
+
+class Refusals(CommandLine):
+    def test_files_that_never_end_are_refused_with_their_line(self):
+        point = self.write("p.def", TABLE_AC + "rotationpoint=1,,3\n")
+        ring = self.write("r.def", "frame\naxis=X,1,x\npart\naxis=Y,2,y\npart\ntool=z,0,0,0\n")
+        for verb in ("info", "forward"):
+            self.assert_fails(REFUSED, f"{point}:12: expected a number in each of the first 12 "
+                              "operands of a rotation point, found '' as operand 2", verb, point)
+            self.assert_fails(REFUSED, f"{ring}:4: expected chains of elements that end, found a "
+                              "ring", verb, ring)
+
+    def test_machines_that_are_not_found_name_the_examples(self):
+        self.assert_fails(REFUSED, "no-such-machine: expected a definition file or an example (",
+                          "info", "no-such-machine")
+        path = os.path.join(self.folder, "none.def")
+        self.assert_fails(REFUSED, f"{path}: expected a readable file", "info", path)
+
+    def test_what_is_no_machine_is_refused(self):
+        for name, text in (("empty", ""), ("binary", bytes(range(256)) * 40), ("nul", b"\0" * 99),
+                           ("text", "hello\n"), ("long", "x" * 10000000)):
+            with self.subTest(name):
+                path = self.write(name, text)
+                self.assert_fails(REFUSED, f"{path}: expected one frame line, found none", "info",
+                                  path)
+        self.assert_fails(REFUSED, "expected a readable file", "info", self.folder)
+
+    def test_the_wrong_format_is_refused(self):
+        machine = self.write("u.def", TWO_TOOLS)
+        self.assert_fails(REFUSED, "expected 1 to 12 numbered axes, found 0", "info", machine,
+                          "--format", "2")
+
+    def test_axis_numbers_that_fill_the_memory_are_refused(self):
+        machine = self.write("n.def", TWO_TOOLS.replace("V,2", "V,2000000000"))
+        self.assert_fails(REFUSED, f"{machine}:5: expected axis numbers up to 10000, found "
+                          "2000000000", "info", machine)
+
+    def test_an_output_that_is_full_is_said(self):
+        with open("/dev/full", "w", encoding="utf-8") as full:
+            run = subprocess.run([KORVO, "info", self.machine], stdout=full,
+                                 stderr=subprocess.PIPE, text=True, timeout=60, check=False)
+        self.assertEqual(run.returncode, REFUSED)
+        self.assertIn("expected to write the answer", run.stderr)
+
+
+class Terminal(CommandLine):
+    """The progress bar shows on a terminal only."""
+
+    def error_output(self, path, on_terminal):
+        if not on_terminal:
+            return self.run_korvo("forward", self.machine, "--positions", path).stderr
+        ours, theirs = pty.openpty()
+        with open(os.devnull, "wb") as null:
+            child = subprocess.Popen([KORVO, "forward", self.machine, "--positions", path],
+                                     stdout=null, stderr=theirs)
+        os.close(theirs)
+        seen = b""
+        while True:
+            try:
+                piece = os.read(ours, 65536)
+            except OSError:
+                break
+            if not piece:
+                break
+            seen += piece
+        os.close(ours)
+        self.assertEqual(child.wait(timeout=120), ANSWERED)
+        return seen.decode()
+
+    def test_progress_on_a_terminal_only(self):
+        table = self.write("many.csv", "X,A,C\n" + "1.5,-20.25,100.5\n" * 300000)
+        self.assertRegex(self.error_output(table, True), r"\[#*\.*\] +\d+ %")
+        self.assertNotIn("%", self.error_output(table, False))
+
+
+if __name__ == "__main__":
+    unittest.main()

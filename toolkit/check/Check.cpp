@@ -1,0 +1,40 @@
+#include "toolkit/check/Check.h"
+
+#include "platform/os/Files.h"
+#include "toolkit/Path.h"
+#include "toolkit/check/Document.h"
+#include "toolkit/check/FormatGuess.h"
+#include "toolkit/check/Links.h"
+#include "toolkit/check/rules.h"
+
+namespace korvo {
+namespace {
+
+std::vector<Diagnostic> applyRules(const std::string& file, const checking::Source& source) {
+  std::vector<Diagnostic> diagnostics;
+  for (const checking::Rule& rule : checking::rules()) {
+    for (const checking::Finding& finding : rule.find(source)) {
+      diagnostics.push_back({file, finding.line, finding.column, rule.code, rule.severity,
+                             std::string(rule.wanted) + ", found " + finding.found});
+    }
+  }
+  return diagnostics;
+}
+
+}  // namespace
+
+CheckResult check(const std::filesystem::path& path, Format format) {
+  const std::string name = utf8Of(path);
+  const os::File file = os::openRead(wideOf(path));
+  if (!file) {
+    return {
+        {},
+        {{name, 0, 0, "file-unreadable", Severity::error, "expected a readable file, found none"}}};
+  }
+  const checking::Document document = checking::readDocument(file.get());
+  const FormatChoice choice = checking::chooseFormat(document, format);
+  const checking::LinkedElements linked = checking::linkElements(document, choice.version);
+  return {choice, applyRules(name, {document, linked})};
+}
+
+}  // namespace korvo

@@ -1,0 +1,91 @@
+#include "toolkit/check/FormatGuess.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "kinematics/KMachineElem.h"
+#include "platform/zgeo/UTools.h"
+
+using zgeo::UTools;
+using zkin::KMachineElem;
+
+namespace korvo::checking {
+namespace {
+
+using Tokens = std::vector<std::wstring>;
+
+bool isAxisLine(const SourceLine& line) {
+  return line.keyword == text::Keyword::linearAxis || line.keyword == text::Keyword::rotaryAxis;
+}
+
+Tokens operandsOf(const SourceLine& line) {
+  Tokens tokens;
+  for (const text::Token& operand : line.statement.operands) tokens.push_back(operand.text);
+  return tokens;
+}
+
+bool hasVersion2Name(const SourceLine& line) {
+  const Tokens tokens = operandsOf(line);
+  if (tokens.empty()) return false;
+  const std::wstring name = UTools::_removeFrom(UTools::_up(tokens[0]), L"AXE_");
+  const std::wstring_view names = line.keyword == text::Keyword::linearAxis ? L"XYZ" : L"ABC";
+  return name.size() == 1 && names.find(name[0]) != std::wstring_view::npos;
+}
+
+bool readDirection(const Tokens& tokens, int& pos) {
+  zgeo::UVec3d v;
+  return KMachineElem::_readVector(tokens, pos, v) && v.norm2() > 0.0;
+}
+
+// A number where the file name would be means that an operand was taken for another.
+bool endsWell(const Tokens& tokens, int pos) {
+  double value = 0.0;
+  return pos >= static_cast<int>(tokens.size()) || !KMachineElem::_readValue(tokens, pos, value);
+}
+
+bool readsFrom(const SourceLine& line, const Tokens& tokens, int pos) {
+  if (!readDirection(tokens, pos)) return false;
+  if (line.keyword == text::Keyword::linearAxis) return endsWell(tokens, pos);
+  int skipped = 0;
+  zgeo::UVec3d point;
+  for (int i = 0; i < 2; ++i) KMachineElem::_readValue(tokens, pos, skipped);
+  return KMachineElem::_readVector(tokens, pos, point) && endsWell(tokens, pos);
+}
+
+bool speaksFor1(const SourceLine& line) {
+  const Tokens tokens = operandsOf(line);
+  int pos = 1, number = 0;
+  return KMachineElem::_readValue(tokens, pos, number) && number >= 1 &&
+         readsFrom(line, tokens, pos);
+}
+
+bool speaksFor2(const SourceLine& line) {
+  return hasVersion2Name(line) && readsFrom(line, operandsOf(line), 1);
+}
+
+std::string of(std::ptrdiff_t some, std::size_t all) {
+  return std::to_string(some) + " of " + std::to_string(all) + " axis lines ";
+}
+
+FormatChoice guess(const std::vector<SourceLine>& axes) {
+  if (axes.empty()) return {1, "no axis lines"};
+  const auto ones = std::count_if(axes.begin(), axes.end(), speaksFor1);
+  const auto twos = std::count_if(axes.begin(), axes.end(), speaksFor2);
+  if (ones > twos) return {1, of(ones, axes.size()) + "give an axis number after the name"};
+  if (twos > ones) return {2, of(twos, axes.size()) + "name X, Y, Z, A, B or C without a number"};
+  if (std::all_of(axes.begin(), axes.end(), hasVersion2Name)) {
+    return {2, "all axes are named X, Y, Z, A, B or C"};
+  }
+  return {1, "not all axes are named X, Y, Z, A, B or C"};
+}
+
+}  // namespace
+
+FormatChoice chooseFormat(const Document& document, Format asked) {
+  if (asked != Format::automatic) return {static_cast<int>(asked), "as asked"};
+  std::vector<SourceLine> axes;
+  std::copy_if(document.begin(), document.end(), std::back_inserter(axes), isAxisLine);
+  return guess(axes);
+}
+
+}  // namespace korvo::checking

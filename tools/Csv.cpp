@@ -1,0 +1,173 @@
+#include "tools/Csv.h"
+
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <set>
+
+#include "platform/text/Number.h"
+#include "tools/Failure.h"
+#include "tools/Numbers.h"
+
+namespace korvo::tools {
+namespace {
+
+constexpr std::size_t kBlock = 1 << 20;
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+std::string_view trimmed(std::string_view text) {
+  const std::size_t begin = text.find_first_not_of(" \t");
+  if (begin == std::string_view::npos) return {};
+  return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
+}
+
+std::string_view unquoted(std::string_view text) {
+  text = trimmed(text);
+  const bool isQuoted = text.size() >= 2 && text.front() == '"' && text.back() == '"';
+  return isQuoted ? trimmed(text.substr(1, text.size() - 2)) : text;
+}
+
+std::string quoted(std::string_view text) {
+  constexpr std::size_t kLongest = 40;
+  const bool isLong = text.size() > kLongest;
+  return "'" + std::string(text.substr(0, kLongest)) + (isLong ? "...'" : "'");
+}
+
+[[noreturn]] void failHeader(const LineBlocks& lines, const std::string& found) {
+  throw Failure(Exit::refused, lines.name() + ":" + std::to_string(lines.number()) +
+                                   ": expected a header of axis names, each once, found " + found);
+}
+
+std::size_t skipBlanks(std::string_view line, std::size_t at) {
+  while (at < line.size() && (line[at] == ' ' || line[at] == '\t')) ++at;
+  return at;
+}
+
+// What stands where a number should end.
+std::string badCell(std::string_view line, std::size_t begin, char separator) {
+  const std::string_view cell = line.substr(begin, line.find(separator, begin) - begin);
+  const std::string_view text = trimmed(cell);
+  if (text.empty()) return "expected a number, found nothing";
+  if (separator == ';' && text.find(',') != std::string_view::npos) {
+    return "expected a number with a decimal point, found a decimal comma in " + quoted(text);
+  }
+  return "expected a finite number, found " + quoted(text);
+}
+
+std::string badCount(std::string_view line, const CsvHeader& header) {
+  std::size_t found = 1;
+  for (const char c : line) found += c == header.separator;
+  const bool isComma = header.separator == ',' && found > header.places.size();
+  return "expected " + std::to_string(header.places.size()) + " values, found " +
+         std::to_string(found) + (isComma ? " (no decimal commas, please)" : "");
+}
+
+}  // namespace
+
+// --- LineBlocks
+
+LineBlocks::LineBlocks(const std::string& path) : name_(path), buffer_(kBlock + kMaxLine) {
+  ownsFile_ = path != "-";
+  if (!ownsFile_) {
+    name_ = "standard input";
+    file_ = stdin;
+    return;
+  }
+  std::error_code error;
+  if (!std::filesystem::is_directory(path, error)) file_ = std::fopen(path.c_str(), "rb");
+  if (!file_) throw Failure(Exit::refused, path + ": expected a readable table, found none");
+  const auto size = std::filesystem::file_size(path, error);
+  size_ = error ? 0 : size;
+}
+
+LineBlocks::~LineBlocks() {
+  if (ownsFile_ && file_) std::fclose(file_);
+}
+
+// Moves the unread rest to the front and reads one block behind it.
+bool LineBlocks::fill() {
+  std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+  end_ -= begin_;
+  begin_ = 0;
+  const std::size_t got = std::fread(buffer_.data() + end_, 1, buffer_.size() - end_, file_);
+  read_ += got;
+  end_ += got;
+  atEnd_ = got == 0;
+  if (std::ferror(file_))
+    throw Failure(Exit::refused,
+                  name_ + ": expected a readable table, found an error while reading");
+  return got != 0;
+}
+
+// The place of the line's LF, or of the end of what there is.
+std::size_t LineBlocks::findEnd() {
+  for (std::size_t from = begin_;;) {
+    const void* lf = std::memchr(buffer_.data() + from, '\n', end_ - from);
+    if (lf) return static_cast<std::size_t>(static_cast<const char*>(lf) - buffer_.data());
+    const std::size_t length = end_ - begin_;
+    if (length > kMaxLine || atEnd_ || !fill()) return end_;
+    from = begin_ + length;
+  }
+}
+
+void LineBlocks::skipRest() {
+  while (true) {
+    const void* lf = std::memchr(buffer_.data() + begin_, '\n', end_ - begin_);
+    if (lf) {
+      begin_ = static_cast<std::size_t>(static_cast<const char*>(lf) - buffer_.data()) + 1;
+      return;
+    }
+    begin_ = end_;
+    if (atEnd_ || !fill()) return;
+  }
+}
+
+bool LineBlocks::next(std::string_view& line) {
+  if (wasCut_) skipRest();
+  const std::size_t end = findEnd();
+  if (begin_ == end_) return false;
+  line = std::string_view(buffer_.data() + begin_, end - begin_);
+  wasCut_ = line.size() > kMaxLine;
+  if (wasCut_) line = line.substr(0, kMaxLine);
+  begin_ = wasCut_ ? begin_ + kMaxLine : std::min(end + 1, end_);
+  if (number_++ == 0 && line.starts_with(kUtf8Mark)) line.remove_prefix(kUtf8Mark.size());
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return true;
+}
+
+// --- rows
+
+CsvHeader readHeader(const LineBlocks& lines, std::string_view line, const AxisNames& names) {
+  CsvHeader header;
+  header.separator = line.find(';') != std::string_view::npos ? ';' : ',';
+  std::set<int> seen;
+  for (const std::string& cell : split(line, header.separator)) {
+    const std::string_view name = unquoted(cell);
+    const int place = names.find(name);
+    if (place < 0) failHeader(lines, quoted(name));
+    if (!seen.insert(place).second) failHeader(lines, quoted(name) + " again");
+    header.places.push_back(place);
+  }
+  return header;
+}
+
+std::optional<std::string> readRow(std::string_view line, const CsvHeader& header, double* values) {
+  std::size_t at = 0;
+  const std::size_t columns = header.places.size();
+  for (std::size_t column = 0; column < columns; ++column) {
+    const std::size_t begin = at;
+    double value = 0.0;
+    const text::Scan scan = text::scanDouble(line.substr(at), value);
+    at = skipBlanks(line, at + scan.length);
+    const bool endsHere = at >= line.size();
+    if (!scan || !std::isfinite(value) || (!endsHere && line[at] != header.separator)) {
+      return badCell(line, begin, header.separator);
+    }
+    values[header.places[column]] = value;
+    if (endsHere != (column + 1 == columns)) return badCount(line, header);
+    ++at;
+  }
+  return {};
+}
+
+}  // namespace korvo::tools

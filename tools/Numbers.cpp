@@ -1,0 +1,59 @@
+#include "tools/Numbers.h"
+
+#include <charconv>
+#include <cmath>
+
+#include "platform/text/Number.h"
+
+namespace korvo::tools {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r";
+
+bool isBlank(std::string_view text) {
+  return text.find_first_not_of(kBlanks) == std::string_view::npos;
+}
+
+}  // namespace
+
+std::optional<double> numberOf(std::string_view text) {
+  double value = 0.0;
+  const text::Scan scan = text::scanDouble(text, value);
+  if (!scan || !isBlank(text.substr(scan.length)) || !std::isfinite(value)) return {};
+  return value;
+}
+
+std::optional<int> integerOf(std::string_view text) {
+  const std::optional<double> value = numberOf(text);
+  if (!value || *value != std::trunc(*value) || std::abs(*value) > 1e9) return {};
+  return static_cast<int>(*value);
+}
+
+std::vector<std::string> split(std::string_view text, char separator) {
+  std::vector<std::string> parts;
+  for (std::size_t begin = 0;;) {
+    const std::size_t end = text.find(separator, begin);
+    parts.emplace_back(text.substr(begin, end - begin));
+    if (end == std::string_view::npos) return parts;
+    begin = end + 1;
+  }
+}
+
+void appendExact(std::string& out, double value) {
+  char text[32];
+  // Adding zero turns -0 into 0.
+  out.append(text, std::to_chars(text, text + sizeof text, value + 0.0).ptr);
+}
+
+std::string exact(double value) {
+  std::string out;
+  appendExact(out, value);
+  return out;
+}
+
+std::string rounded(double value) {
+  const double millionths = std::round(value * 1e6) / 1e6;
+  return exact(std::isfinite(millionths) ? millionths : value);
+}
+
+}  // namespace korvo::tools

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvo::tools {
+
+/// The finite number that the whole of `text` spells, blanks around it allowed; nothing otherwise.
+std::optional<double> numberOf(std::string_view text);
+
+/// The whole number that all of `text` spells.
+std::optional<int> integerOf(std::string_view text);
+
+/// Parts of `text` between the separators, empty ones included.
+std::vector<std::string> split(std::string_view text, char separator);
+
+/// The shortest text that reads back as the same number; no "-0".
+std::string exact(double value);
+
+/// With at most six decimals, for people to read; no "-0".
+std::string rounded(double value);
+
+/// Appends the shortest text of `value` to `out`; what is not finite as "nan" or "inf".
+void appendExact(std::string& out, double value);
+
+}  // namespace korvo::tools

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "toolkit/Format.h"
+
+namespace korvo::tools {
+
+/// The options that every verb on a machine has, as given.
+struct CommonOptions {
+  std::string machine;  ///< Path, or name of an example.
+  std::string format = "auto";
+  std::optional<std::string> tool;
+  std::optional<std::string> toolLength;
+  std::optional<std::string> frame;
+  std::vector<std::string> lock;
+  std::optional<std::string> strategy;
+  std::string trace;
+  bool json = false;
+};
+
+/// Adds MACHINE and the common options to a verb.
+void addCommonOptions(CLI::App& verb, CommonOptions& options);
+
+/// Gives a verb that reads no machine the names of these options, to refuse them with a reason.
+void refuseCommonOptions(CLI::App& verb);
+
+/// Where part zero lies: place (mm) and turns (degrees) about X, then Y, then Z of the machine.
+struct PartZero {
+  std::array<double, 6> values{};  ///< x, y, z, a, b, c
+};
+
+/// The common options, checked as far as this goes without a machine.
+struct CheckedOptions {
+  Format format = Format::automatic;
+  int tool = 1;
+  bool hasTool = false;  ///< --tool was given.
+  std::optional<double> toolLength;
+  PartZero partZero;
+  std::vector<std::string> lock;
+  std::optional<int> strategy;
+};
+
+/// Reads the numbers and words; throws Failure (usage) for what is none.
+CheckedOptions checked(const CommonOptions& options);
+
+}  // namespace korvo::tools

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "toolkit/Machine.h"
+#include "tools/Options.h"
+
+namespace korvo::tools {
+
+/// A machine with the common options applied: what every verb works on.
+class Session {
+ public:
+  /// Finds, checks and loads the machine; throws Failure with every reason why not.
+  explicit Session(const CommonOptions& options);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  const Machine& machine() const { return *machine_; }
+  const FormatChoice& format() const { return format_; }
+  const std::string& file() const { return file_; }  ///< For messages.
+  int tool() const { return options_.tool; }
+  bool hasToolOption() const { return options_.hasTool; }
+  const PartZero& partZero() const { return options_.partZero; }
+
+  /// Whether the axis at place `i` of a position is locked.
+  bool isLocked(int i) const { return locked_[static_cast<std::size_t>(i)]; }
+
+  /// "format 2 (all axes ...); tool 1; ...": what was taken, for people to read.
+  std::string settingsText() const;
+  nlohmann::json settingsJson() const;
+  nlohmann::json machineJson() const;
+
+ private:
+  class Trace;
+
+  void setTool();
+  void setPartZero();
+  void lockAxes();
+
+  CheckedOptions options_;
+  std::unique_ptr<Trace> trace_;
+  std::optional<Machine> machine_;
+  FormatChoice format_;
+  std::string file_;
+  std::vector<bool> locked_;
+};
+
+/// The "units" of every JSON answer.
+nlohmann::json unitsJson();
+
+}  // namespace korvo::tools

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "tools/Failure.h"
+
+namespace korvo::tools {
+
+/// Each adds its verb to the command line. What the verb answers is stored in `exit`; it throws
+/// Failure for what it cannot answer.
+void addInfo(CLI::App& app, Exit& exit);
+void addForward(CLI::App& app, Exit& exit);
+void addNew(CLI::App& app, Exit& exit);
+
+}  // namespace korvo::tools

@@ -1,0 +1,201 @@
+#include "tools/forward.h"
+
+#include <cmath>
+#include <iostream>
+#include <memory>
+#include <set>
+
+#include "toolkit/Text.h"
+#include "tools/InfoJson.h"
+#include "tools/Numbers.h"
+#include "tools/ToolPoint.h"
+#include "tools/Verbs.h"
+#include "tools/forward_rows.h"
+
+using nlohmann::json;
+using zgeo::UMatrix;
+using zgeo::UVec3d;
+
+namespace korvo::tools {
+namespace {
+
+// --- --at
+
+double valueOf(const std::string& text) {
+  const std::optional<double> value = numberOf(text);
+  if (!value) failUsage("a finite number in --at", "'" + text + "'");
+  return *value;
+}
+
+void setNamed(Position& v, const std::vector<std::string>& parts) {
+  std::set<int> seen;
+  for (const std::string& part : parts) {
+    const std::size_t equals = part.find('=');
+    if (equals == std::string::npos) failUsage("AXIS=VALUE in --at", "'" + part + "'");
+    const std::string name = part.substr(0, equals);
+    const int place = v.names().find(name);
+    if (place < 0) failUsage("an axis of the machine in --at", "'" + name + "'");
+    if (!seen.insert(place).second) failUsage("each axis once in --at", "'" + name + "' again");
+    v[place] = valueOf(part.substr(equals + 1));
+  }
+}
+
+void setAll(Position& v, const std::vector<std::string>& parts) {
+  if (static_cast<int>(parts.size()) != v.size()) {
+    failUsage(std::to_string(v.size()) + " values in --at", std::to_string(parts.size()));
+  }
+  for (int i = 0; i < v.size(); ++i) v[i] = valueOf(parts[static_cast<std::size_t>(i)]);
+}
+
+Position positionAt(const Session& session, const std::string& at) {
+  Position v = session.machine().position();
+  if (at.find('=') != std::string::npos) {
+    setNamed(v, split(at, ','));
+  } else {
+    setAll(v, split(at, ','));
+  }
+  for (int i = 0; i < v.size(); ++i) {
+    if (v[i] != 0.0 && session.isLocked(i)) {
+      failUsage("the locked axis " + v.names()[i] + " to stay at 0 in --at", exact(v[i]));
+    }
+  }
+  return v;
+}
+
+// --- the answer
+
+bool isFinite(const UMatrix& m) {
+  for (int i = 0; i < 16; ++i) {
+    if (!std::isfinite(m(i / 4, i % 4))) return false;
+  }
+  return true;
+}
+
+std::string text(const UVec3d& v) {
+  return rounded(v.x) + "  " + rounded(v.y) + "  " + rounded(v.z);
+}
+
+void printMatrix(std::ostream& out, const UMatrix& m) {
+  for (int r = 0; r < 3; ++r) {
+    out << ' ';
+    for (int c = 0; c < 4; ++c) out << "  " << rounded(m(r, c));
+    out << '\n';
+  }
+}
+
+std::string elementName(const zkin::KMachine& machine, int rank) {
+  return describeElement(*machine.getElemByRank(rank));
+}
+
+void printElements(std::ostream& out, const Session& session, const Position& v) {
+  std::vector<UMatrix> matrices;
+  session.machine()->getMatrices(v, matrices);
+  out << "Motion of each element (machine frame)\n";
+  for (std::size_t r = 0; r < matrices.size(); ++r) {
+    out << "  " << elementName(*session.machine(), static_cast<int>(r)) << '\n';
+    printMatrix(out, matrices[r]);
+  }
+}
+
+void print(std::ostream& out, const Session& session, const Position& v, bool elements) {
+  const ToolPoint at = toolPoint(*session.machine(), *v, session.tool());
+  out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
+      << "\nPosition  ";
+  for (int i = 0; i < v.size(); ++i) out << ' ' << v.names()[i] << '=' << rounded(v[i]);
+  out << "\nNose       " << text(at.nose) << "\nTip        " << text(at.tip) << "\nDirection  "
+      << text(at.direction) << "\nTool frame (machine frame)\n";
+  printMatrix(out, session.machine()->getMatrix_H2T(v));
+  out << "Tip frame (part-zero frame)\n";
+  printMatrix(out, session.machine()->getMatrix_TP2U(v));
+  if (elements) printElements(out, session, v);
+}
+
+json answerJson(const Session& session, const Position& v, bool elements) {
+  const zkin::KMachine& machine = *session.machine();
+  const ToolPoint at = toolPoint(machine, *v, session.tool());
+  json values = json::array();
+  for (int i = 0; i < v.size(); ++i) values.push_back({{"axis", v.names()[i]}, {"value", v[i]}});
+  json answer = {{"schema", "korvo.forward/1"},
+                 {"units", unitsJson()},
+                 {"machine", session.machineJson()},
+                 {"settings", session.settingsJson()},
+                 {"position", std::move(values)},
+                 {"nose", vectorJson(at.nose)},
+                 {"tip", vectorJson(at.tip)},
+                 {"direction", vectorJson(at.direction)},
+                 {"toolFrame", matrixJson(machine.getMatrix_H2T(v))},
+                 {"tipFrame", matrixJson(machine.getMatrix_TP2U(v))}};
+  if (elements) answer["elements"] = elementsJson(machine, *v);
+  return answer;
+}
+
+void answerOne(const ForwardOptions& o, const Session& session) {
+  const Position v = o.at ? positionAt(session, *o.at) : session.machine().position();
+  if (!isFinite(session.machine()->getMatrix_TP2U(v))) {
+    throw Failure(Exit::no, "korvo: expected a tool point within the range of numbers, found none");
+  }
+  if (o.common.json) {
+    std::cout << answerJson(session, v, o.elements).dump(2) << '\n';
+  } else {
+    print(std::cout, session, v, o.elements);
+  }
+}
+
+void checkTogether(const ForwardOptions& o) {
+  if (o.positions && o.at) failUsage("--at or --positions", "both");
+  if (o.strict && !o.positions) failUsage("--strict with --positions", "it alone");
+  if (o.stats && !o.positions) failUsage("--stats with --positions", "it alone");
+  if (o.positions && o.elements && !o.common.json) {
+    failUsage("--json for --elements with --positions (a table has no place for matrices)", "none");
+  }
+}
+
+Exit run(const ForwardOptions& o) {
+  checkTogether(o);
+  const Session session(o.common);
+  if (o.positions) return answerRows(o, session);
+  answerOne(o, session);
+  return Exit::answered;
+}
+
+}  // namespace
+
+std::string describeElement(const zkin::KMachineElem& e) {
+  const int tool = e.isTool() ? zkin::KMachineElem::_getIndexTool(e.getElemIndex()) : 0;
+  return tool ? "tool " + std::to_string(tool) : toUtf8(e.getElemName());
+}
+
+json matrixJson(const UMatrix& m) {
+  json rows = json::array();
+  for (int r = 0; r < 4; ++r) rows.push_back({m(r, 0), m(r, 1), m(r, 2), m(r, 3)});
+  return rows;
+}
+
+json elementsJson(const zkin::KMachine& machine, const zkin::KMachineValueBase& v) {
+  std::vector<UMatrix> matrices;
+  machine.getMatrices(v, matrices);
+  json elements = json::array();
+  for (int r = 0; r < machine.getElemNumber(); ++r) {
+    elements.push_back({{"rank", r},
+                        {"name", elementName(machine, r)},
+                        {"index", machine.getElemByRank(r)->getElemIndex()},
+                        {"motion", matrixJson(matrices[static_cast<std::size_t>(r)])}});
+  }
+  return elements;
+}
+
+void addForward(CLI::App& app, Exit& exit) {
+  CLI::App* verb = app.add_subcommand("forward", "Say where the tool stands at axis values");
+  const auto o = std::make_shared<ForwardOptions>();
+  addCommonOptions(*verb, o->common);
+  verb->add_option("--at", o->at,
+                   "Position: X=10,C=90 (unnamed axes are 0), or all values in order");
+  verb->add_flag("--elements", o->elements, "Also the motion matrices of all elements");
+  verb->add_option("--positions", o->positions,
+                   "Many positions: CSV file with axis names in its header, - for standard input");
+  verb->add_flag("--strict", o->strict, "Stop at the first bad row");
+  verb->add_flag("--stats", o->stats, "Say on standard error how fast the rows were answered");
+  verb->callback([o, &exit] { exit = run(*o); });
+}
+
+}  // namespace korvo::tools

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+#include "kinematics/KMachine.h"
+#include "tools/Options.h"
+
+namespace korvo::tools {
+
+/// What `korvo forward` was asked.
+struct ForwardOptions {
+  CommonOptions common;
+  std::optional<std::string> at;
+  std::optional<std::string> positions;
+  bool elements = false;
+  bool strict = false;
+  bool stats = false;
+};
+
+/// Name of an element for people: "tool 1" for a tool.
+std::string describeElement(const zkin::KMachineElem& e);
+
+/// Rows of a matrix.
+nlohmann::json matrixJson(const zgeo::UMatrix& m);
+
+/// Motion matrices of all elements.
+nlohmann::json elementsJson(const zkin::KMachine& machine, const zkin::KMachineValueBase& v);
+
+}  // namespace korvo::tools
