@@ -40,6 +40,10 @@ bool KMachineElem::operator==(const KMachineElem& o) const {
          sameLimit(hasMax_, max_, o.hasMax_, o.max_) && sameText(geomFile_, o.geomFile_);
 }
 
+bool KMachineElem::isGeomFileReadable() const {
+  return korvo::os::_waccess(geomFile_.c_str(), 4) == 0;
+}
+
 void KMachineElem::getGeomRGB(int& r, int& g, int& b) const {
   r = rgb_[0], g = rgb_[1], b = rgb_[2];
 }

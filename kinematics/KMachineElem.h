@@ -114,6 +114,9 @@ class KORVO_KINEMATICS_API KMachineElem {
   void setElemName(const std::wstring& name) { name_ = name; }
   const std::wstring& getGeomFile() const { return geomFile_; }
   void setGeomFile(const std::wstring& file) { geomFile_ = file; }
+  /// Whether the geometry file is a regular file that opens, found as the readers find it: as
+  /// written, with "\" as "/", then with its names matched ignoring case.
+  bool isGeomFileReadable() const;
 
   /// Copies the colour (red, green, blue) out.
   void getGeomRGB(int& r, int& g, int& b) const;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <map>
 
-#include "platform/os/Files.h"
 #include "toolkit/Text.h"
 
 using zkin::KMachine;
@@ -21,6 +20,7 @@ std::string typeWord(KMachineElem::KME_TYPE type) {
 
 std::vector<const KMachineElem*> elementsOf(const KMachine& machine) {
   std::vector<const KMachineElem*> elements;
+  elements.reserve(machine.getElemNumber());
   for (int r = 0; r < machine.getElemNumber(); ++r) elements.push_back(machine.getElemByRank(r));
   return elements;
 }
@@ -177,7 +177,7 @@ std::vector<GeometryFile> geometryOf(const KMachine& machine) {
   for (const KMachineElem* e : elementsOf(machine)) {
     const std::wstring& file = e->getGeomFile();
     if (file.empty()) continue;
-    files.push_back({nameOf(*e), toUtf8(file), os::_waccess(file.c_str(), 4) == 0});
+    files.push_back({nameOf(*e), toUtf8(file), e->isGeomFileReadable()});
   }
   return files;
 }

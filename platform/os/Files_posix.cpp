@@ -130,7 +130,7 @@ File openRead(const std::wstring& path) {
   if (descriptor < 0) return nullptr;
   File file(isRegular(descriptor) ? fdopen(descriptor, "rb") : nullptr);
   if (!file) close(descriptor);
-  return file;
+  return file;  // NOLINT(clang-analyzer-unix.Stream): the unique_ptr closes it
 }
 
 int _waccess(const wchar_t* path, int mode) {

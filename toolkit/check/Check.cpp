@@ -1,6 +1,9 @@
 #include "toolkit/check/Check.h"
 
-#include "platform/os/Files.h"
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
 #include "toolkit/Path.h"
 #include "toolkit/check/Document.h"
 #include "toolkit/check/FormatGuess.h"
@@ -21,11 +24,26 @@ std::vector<Diagnostic> applyRules(const std::string& file, const checking::Sour
   return diagnostics;
 }
 
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+File openRead(const std::filesystem::path& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return nullptr;  // a pipe would block
+#if defined(_WIN32)
+  return File(_wfopen(path.c_str(), L"rb"));
+#else
+  return File(std::fopen(path.c_str(), "rbe"));
+#endif
+}
+
 }  // namespace
 
 CheckResult check(const std::filesystem::path& path, Format format) {
   const std::string name = utf8Of(path);
-  const os::File file = os::openRead(wideOf(path));
+  const File file = openRead(path);
   if (!file) {
     return {
         {},
