@@ -123,7 +123,7 @@ bool equalValues(const double* values, int n, const KMachineValueBase& v) {
 
 template <int N>
 KMachineValue<N>& KMachineValue<N>::operator=(const KMachineValue& o) {
-  std::copy_n(o.values_, N, values_);
+  if (this != &o) std::copy_n(o.values_, N, values_);
   return *this;
 }
 

@@ -105,7 +105,8 @@ int KMachine::addBatiToTool(const std::vector<KMachineElem>& chain) {
     return -1;
   }
   const int toolIndex = KMachineElem::_getToolIndex(getToolNumber() + 1);
-  const std::vector<KMachineElem> added = chain;  // `chain` may hold elements of this machine
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): `chain` may be this machine's own
+  const std::vector<KMachineElem> added = chain;
   int previous = elements_.front().getElemIndex();
   for (const KMachineElem& e : added) {
     addElem(e)->setPrevIndex(previous);

@@ -5,8 +5,8 @@
 
 namespace korvo {
 
-Machine::Machine(zkin::KMachine machine)
-    : machine_(std::move(machine)), names_(std::make_shared<const AxisNames>(machine_)) {}
+Machine::Machine(const zkin::KMachine& machine)
+    : machine_(machine), names_(std::make_shared<const AxisNames>(machine_)) {}
 
 Position Machine::position(
     std::initializer_list<std::pair<std::string_view, double>> values) const {

@@ -22,7 +22,7 @@ namespace korvo {
 /// and share nothing. Do not add elements: the axis names are those of the load.
 class KORVO_TOOLKIT_API Machine {
  public:
-  explicit Machine(zkin::KMachine machine);
+  explicit Machine(const zkin::KMachine& machine);
 
   zkin::KMachine* operator->() { return &machine_; }
   const zkin::KMachine* operator->() const { return &machine_; }

@@ -130,14 +130,14 @@ File openRead(const std::wstring& path) {
   if (descriptor < 0) return nullptr;
   File file(isRegular(descriptor) ? fdopen(descriptor, "rb") : nullptr);
   if (!file) close(descriptor);
-  return file;  // NOLINT(clang-analyzer-unix.Stream): the unique_ptr closes it
+  return file;
 }
 
 int _waccess(const wchar_t* path, int mode) {
   if (path == nullptr) return -1;
   if (mode == 0) return find(path) ? 0 : -1;
   return mode == 4 && openRead(path) ? 0 : -1;
-}
+}  // NOLINT(clang-analyzer-unix.Stream): the unique_ptr closes the file
 
 }  // namespace korvo::os
 

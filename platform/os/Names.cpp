@@ -74,6 +74,7 @@ wchar_t lowered(wchar_t c) {
 std::optional<std::string> utf8Of(std::wstring_view name) {
   std::string bytes;
   for (const wchar_t wide : name) {
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse): a wide character, and the bits are what counts
     const auto c = static_cast<std::uint32_t>(wide);
     if (c == 0 || isSurrogate(c) || c > kLastCharacter) return std::nullopt;
     appendUtf8(bytes, c);
