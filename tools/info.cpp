@@ -104,6 +104,7 @@ void keepTool(MachineInfo& info, const Session& session) {
 std::vector<ToolPoint> toolsAtZero(const Session& session, const MachineInfo& info) {
   std::vector<ToolPoint> points;
   const Position zero = session.machine().position();
+  points.reserve(info.tools.size());
   for (const ToolInfo& t : info.tools) {
     points.push_back(toolPoint(*session.machine(), *zero, t.number));
   }
