@@ -13,7 +13,8 @@ namespace korvo::test {
 class TempDir {
  public:
   TempDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "korvo_XXXXXX").string();
+    std::string pattern = (std::filesystem::temp_directory_path() / "korvo_").string();
+    pattern.append(6, 'X');  // the six that mkdtemp replaces
     if (!mkdtemp(pattern.data())) {
       throw std::filesystem::filesystem_error("no temporary folder", std::error_code());
     }
