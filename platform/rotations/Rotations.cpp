@@ -1,40 +1,13 @@
 #include "platform/rotations/Rotations.h"
 
-#include <algorithm>
 #include <cmath>
+
+#include "platform/rotations/Vec3.h"
 
 namespace korvo::rotations {
 namespace {
 
-Vec3 operator+(const Vec3& a, const Vec3& b) { return {a[0] + b[0], a[1] + b[1], a[2] + b[2]}; }
-Vec3 operator-(const Vec3& a, const Vec3& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
-Vec3 operator*(double s, const Vec3& v) { return {s * v[0], s * v[1], s * v[2]}; }
-Vec3 operator/(const Vec3& v, double s) { return {v[0] / s, v[1] / s, v[2] / s}; }
-
-double dot(const Vec3& a, const Vec3& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
-Vec3 cross(const Vec3& a, const Vec3& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
-bool isFinite(const Vec3& v) {
-  return std::isfinite(v[0]) && std::isfinite(v[1]) && std::isfinite(v[2]);
-}
-
-/// Sets `v` to length 1; false when it has no direction. Where squares may over- or underflow, the
-/// largest component is divided out first.
-bool normalise(Vec3& v) {
-  const double square = dot(v, v);
-  if (square > 1e-280 && square < 1e280) {
-    v = v / std::sqrt(square);
-    return true;
-  }
-  const double largest = std::max({std::fabs(v[0]), std::fabs(v[1]), std::fabs(v[2])});
-  if (!isFinite(v) || largest == 0.0) return false;
-  const Vec3 scaled = v / largest;
-  v = scaled / std::sqrt(dot(scaled, scaled));
-  return true;
-}
+using namespace detail;
 
 /// A line with a unit direction.
 struct Line {
@@ -65,18 +38,6 @@ CommonNormal skewNormal(const Line& a, const Line& b, const Vec3& u, double u2) 
 }
 
 }  // namespace
-
-Mat3 rotationMatrix(const Vec3& axis, double angle) {
-  Vec3 u = axis;
-  if (!normalise(u)) return {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-  const double c = std::cos(angle);
-  const double s = std::sin(angle);
-  const double versine = c > 0 ? s * s / (1 + c) : 1 - c;  // 1 - cos(a) without cancellation
-  const Vec3 v = versine * u;
-  return {{{c + v[0] * u[0], v[0] * u[1] - s * u[2], v[0] * u[2] + s * u[1]},
-           {v[1] * u[0] + s * u[2], c + v[1] * u[1], v[1] * u[2] - s * u[0]},
-           {v[2] * u[0] - s * u[1], v[2] * u[1] + s * u[0], c + v[2] * u[2]}}};
-}
 
 CommonNormal commonNormal(const Vec3& zA, const Vec3& pA, const Vec3& zB, const Vec3& pB) {
   Line a{zA, pA};

@@ -21,13 +21,6 @@ inline constexpr double kCoincidentDistance = 1e-5;
 /// Rows of a 3x3 rotation matrix.
 using Mat3 = std::array<Vec3, 3>;
 
-/// Rotation by `angle` radians about the direction `axis`, right-handed.
-///
-/// @source  Rodrigues: R = cos(a) I + sin(a) [u]x + (1 - cos(a)) u u^T, with
-///          1 - cos(a) = sin^2(a) / (1 + cos(a)) where cos(a) > 0, so small angles lose no digits.
-/// @errors  `axis` of any length, normalised here; a null or non-finite axis gives the identity.
-Mat3 rotationMatrix(const Vec3& axis, double angle);
-
 /// How two lines lie to each other.
 enum class LinePair {
   skew,        ///< One common perpendicular (meeting lines included).

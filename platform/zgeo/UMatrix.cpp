@@ -1,6 +1,6 @@
 #include "platform/zgeo/UMatrix.h"
 
-#include "platform/rotations/Rotations.h"
+#include "platform/rotations/RotationMatrix.h"
 
 namespace zgeo {
 

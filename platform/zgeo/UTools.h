@@ -76,7 +76,8 @@ class KORVO_COLLISIONUTILS_API UTools {
 
   /// Sets where lines go, for all threads; null (as at the start) drops them, then nothing is
   /// formatted or allocated.
-  /// @owner   The sink stays the caller's and must outlive its use.
+  /// @owner   The sink stays the caller's and must outlive its use. Libraries trace when they are
+  ///          unloaded, at the end of the program after `main`: unset the sink before it dies.
   /// @return  The sink that was set before, or null.
   static UTraceSink* _setTraceSink(UTraceSink* sink);
 

@@ -2,11 +2,13 @@
 
 #include <cmath>
 
+#include "platform/zgeo/Export.h"
+
 namespace zgeo {
 
 /// A pair of doubles: a point of a plane, or two angles of one rotary solution (radians).
 /// Arithmetic never throws and lets infinities and NaN through.
-struct UVec2d {
+struct KORVO_COLLISIONUTILS_API UVec2d {
   double x = 0.0;
   double y = 0.0;
 
@@ -37,6 +39,11 @@ struct UVec2d {
     return length > 0 ? UVec2d(x / length, y / length) : *this;
   }
   void normalise() { *this = normalised(); }
+
+  /// Appends `label` and "(%.3lf, %.3lf)" to the open trace line.
+  ///
+  /// @param keep  True leaves the line open for the next text, false ends it.
+  void dump(const wchar_t* label, bool keep) const;
 };
 
 }  // namespace zgeo

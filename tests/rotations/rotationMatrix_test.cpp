@@ -6,7 +6,7 @@
 #include <numbers>
 #include <string>
 
-#include "platform/rotations/Rotations.h"
+#include "platform/rotations/RotationMatrix.h"
 #include "tests/rotations/Vectors.h"
 
 namespace korvo::rotations {

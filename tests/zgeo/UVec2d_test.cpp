@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/TraceCapture.h"
+
 namespace {
 
 using zgeo::UVec2d;
@@ -36,6 +38,27 @@ TEST(UVec2d, NormalisesToLengthOneAndKeepsANullVector) {
   UVec2d null;
   null.normalise();
   EXPECT_EQ(null, UVec2d());
+}
+
+class UVec2dDump : public korvo::test::TracedTest {};
+
+TEST_F(UVec2dDump, WritesLabelAndThreeDecimals) {
+  UVec2d(1, -2.5004).dump(L" point", false);
+  EXPECT_TRUE(trace.claim(L" point(1.000, -2.500)"));
+}
+
+TEST_F(UVec2dDump, LeavesTheLineOpenWhenAskedTo) {
+  UVec2d(1, 2).dump(L"a", true);
+  EXPECT_TRUE(trace.lines().empty());
+  UVec2d(4, 5).dump(L" b", false);
+  EXPECT_TRUE(trace.claim(L"a(1.000, 2.000) b(4.000, 5.000)"));
+}
+
+TEST_F(UVec2dDump, LabelIsTextNotAFormatAndMayBeMissing) {
+  UVec2d(1, 2).dump(L"100%d %s ", false);
+  EXPECT_TRUE(trace.claim(L"100%d %s (1.000, 2.000)"));
+  UVec2d(1, 2).dump(nullptr, false);
+  EXPECT_TRUE(trace.claim(L"(1.000, 2.000)"));
 }
 
 }  // namespace
