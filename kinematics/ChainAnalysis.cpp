@@ -29,32 +29,39 @@ Places placesOf(const Chain& chain, Predicate wanted) {
   return places;
 }
 
-bool areParallel(const KMachineElem* a, const KMachineElem* b) {
-  return (a->getElemAxis() ^ b->getElemAxis()).norm2() < kParallelCrossSq;
+// Of the directions as they stand; no number when one of them is none.
+double crossSq(const KMachineElem* a, const KMachineElem* b) {
+  return (a->getElemAxis() ^ b->getElemAxis()).norm2();
 }
 
-// An element without a direction counts as parallel here, so it keeps the axes beside it apart.
+// Deliberate: an element without a direction counts as parallel here, so it keeps the axes beside
+// it apart. Test: KinematicClass.FollowsTheChain/GeometryBetweenCountsTwice.
 bool isParallelBetween(const Chain& chain, std::size_t first, std::size_t last) {
   for (std::size_t i = first + 1; i < last; ++i) {
-    if (areParallel(chain[first], chain[i])) return true;
+    if (crossSq(chain[first], chain[i]) < kParallelCrossSq) return true;
   }
   return false;
 }
 
-// Linear axes in chain order; one parallel to the linear axis before it counts only when a
-// parallel element lies between them.
+// Linear axes in chain order; one that is not clearly of another direction than the linear axis
+// before it counts only when a parallel element lies between them.
+// Deliberate: only neighbours are compared, so X, Y and a second X are three.
+// Test: KinematicClass.FollowsTheChain/ParallelButNotNeighbours.
 std::size_t independentLinear(const Chain& chain) {
   const Places linear = placesOf(chain, isLinear);
   Places kept;
   for (const std::size_t place : linear) {
-    const bool dependent = !kept.empty() && areParallel(chain[kept.back()], chain[place]) &&
-                           !isParallelBetween(chain, kept.back(), place);
-    if (!dependent) kept.push_back(place);
+    const bool independent = kept.empty() ||
+                             crossSq(chain[kept.back()], chain[place]) >= kParallelCrossSq ||
+                             isParallelBetween(chain, kept.back(), place);
+    if (independent) kept.push_back(place);
   }
   return kept.size();
 }
 
 // Shape of an arm by the two elements after its first rotary axis.
+// Deliberate: the elements as they follow, bodies included.
+// Test: KinematicClass.FollowsTheChain/GeometryBehindTheFirst.
 int armTypeOf(const KMachineElem* second, const KMachineElem* third) {
   if (isLinear(second) && isLinear(third)) return 4;
   if (isLinear(second) && isRotary(third)) return 3;
@@ -63,6 +70,8 @@ int armTypeOf(const KMachineElem* second, const KMachineElem* third) {
 }
 
 // Where the search for the wrist starts; sets the arm type.
+// Deliberate: a ball joint before the arm's third element is passed by.
+// Test: Wrist.IsFoundWhereThreeAxesMeet/BallJointAtTheFoot.
 std::size_t analyseArm(const Chain& chain, const Places& rotary, KMachine::_sUKine& kine) {
   if (!rotary.empty() && rotary.front() + 2 < chain.size()) {
     const std::size_t q = rotary.front();
@@ -126,7 +135,9 @@ KMachine::_sUKine classify(const Chain& chain, int toolIndex, int ballJoint,
   if (independentLinear(chain) >= 3) {
     kine.kinematicClass = 1 + static_cast<int>(std::min<std::size_t>(rotary.size(), 3));
     kine.armType = 5;
-    return kine;  // the ball joint of such a machine is not recorded
+    // Deliberate: the ball joint of such a machine is not recorded.
+    // Test: Wrist.IsFoundWhereThreeAxesMeet/HeadOfAMillingMachine.
+    return kine;
   }
   kine.kinematicClass = 5;
   kine.armType = kine.wristType = -1;
@@ -135,11 +146,11 @@ KMachine::_sUKine classify(const Chain& chain, int toolIndex, int ballJoint,
   return kine;
 }
 
-int ballJointOf(const Chain& chain) {
+const KMachineElem* ballJointOf(const Chain& chain) {
   for (std::size_t q = chain.size(); q >= 3; --q) {
-    if (isBallJoint(chain[q - 3], chain[q - 2], chain[q - 1])) return chain[q - 3]->getElemIndex();
+    if (isBallJoint(chain[q - 3], chain[q - 2], chain[q - 1])) return chain[q - 3];
   }
-  return 0;
+  return nullptr;
 }
 
 }  // namespace zkin

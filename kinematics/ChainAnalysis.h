@@ -18,9 +18,9 @@ using Chain = std::vector<const KMachineElem*>;
 KMachine::_sUKine classify(const Chain& chain, int toolIndex, int ballJoint,
                            const KMachineElem* tool);
 
-/// Element index of the first of two rotary axes that meet the axis after them (a rotary axis, a
-/// tool or a gun) in one point, the pair nearest the tool; 0 when there is none. `chain` holds
-/// active elements only; their zero-position Denavit-Hartenberg records must be set.
-int ballJointOf(const Chain& chain);
+/// The first of two rotary axes that meet the axis after them (a rotary axis, a tool or a gun) in
+/// one point, the pair nearest the tool; null when there is none. `chain` holds active elements
+/// only; their zero-position Denavit-Hartenberg records must be set.
+const KMachineElem* ballJointOf(const Chain& chain);
 
 }  // namespace zkin

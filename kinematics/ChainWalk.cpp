@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "kinematics/KMachine.h"
+#include "platform/rotations/RotationMatrix.h"
 
 using zgeo::UMatrix;
 using zgeo::UVec3d;
@@ -11,7 +11,7 @@ using zgeo::UVec3d;
 namespace zkin {
 
 ChainWalk::ChainWalk(const std::vector<KMachineElem>& elements, const KMachineElem* e) {
-  for (; e; e = KMachine::_getElemByIndex(elements, e->getPrevIndex())) addBefore(e);
+  for (; e; e = elementOf(elements, e->getPrevIndex())) addBefore(e);
   if (heap_.empty()) {
     first_ = fixed_ + (kChainFixed - size_);
   } else {
@@ -30,6 +30,9 @@ void ChainWalk::addBefore(const KMachineElem* e) {
   ++size_;
 }
 
+// Deliberate: an axis of the frame's index, or beyond the numbers, stays (test:
+// KMachineForward.AxisWithoutAPlaceInThePositionStays); one in a gap of the numbers reads the first
+// value (KMachineForward.AxisAddedInAGapOfTheNumbersMovesByTheFirstValue).
 double axisValue(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& axis) {
   const std::size_t k = static_cast<std::size_t>(axis.getElemIndex()) - 1;
   if (axis.getElemIndex() < 1 || k >= machine.axisValueIndex.size()) return 0.0;
@@ -38,38 +41,42 @@ double axisValue(const MachineView& machine, const KMachineValueBase& v, const K
 
 namespace {
 
-void slide(UMatrix& placed, const UVec3d& by) { placed.setOrigin(placed.getOrigin() + by); }
+// `placed` after a slide: what it carries starts from another point.
+void slide(UMatrix& placed, const UVec3d& by) { placed.setOrigin(placed * by); }
 
-// The same as `_rotation(axis, point, angle) * placed` of rigid transforms, without the products
-// with their last rows.
-void turn(UMatrix& placed, const UMatrix& rotation, const UVec3d& point) {
-  for (int j = 0; j < 3; ++j) {
-    UVec3d column(placed(0, j), placed(1, j), placed(2, j));
-    rotation.applyDir(column);
-    placed(0, j) = column.x, placed(1, j) = column.y, placed(2, j) = column.z;
+// `placed * _rotation(axis, point, angle)`, inline and without the products with the last rows:
+// the rotation stays in registers.
+void turn(UMatrix& placed, const UVec3d& axis, const UVec3d& point, double angle) {
+  const auto [x, y, z] = korvo::rotations::rotationMatrix({axis.x, axis.y, axis.z}, angle);
+  const auto times = [&point](const korvo::rotations::Vec3& row) {
+    return row[0] * point.x + row[1] * point.y + row[2] * point.z;
+  };
+  placed.setOrigin(placed * (point - UVec3d(times(x), times(y), times(z))));
+  for (int i = 0; i < 3; ++i) {
+    const double a = placed(i, 0), b = placed(i, 1), c = placed(i, 2);
+    for (int j = 0; j < 3; ++j) placed(i, j) = a * x[j] + b * y[j] + c * z[j];
   }
-  placed.setOrigin(point + rotation * (placed.getOrigin() - point));
 }
 
 }  // namespace
 
 void moveByOwn(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& e,
                UMatrix& placed) {
-  UVec3d dir = e.getElemAxis();
-  placed.applyDir(dir);
   switch (e.getElemType()) {
     case KMachineElem::KMET_TYPE_AROT:
-      return turn(placed, UMatrix::_rotation(dir, axisValue(machine, v, e) * kDegToRad),
-                  placed * e.getElemPivot());
+      return turn(placed, e.getElemAxis(), e.getElemPivot(), axisValue(machine, v, e) * kDegToRad);
     case KMachineElem::KMET_TYPE_ALIN:
-      return slide(placed, dir * axisValue(machine, v, e));
+      return slide(placed, e.getElemAxis() * axisValue(machine, v, e));
     case KMachineElem::KMET_TYPE_DGUN:
-      return slide(placed, dir * e.getTHELength());
+      return slide(placed, e.getElemAxis() * e.getTHELength());
     default:
       return;
   }
 }
 
+// Deliberate: an inverted element moves in its declared sense what hangs on it; only as the target
+// it leaves its own motion out. Tests: KMachineForward.InvertedTargetLeavesOutItsOwnMotion and
+// .InvertedAxisTurnsWhatHangsOnItInItsDeclaredSense.
 UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v, const KMachineElem* e) {
   UMatrix motion;
   if (!e) return motion;

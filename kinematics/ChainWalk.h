@@ -17,6 +17,14 @@ struct MachineView {
   const std::vector<int>& axisValueIndex;
 };
 
+/// The first element in rank order with that index, or null.
+inline const KMachineElem* elementOf(const std::vector<KMachineElem>& elements, int index) {
+  for (const KMachineElem& e : elements) {
+    if (e.getElemIndex() == index) return &e;
+  }
+  return nullptr;
+}
+
 /// The chain of an element, root first, without allocating up to kChainFixed elements.
 ///
 /// Built by following previous-element indices from the element; the first element in rank order

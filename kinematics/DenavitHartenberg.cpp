@@ -55,6 +55,10 @@ Link skewLink(const Line& before, const Frame& own, UVec3d x, const UVec3d& foot
           x, footA};
 }
 
+// Deliberate: the normal stays as it is, also where the other two feet lie the other way, and the
+// offset is taken from the foot on the line before, which tells for lines that are not quite
+// parallel. Tests: DenavitHartenberg.IsTheHandsOwn/NormalOfParallelLinesIsKept and
+// /AlmostParallelToTheWorld.
 Link parallelLink(const Line& before, const Frame& own, const UVec3d& x, const UVec3d& footA,
                   const UVec3d& footB) {
   const double a = (footB.distanceTo(before.point) + footA.distanceTo(own.origin)) / 2;
@@ -64,11 +68,14 @@ Link parallelLink(const Line& before, const Frame& own, const UVec3d& x, const U
 Link coincidentLink(const Line& before, const Frame& own) {
   const double alpha = halfTurnIfOpposed(before.dir, own.z);
   // Deliberate: the height along world Z, also when the own axis points down.
+  // Test: DenavitHartenberg.IsTheHandsOwn/FirstAxisAgainstTheWorld.
   if (before.isWorld) return {alpha, 0, own.origin.z, {1, 0, 0}, {}};
   return {alpha, 0, 0, {}, own.origin};
 }
 
-// False when the lines say nothing (a null direction): then nothing is stored.
+// False when the lines say nothing (a null direction).
+// Deliberate: then nothing is stored, so the frame before gets its origin, and the element its
+// point, at zero. Test: DenavitHartenberg.IsTheHandsOwn/AxisWithoutDirection.
 bool linkOf(const Line& before, const Frame& own, Link& link) {
   UVec3d normal, footA, footB;
   switch (UAlgo::_commonOrtho(before.dir, before.point, own.z, own.origin, normal, footA, footB)) {
@@ -97,6 +104,8 @@ void passOnX(std::vector<Frame>& frames, std::size_t i) {
   }
 }
 
+// Deliberate: a frame's own line passes through its origin as the pass before found it, not through
+// the element's point elsewhere on the line. Test: DenavitHartenberg.IsTheHandsOwn/TableAc.
 void linkFrames(const std::vector<const KMachineElem*>& chain, std::vector<Frame>& frames) {
   UVec3d z = chain.back()->getElemAxis().normalised();
   for (int i = static_cast<int>(chain.size()) - 1; i >= 0; --i) {
@@ -126,6 +135,7 @@ std::vector<DhFrame> dhFrames(const std::vector<const KMachineElem*>& chain) {
   std::vector<DhFrame> result;
   for (std::size_t k = 0; k < frames.size(); ++k) {
     // Deliberate: the first frame's theta is 0 although its X axis may be turned.
+    // Test: DenavitHartenberg.IsTheHandsOwn/TableAc.
     if (k == 0)
       frames[k].h.theta = 0;
     else

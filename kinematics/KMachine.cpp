@@ -32,8 +32,9 @@ KMachineValueBase* KMachine::newMachineValue(const KMachineValueBase& v) const {
 
 namespace {
 
-// Place of an axis number in a position; -1, which positions clamp to their first value, for
-// numbers outside the table.
+// Place of an axis number in a position.
+// Deliberate: -1, which positions clamp to their first value, for numbers that no axis has.
+// Test: Machine.AxisNumbersOfNoAxisMeanTheFirstValue.
 int placeOf(const std::vector<int>& axisValueIndex, int axisNumber) {
   const bool known = axisNumber >= 1 && axisNumber <= static_cast<int>(axisValueIndex.size());
   return known ? axisValueIndex[axisNumber - 1] : -1;
@@ -70,7 +71,7 @@ KMachineValueBase* KMachine::axisValues(const std::vector<double>& d) const {
 // --- dumps
 
 void KMachine::dump(const wchar_t* const label) const {
-  if (!UTools::_isTracing()) return;
+  if (!UTools::_isTracing()) return UTools::_traceTF();  // an open line ends here all the same
   UTools::_trace(L"--- --- zkin::KMachine <%s> %s", dataFilePNE_.c_str(), label);
   for (int r = 0; r < getElemNumber(); ++r) {
     if (r > 0) UTools::_trace(L"    |");
@@ -80,7 +81,6 @@ void KMachine::dump(const wchar_t* const label) const {
 }
 
 void KMachine::dump(const KMachineValueBase& v, bool keepLine) const {
-  if (!UTools::_isTracing()) return;
   UTools::_traceTS(L"%dx_[ ", axisNum_);
   for (int i = 0; i < axisNum_; ++i) {
     const KMachineElem* axis = getAxisElem(i + 1);

@@ -54,9 +54,13 @@ class KORVO_KINEMATICS_API KMachine {
   ///          cannot be read; -1 when memory is out.
   /// @errors  Lines that do not parse are ignored. A rotation-point line with an operand that is no
   ///          number never ends (Deliberate: part of the interface; check files first).
+  ///          A part line whose reversal would lead back to an earlier part for ever is left
+  ///          after two turns of each element; the links may then be a cycle, see above.
   ///          Collision pairs, strategy, mode, current tool, records and legacy offset of a former
   ///          load stay.
-  /// @cost    Linear in the file.
+  /// @cost    Linear in the file, but for look-ups by name and index, each linear in the elements
+  ///          read so far, and for the pairs that its collision lines name: the lengths of both
+  ///          groups multiplied, line by line. Every tool's chain is analysed twice.
   int readDataFile();
 
   // --- KMachine_graph.cpp: accessors, values, lookups, building, chains, tools, collision pairs
@@ -77,8 +81,8 @@ class KORVO_KINEMATICS_API KMachine {
   KMachineValueBase* newMachineValue() const;
   KMachineValueBase* newMachineValue(const KMachineValueBase& v) const;
 
-  /// The value of axis number `axisNumber` (from 1). Numbers outside the table read as entry -1,
-  /// which the position clamps to its first value.
+  /// The value of axis number `axisNumber` (from 1). Deliberate: a number that no axis has means
+  /// the first value (test: Machine.AxisNumbersOfNoAxisMeanTheFirstValue).
   double getAxisVal(const KMachineValueBase& v, int axisNumber) const;
   double& getAxisVal(KMachineValueBase& v, int axisNumber) const;
   void setAxisVal(KMachineValueBase& v, int axisNumber, double x) const;
@@ -132,7 +136,8 @@ class KORVO_KINEMATICS_API KMachine {
   int getTools(std::vector<int>& out) const;  ///< Element indices of tools and guns; their count.
   int getToolNumber() const;                  ///< Number of tools and guns.
   int getToolIndex(int n) const;              ///< -100 - n, of the current tool for n below 1.
-  void setCurrentTool(int n);                 ///< Nothing when there is no such tool.
+  /// Nothing when no element has the index -100 - n.
+  void setCurrentTool(int n);
 
   /// Collision pairs of element indices, kept as (smaller, larger), each once, never (a, a).
   void addElemCollCheck(int a, int b);
@@ -154,8 +159,8 @@ class KORVO_KINEMATICS_API KMachine {
 
   /// Numbers the axes, shifts version-2 limits by the legacy offset, and stores every tool's
   /// record with `initDHm`.
-  /// @return  0; -1 when there is not exactly one frame, one part and at least one tool (the tool
-  ///          records are made all the same).
+  /// @return  0; -1 when there is not exactly one frame, one part and at least one tool: then no
+  ///          axis is counted; tool records are made and axis elements of a run before stay.
   int finalise();
 
   /// Derives the Denavit-Hartenberg parameters of the tool's chain and returns `analysis(tool)`.
@@ -166,14 +171,16 @@ class KORVO_KINEMATICS_API KMachine {
   _sUKine analysis(int tool) const;  ///< Classifies the chain; meaningful after `initDHm(tool)`.
 
   /// Element index of the first rotary axis of the tool's ball joint, or 0.
-  /// @param[out] centre  Deliberate: (0, 0, 0) when found, never the joint's centre; else
-  /// untouched.
+  /// @param[out] centre  (0, 0, 0) when found, else untouched. Deliberate: never the joint's
+  ///                     centre (test: Wrist.IsFoundWhereThreeAxesMeet).
   int hasRotule(zgeo::UVec3d& centre, int tool) const;
 
-  void addKine(int tool, const _sUKine& k);  ///< Deliberate: appends for every tool from 1 up.
+  /// Deliberate: appends for every tool from 1 up. Test: Records.LaterRecordOfAToolWins.
+  void addKine(int tool, const _sUKine& k);
 
   /// The last record stored for the tool, in one record shared by all machines: copy it at once.
   /// Deliberate: a tool without a record gives the record of the last lookup that found one.
+  /// Test: Records.ToolWithoutRecordGivesTheLastOneFound.
   _sUKine& getKine(int tool) const;
 
   const zgeo::UVec3d& getLegacyOffset() const { return legacyOffset_; }
@@ -188,7 +195,8 @@ class KORVO_KINEMATICS_API KMachine {
   /// @source  Product of exponentials, space form (Lynch and Park, Modern Robotics, 2017, ch. 4):
   ///          S1(q1) * ... * Sn(qn), root leftmost; Si turns about or slides along the
   ///          zero-position axis line of the i-th chain element. A drill gun slides by its length.
-  /// @errors  Identity when `e` is null. An axis without a place in the position does not move.
+  /// @errors  Identity when `e` is null. An axis whose number is below 1, or beyond all numbers at
+  ///          `finalise`, does not move; one added later in a gap of them moves by the first value.
   /// @cost    One walk along the chain; no allocation up to 64 elements; no cache.
   zgeo::UMatrix getMatrix(const KMachineValueBase& v, const KMachineElem* e) const;
   zgeo::UMatrix getMatrix(const KMachineValueBase& v, int elemIndex) const;

@@ -40,9 +40,7 @@ bool KMachineElem::operator==(const KMachineElem& o) const {
          sameLimit(hasMax_, max_, o.hasMax_, o.max_) && sameText(geomFile_, o.geomFile_);
 }
 
-bool KMachineElem::isGeomFileReadable() const {
-  return korvo::os::_waccess(geomFile_.c_str(), 4) == 0;
-}
+bool KMachineElem::isGeomFileReadable() const { return korvo::os::openRead(geomFile_) != nullptr; }
 
 void KMachineElem::getGeomRGB(int& r, int& g, int& b) const {
   r = rgb_[0], g = rgb_[1], b = rgb_[2];
@@ -73,30 +71,40 @@ bool KMachineElem::isActive() const {
   return type_ != KMET_TYPE_NONE && type_ != KMET_TYPE_BATI && type_ != KMET_TYPE_GEOM;
 }
 
+namespace {
+
+constexpr const wchar_t* kTypeNames[] = {L"none", L"BATI", L"PART", L"TOOL",
+                                         L"ALin", L"ARot", L"DGun", L"geom"};
+
+}  // namespace
+
+// Deliberate: a gun moves like an axis but never has a value index, so every question about one
+// traces the line.
 bool KMachineElem::isAxis() const {
   const bool axis = type_ == KMET_TYPE_ALIN || type_ == KMET_TYPE_AROT || type_ == KMET_TYPE_DGUN;
-  if (axis && valueIndex_ < 0 && UTools::_isTracing()) {
+  if (axis && valueIndex_ < 0) {
     UTools::_trace(L"*** ERROR ***, elem<%s> said to be <%S> but value index %d", name_.c_str(),
-                   _typeName(type_).c_str(), valueIndex_);
+                   kTypeNames[type_], valueIndex_);
   }
   return axis;
 }
 
 std::wstring KMachineElem::_typeName(KME_TYPE t) {
-  static constexpr const wchar_t* kNames[] = {L"none", L"BATI", L"PART", L"TOOL",
-                                              L"ALin", L"ARot", L"DGun", L"geom"};
   const int i = t;
-  if (i >= 0 && i < static_cast<int>(std::size(kNames))) return kNames[i];
+  if (i >= 0 && i < static_cast<int>(std::size(kTypeNames))) return kTypeNames[i];
   return UTools::_formatted(L"(unknown_%d)", i);
 }
 
 // --- Denavit-Hartenberg and user values
+//
+// Deliberate: drill guns take no part. A gun moves by its length, which no position holds, so there
+// is no user value to convert.
 
 double KMachineElem::getDHmValue(bool current) const {
   const _sUDHm& h = current ? dhmCur_ : dhmRef_;
   if (type_ == KMET_TYPE_AROT) return h.theta;
   if (type_ == KMET_TYPE_ALIN) return h.d;
-  return 0.0;  // Deliberate: drill guns have none either
+  return 0.0;
 }
 
 void KMachineElem::setDHmValue(double v) const {
@@ -195,7 +203,6 @@ void traceBody(const KMachineElem& e) {
 }  // namespace
 
 void KMachineElem::dump(const wchar_t* const prefix) const {
-  if (!UTools::_isTracing()) return;
   UTools::_traceTS(L"%s_", prefix);
   UTools::_traceTS(headOf(type_), name_.c_str(), elemIndex_, prevIndex_);
   UTools::_traceTS(L" <%s>", geomFile_.c_str());

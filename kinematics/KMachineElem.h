@@ -156,14 +156,17 @@ class KORVO_KINEMATICS_API KMachineElem {
   bool isTool() const { return _isTool(type_); }
   bool isActive() const;  ///< Neither unset, frame nor geometry; unknown types are active.
 
-  /// Linear axis, rotary axis or drill gun. Without a value index it traces an error line and is
-  /// still true (so for every gun).
+  /// Linear axis, rotary axis or drill gun.
+  /// Deliberate: without a value index it traces an error line and is still true, so for every gun.
   bool isAxis() const;
 
   static bool _isIndexAxis(int i) { return i >= 1; }
   static bool _isIndexTool(int i) { return -200 <= i && i <= -101; }
   static bool _isIndexGeom(int i) { return i < -200; }
-  static int _getToolIndex(int n) { return -100 - n; }  ///< Tool number to index, not checked.
+  /// Tool number to index, -100 - n, not checked: numbers that leave the range of int wrap around.
+  static int _getToolIndex(int n) {
+    return static_cast<int>(0u - 100u - static_cast<unsigned>(n));  // signed would be undefined
+  }
   static int _getIndexTool(int i) { return _isIndexTool(i) ? -100 - i : 0; }  ///< 0: no tool.
 
   static std::wstring _typeName(KME_TYPE t);  ///< "BATI", "ALin", ...; "(unknown_%d)" for others.
@@ -172,7 +175,7 @@ class KORVO_KINEMATICS_API KMachineElem {
 
   const _sUDHm& getDHmRef() const { return dhmRef_; }  ///< At the zero position.
   const _sUDHm& getDHmCur() const { return dhmCur_; }  ///< At the position set last.
-  void setDHmRef(const _sUDHm& h) const { dhmRef_ = h; }
+  void setDHmRef(const _sUDHm& h) { dhmRef_ = h; }
 
   /// The axis variable: theta (radians) of a rotary axis, d (mm) of a linear one, 0 for others.
   double getDHmValue(bool current) const;
@@ -190,7 +193,7 @@ class KORVO_KINEMATICS_API KMachineElem {
   static zgeo::UMatrix _transitionMatrix(const _sUDHm& h);
 
  private:
-  mutable _sUDHm dhmRef_;
+  _sUDHm dhmRef_;
   mutable _sUDHm dhmCur_;
   KME_TYPE type_ = KMET_TYPE_NONE;
   zgeo::UVec3d axis_;

@@ -46,6 +46,8 @@ int placeIn(const wchar_t* const (&names)[N], const std::wstring& name) {
 }
 
 // Version 2: the name says the axis number.
+// Deliberate: other names give 0, the frame's index, since version 2 knows these six axes only:
+// what follows such an element hangs on the frame. Redundant axes need version 1.
 int indexByName(const std::wstring& name, bool rotary) {
   static constexpr const wchar_t* kLinear[] = {L"X", L"Y", L"Z"};
   static constexpr const wchar_t* kRotary[] = {L"A", L"B", L"C"};
@@ -77,6 +79,7 @@ void readPart(KMachineElem& e, const Tokens& tokens, int version) {
   UVec3d x, y, unused;
   KMachineElem::_readVector(tokens, pos, x);
   KMachineElem::_readVector(tokens, pos, y);
+  // Deliberate: read and replaced, since a version-2 part lies along the machine's axes.
   if (version == 2) x.set(1, 0, 0), y.set(0, 1, 0);
   x.normalise();
   y.normalise();
@@ -115,6 +118,8 @@ void readAxis(KMachineElem& e, const Tokens& tokens, int version) {
   KMachineElem::_readVector(tokens, pos, e.getElemAxis());
   e.getElemAxis().normalise();
   if (e.getElemType() == KMachineElem::KMET_TYPE_AROT) {
+    // Deliberate: lines may hold two integers here that mean nothing to us. Without them the first
+    // numbers of the point are taken for them, so "0,0,100" gives no point.
     skipInt(tokens, pos);
     skipInt(tokens, pos);
     KMachineElem::_readVector(tokens, pos, e.getElemPivot());
@@ -225,6 +230,8 @@ bool KMachineElem::_readGeomFile(const Tokens& tokens, int& pos, std::wstring& f
   if (!hasToken(tokens, pos)) return false;
   file = tokens[pos++];
   if (hasToken(tokens, pos, 3)) {
+    // Deliberate: a component that does not scan leaves its token to the next one, like every
+    // other operand.
     for (int i = 0; i < 3; ++i) _readValue(tokens, pos, rgb[i]);
   } else {
     std::fill_n(rgb, 3, 200);

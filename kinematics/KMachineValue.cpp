@@ -30,6 +30,8 @@ KMachineValueBase* KMachineValueBase::operator-(const KMachineValueBase& v) cons
   return difference;
 }
 
+// Deliberate: written on the virtual operations alone, for any class of position: the size is asked
+// for after every value, and a shorter `v` repeats its last one because access is clamped.
 void KMachineValueBase::operator+=(const KMachineValueBase& v) {
   for (int i = 0; i < size(); ++i) {
     const double added = v[i];
@@ -37,6 +39,7 @@ void KMachineValueBase::operator+=(const KMachineValueBase& v) {
   }
 }
 
+// Deliberate: as `+=`.
 void KMachineValueBase::operator-=(const KMachineValueBase& v) {
   for (int i = 0; i < size(); ++i) {
     const double taken = v[i];
@@ -102,7 +105,6 @@ KMachineValueBase* copyOfNothing() {
 }
 
 void dumpValues(const double* values, int n, const wchar_t* name, bool keepLine) {
-  if (!UTools::_isTracing()) return;
   UTools::_traceTS(L"KMV<%d> (%s) [ ", n, name);
   for (int i = 0; i < n; ++i) {
     if (i > 0) UTools::_traceTS(L" | ");

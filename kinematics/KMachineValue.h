@@ -10,7 +10,10 @@ namespace zkin {
 /// A machine position: one double per axis, mm for linear axes and degrees for rotary ones, in
 /// value order. The dimension (1 to 12) is fixed at creation.
 ///
-/// The order of the virtual operations is part of the binary interface; add none in between.
+/// The order of the virtual operations is part of the binary interface; add none in between. Their
+/// places in the virtual table are those of the Itanium C++ ABI, which follows the declarations;
+/// compilers that group overloads (the Microsoft C++ ABI) order them otherwise, and nothing is
+/// promised there.
 /// Indices are clamped to the dimension, never rejected. Nothing here throws.
 ///
 /// Deliberate: the destructor is not virtual. A position created by the library is released with

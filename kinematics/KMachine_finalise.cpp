@@ -16,6 +16,7 @@ using zgeo::UVec3d;
 namespace zkin {
 
 // Deliberate: one record for the process, overwritten by every lookup that finds one.
+// Test: Records.ToolWithoutRecordGivesTheLastOneFound.
 KMachine::_sUKine KMachine::_NOKine = {-1, -1, 0, 0, 0};
 
 namespace {
@@ -28,7 +29,7 @@ std::ptrdiff_t countOf(const std::vector<KMachineElem>& elements, Type type) {
 }
 
 void traceElements(const std::vector<KMachineElem>& elements) {
-  if (!UTools::_isTracing()) return;
+  if (!UTools::_isTracing()) return elements.empty() ? void() : UTools::_traceTF();
   for (std::size_t k = 0; k < elements.size(); ++k) {
     elements[k].dump(UTools::_formatted(L"e[%d]", static_cast<int>(k)).c_str());
   }
@@ -53,13 +54,17 @@ const KMachineElem* before(const std::vector<KMachineElem>& elements, const KMac
 bool isRotary(const KMachineElem& e) { return e.getElemType() == KMachineElem::KMET_TYPE_AROT; }
 
 // The tool point's offset from the head's rotary axes, less the part side's rotary points.
+// Deliberate: the last point of the head, not a sum (test:
+// LegacyOffset.RotaryAxisBehindAToolIsTheFirstSumNotASum); the first other element is passed over,
+// be it what it may (LegacyOffset.OfAGunIsZeroAndItsCarrierIsNotPassedOver); and the walk ends at
+// the root, beyond the frame (LegacyOffset.WalksBeyondTheFrameAndPassesOneElementOver).
 UVec3d legacyOffsetOf(const std::vector<KMachineElem>& elements, const KMachineElem* e) {
   UVec3d offset;
   for (; e && (e->getElemType() == KMachineElem::KMET_TYPE_TOOL || isRotary(*e));
        e = before(elements, e)) {
-    offset = e->getElemPivot();  // Deliberate: the last one's point, not a sum
+    offset = e->getElemPivot();
   }
-  if (e) e = before(elements, e);  // the first other element is passed over
+  if (e) e = before(elements, e);
   for (; e; e = before(elements, e)) {
     if (isRotary(*e) || e->getElemType() == KMachineElem::KMET_TYPE_PART) {
       offset -= e->getElemPivot();
@@ -76,6 +81,10 @@ void shiftLimits(KMachineElem* axis, double by) {
 
 }  // namespace
 
+// Deliberate: of an incomplete machine the tools are set up all the same (test:
+// Finalise.IncompleteMachineStillGetsToolRecords), and the axis table of a run before stays
+// (AxisTable.StaysAfterAnIncompleteFinaliseThoughNoAxisIsCounted). A position is made only for what
+// it traces when there is none of this size (Finalise.EmptyMachineIsIncomplete).
 int KMachine::finalise() try {
   traceElements(elements_);
   axisNum_ = 0;
@@ -85,7 +94,7 @@ int KMachine::finalise() try {
     numberAxes();
     applyLegacyOffset();
   }
-  KMachineValueBase* probe = newMachineValue();  // says so when positions cannot have this size
+  KMachineValueBase* probe = newMachineValue();
   KMachineValueBase::_release(probe);
   initTools();
   return complete ? 0 : -1;
@@ -116,6 +125,9 @@ void KMachine::numberAxes() {
   }
 }
 
+// Deliberate: needs a current tool, which no first load has (test:
+// LegacyOffset.NeedsACurrentToolWhichNoFirstLoadHas); and a direct finalise shifts the limits
+// again, by the frame origins (LegacyOffset.DirectFinaliseShiftsAgainByTheMovedPoints).
 void KMachine::applyLegacyOffset() {
   const KMachineElem* tool = getElemByIndex(KMachineElem::_getToolIndex(currentTool_));
   if (version_ != 2 || !tool || !getElemByIndex(KMachineElem::KMET_PART)) return;
@@ -126,12 +138,16 @@ void KMachine::applyLegacyOffset() {
 }
 
 // Deliberate: as many tools as there are TOOL elements, guns not counted although they are
-// numbered with them; and every run adds records.
+// numbered with them (test: Records.FinaliseCoversAsManyNumbersAsThereAreTools); and every run
+// adds records, by the rule of addKine (Records.FinaliseMayReplaceTheSharedRecordInsteadOfStoring).
 void KMachine::initTools() {
   const auto tools = countOf(elements_, KMachineElem::KMET_TYPE_TOOL);
   for (int t = 1; t <= tools; ++t) addKine(t, initDHm(t));
 }
 
+// Deliberate: elements that several tools share keep the record of the last one set up (test:
+// LoadingTest.LastToolOwnsTheSharedElements), and the point of a gun that carries another tool
+// moves along its axis (LoadingTest.GunInAToolsChainMovesAlongItsLine).
 KMachine::_sUKine KMachine::initDHm(int tool) {
   const Chain chain = getToolChain(true, tool);
   const std::vector<DhFrame> frames = dhFrames(chain);
@@ -151,14 +167,16 @@ KMachine::_sUKine KMachine::analysis(int tool) const {
 }
 
 int KMachine::hasRotule(UVec3d& centre, int tool) const {
-  const int index = ballJointOf(getToolChain(true, tool));
-  if (index != 0) centre.set(0, 0, 0);  // Deliberate: never the joint's centre
-  return index;
+  const KMachineElem* first = ballJointOf(getToolChain(true, tool));
+  // Deliberate: never the joint's centre. Test: Wrist.IsFoundWhereThreeAxesMeet.
+  if (first) centre.set(0, 0, 0);
+  return first ? first->getElemIndex() : 0;
 }
 
 void KMachine::addKine(int tool, const _sUKine& k) {
   _sUKine& found = getKine(tool);
   // Deliberate: compares an element index with a tool number, so records of tools are appended.
+  // Tests: Records.LaterRecordOfAToolWins and .StoringUnderAnIndexReachesOnlyTheSharedRecord.
   if (std::atomic_ref<int>(found.toolIndex).load(std::memory_order_relaxed) == tool) {
     store(found, k);
   } else {

@@ -33,6 +33,8 @@ UMatrix KMachine::getMatrix_H2T(const KMachineValueBase& v) const {
   return motion;
 }
 
+// Deliberate: a gun slides forward by its length, which is part of its motion, and the tip lies the
+// length back from there. Test: KMachineForward.TipFrameOfAGunCountsItsLengthTwice.
 UMatrix KMachine::getMatrix_TP2U(const KMachineValueBase& v) const {
   const KMachineElem* tool = toolElem(currentTool_);
   const UMatrix motion = getMatrix(v, tool);
@@ -93,7 +95,8 @@ bool KMachine::setTHELength(double length, int tool) const {
   return e != nullptr;
 }
 
-// Hooked elements of the chain are stored for the host; nothing here depends on them.
+// Deliberate: elements hooked to one of the chain are stored for the host and get nothing.
+// Test: KMachineForward.HookedElementsGetNothingFromUpdateDHm.
 void KMachine::updateDHm(const KMachineValueBase& v, int tool) const {
   const MachineView machine{elements_, axisValueIndex_};
   const KMachineElem* e = toolElem(tool);

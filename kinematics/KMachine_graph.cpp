@@ -24,10 +24,7 @@ KMachineElem* KMachine::getElemByRank(int rank) {
 
 const KMachineElem* KMachine::_getElemByIndex(const std::vector<KMachineElem>& elements,
                                               int index) {
-  for (const KMachineElem& e : elements) {
-    if (e.getElemIndex() == index) return &e;
-  }
-  return nullptr;
+  return elementOf(elements, index);
 }
 
 const KMachineElem* KMachine::getElemByIndex(int index) const {
@@ -171,6 +168,8 @@ int KMachine::getToolIndex(int n) const {
   return KMachineElem::_getToolIndex(n > 0 ? n : currentTool_);
 }
 
+// Deliberate: any number whose index an element has, so -100 makes the frame the current tool.
+// Test: Machine.AnyElementWithAToolsIndexCanBeCurrent.
 void KMachine::setCurrentTool(int n) {
   if (getElemByIndex(KMachineElem::_getToolIndex(n))) currentTool_ = n;
 }

@@ -25,13 +25,16 @@ int KMachine::readDataFile() try {
   if (version_ == 0) return -1;
   const korvo::os::File file = korvo::os::openRead(dataFilePNE_);
   if (!file) return -1;
-  Definition read = readDefinition(file.get(), {version_, axisNum_, folderOf(dataFilePNE_)});
+  // Deliberate: the axis number is that of the load before, pairs of loads before stay, and so do
+  // strategy and mode that the file does not name: only elements and rotation points start anew.
+  Definition read =
+      readDefinition(file.get(), {version_, axisNum_, folderOf(dataFilePNE_), collCheck_});
   axisElems_.clear();  // ranks of the elements replaced now
   elements_ = std::move(read.elements);
   rotationPoints_ = std::move(read.rotationPoints);
   if (read.strategy) strategy_ = *read.strategy;
   if (read.modeRTCP) modeRTCP_ = *read.modeRTCP;
-  for (const auto& pair : read.collisions) addElemCollCheck(pair);
+  collCheck_ = std::move(read.collisions);
   const int result = finalise();
   // Deliberate: a second record per tool, after finalise made the first; guns are included here.
   for (int t = 1; t <= read.tools; ++t) addKine(t, initDHm(t));

@@ -11,6 +11,9 @@ enum LoadReason : unsigned long {
 };
 
 /// Traces the one line of a load reason; nothing for other numbers.
+/// @owner  The sink is called when the library is unloaded, too: at the end of the program after
+///         `main` and after static objects of the host are gone. A host unsets its sink before that
+///         or keeps it alive to the end.
 void traceLoadReason(unsigned long reason);
 
 }  // namespace zkin

@@ -1,6 +1,7 @@
 #include "kinematics/read/DefinitionReader.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "kinematics/KMachine.h"
 #include "kinematics/tolerances.h"
@@ -21,7 +22,9 @@ using Tokens = std::vector<std::wstring>;
 constexpr const wchar_t* kFolderWord = L"$ZRN_MACHINE_DEF";
 
 std::wstring withoutAxePrefix(const std::wstring& name) {
-  return UTools::_removeFrom(name, L"AXE_");  // Deliberate: in this case only, first place only
+  // Deliberate: once and in upper case only: it is a way of writing, not a part of the name, and
+  // what looks elements up by name removes another.
+  return UTools::_removeFrom(name, L"AXE_");
 }
 
 std::wstring replacedAll(std::wstring text, const std::wstring& what, const std::wstring& by) {
@@ -32,17 +35,19 @@ std::wstring replacedAll(std::wstring text, const std::wstring& what, const std:
   return text;
 }
 
-bool isReadable(const std::wstring& path) { return korvo::os::_waccess(path.c_str(), 4) == 0; }
+// The whole text, which `_waccess` would take up to a NUL only.
+bool isReadable(const std::wstring& path) { return korvo::os::openRead(path) != nullptr; }
 
 // The state of one reading: the definition so far and where the next element hangs.
 class DefinitionReader {
  public:
-  explicit DefinitionReader(const ReadContext& context) : context_(context) {
+  explicit DefinitionReader(const ReadContext& context)
+      : context_(context), collisions_(context.collisions) {
     definition_.elements.reserve(9);
   }
 
   void readLine(const std::wstring& line);
-  Definition take() { return std::move(definition_); }
+  Definition take();
 
  private:
   void readLink(const std::wstring& operand);
@@ -64,10 +69,16 @@ class DefinitionReader {
 
   const ReadContext& context_;
   Definition definition_;
+  CollisionPairs collisions_;
   int link_ = KMachineElem::KMET_NONE;  // the next element hangs on the element of this index
   int stop_ = KMachineElem::KMET_NONE;  // a part reverses the chain behind it up to this one
   int geometries_ = 0;
 };
+
+Definition DefinitionReader::take() {
+  definition_.collisions = collisions_.take();
+  return std::move(definition_);
+}
 
 // --- keywords
 
@@ -121,6 +132,8 @@ KMachineElem* DefinitionReader::elementOf(int index) {
   return const_cast<KMachineElem*>(KMachine::_getElemByIndex(definition_.elements, index));
 }
 
+// Deliberate: the whole operand part is the name, commas included. A name that is not found keeps
+// the link but forgets the stop: a part that follows turns the chain around up to its root.
 void DefinitionReader::readLink(const std::wstring& operand) {
   const std::wstring name = withoutAxePrefix(operand);
   const KMachineElem* e =
@@ -173,10 +186,17 @@ void DefinitionReader::number(KMachineElem& e) {
 }
 
 // The part becomes the root: the elements from the link to the stop hang on their successors and
-// run on the part's side. Turning links around ends on any chain, a ring included.
+// run on the part's side.
+//
+// Deliberate: the walk knows no types. It turns an earlier part, a tool or the frame like an axis,
+// since "lien" lines alone say where the chain behind a part begins. Where links form a ring it
+// comes back the way it went in, so a walk that ends turns no element more than twice. One that
+// leads back to an earlier part, which has the index of the part now read, would never end: it is
+// left there.
 void DefinitionReader::reverseBehindPart() {
   int partSide = KMachineElem::KMET_PART;
-  for (KMachineElem* e = elementOf(link_); e;) {
+  std::size_t turns = 2 * definition_.elements.size();
+  for (KMachineElem* e = elementOf(link_); e && turns > 0; --turns) {
     const int before = e->getPrevIndex();
     e->invert();
     e->setPrevIndex(partSide);
@@ -187,6 +207,8 @@ void DefinitionReader::reverseBehindPart() {
 
 // --- limits
 
+// Deliberate: not the look-up of links and hooks: the name is not put in upper case, so "axe_x"
+// keeps its prefix in every version. Any element may be named, for the name alone decides.
 KMachineElem* DefinitionReader::limitedAxis(const Tokens& operands) {
   const std::wstring name = operands.empty() ? std::wstring() : withoutAxePrefix(operands[0]);
   for (KMachineElem& e : definition_.elements) {
@@ -230,6 +252,8 @@ void DefinitionReader::readLimits(const Tokens& operands) {
 
 void DefinitionReader::readRotationPoint(const Tokens& operands) {
   const int count = static_cast<int>(operands.size());
+  // Deliberate: counted against the axes of the load before, for those of this one get their
+  // numbers only when the whole file is read.
   if (count <= context_.axisNum) return;
   KMachineValue<12> point;
   // Deliberate: an operand that does not scan is tried again for ever.
@@ -257,16 +281,18 @@ std::vector<int> DefinitionReader::collisionGroup(const std::wstring& word) cons
   return tools;
 }
 
+// A partner that is named again can only repeat pairs: each is taken once, where it comes first.
 void DefinitionReader::readCollisions(const Tokens& operands) {
   if (operands.size() < 2) return;
-  const std::vector<int> group1 = collisionGroup(operands[0]);
-  std::vector<int> group2;
+  std::vector<int> partners;
+  std::unordered_set<int> taken;
   for (std::size_t i = 1; i < operands.size(); ++i) {
-    const std::vector<int> more = collisionGroup(operands[i]);
-    group2.insert(group2.end(), more.begin(), more.end());
+    for (const int b : collisionGroup(operands[i])) {
+      if (taken.insert(b).second) partners.push_back(b);
+    }
   }
-  for (const int a : group1) {
-    for (const int b : group2) definition_.collisions.emplace_back(a, b);
+  for (const int a : collisionGroup(operands[0])) {
+    for (const int b : partners) collisions_.add(a, b);
   }
 }
 
@@ -281,11 +307,6 @@ Definition readDefinition(std::FILE* file, const ReadContext& context) {
     if (!clean.empty()) reader.readLine(clean);
   }
   return reader.take();
-}
-
-std::wstring folderOf(const std::wstring& path) {
-  const std::size_t end = path.find_last_of(L"\\/");
-  return end == std::wstring::npos ? L"." : path.substr(0, end);
 }
 
 }  // namespace zkin

@@ -8,6 +8,7 @@
 
 #include "kinematics/KMachineElem.h"
 #include "kinematics/KMachineValue.h"
+#include "kinematics/read/CollisionPairs.h"
 
 namespace zkin {
 
@@ -15,10 +16,10 @@ namespace zkin {
 struct Definition {
   std::vector<KMachineElem> elements;  ///< Linked, tools and geometry elements numbered.
   std::vector<KMachineValue<12>> rotationPoints;
-  std::vector<std::pair<int, int>> collisions;  ///< In file order, as written.
-  std::optional<int> strategy;                  ///< The last one given.
-  std::optional<int> modeRTCP;                  ///< The last one given.
-  int tools = 0;                                ///< Tools and guns.
+  IndexPairs collisions;        ///< Those given, then those of the file.
+  std::optional<int> strategy;  ///< The last one given.
+  std::optional<int> modeRTCP;  ///< The last one given.
+  int tools = 0;                ///< Tools and guns.
 };
 
 /// What the reader must know beside the file.
@@ -26,16 +27,26 @@ struct ReadContext {
   int version = 0;
   int axisNum = 0;      ///< Of the machine before this load: the shortest rotation point counts it.
   std::wstring folder;  ///< Of the definition file, for "$ZRN_MACHINE_DEF".
+  IndexPairs collisions;  ///< Of the machine before this load: they stay, and count as present.
 };
 
 /// Reads a machine definition file: clean lines, keyword by keyword, in file order.
 ///
 /// @errors  Lines that say nothing known are ignored. A rotation-point line with an operand that is
-///          no number never ends. std::bad_alloc when memory is out.
-/// @cost    Linear in the file, but for look-ups by name and index among the elements read.
+///          no number never ends. A part line whose reversal would lead back to an earlier part for
+///          ever is left after two turns of each element. std::bad_alloc when memory is out.
+/// @cost    Linear in the file, but for look-ups by name and index, each linear in the elements
+///          read so far: one for every link, hook, limit and collision operand, up to two for each
+///          element before a part. A collision line visits every pair of a first-group index and a
+///          distinct second-group one: up to (tools x elements), at one hash look-up each.
+///          Memory holds distinct pairs only.
 Definition readDefinition(std::FILE* file, const ReadContext& context);
 
-/// The folder of a path: up to its last "\" or "/", "." when it has none.
-std::wstring folderOf(const std::wstring& path);
+/// The folder of a path: what stands before its last "\" or "/" (nothing in a root folder), "."
+/// when it has none.
+inline std::wstring folderOf(const std::wstring& path) {
+  const std::size_t end = path.find_last_of(L"\\/");
+  return end == std::wstring::npos ? L"." : path.substr(0, end);
+}
 
 }  // namespace zkin

@@ -6,12 +6,13 @@
 #include <string>
 
 /// What the library asks of the operating system: wide-named files, and names compared ignoring
-/// case. On POSIX a wide name is taken as UTF-8; when no such file is there and every character
-/// fits one byte, as those bytes (so a name copied byte by byte from a file still opens).
+/// case. On POSIX a wide path is taken as UTF-8; when nothing is there and every character fits one
+/// byte, as those bytes (so a name copied byte by byte from a file still opens).
 ///
 /// Paths written on Windows work on POSIX: a path that does not exist as written is tried with "\"
-/// as "/", then with each of its names matched ignoring case when exactly one entry fits. A name
-/// that is there as written is taken before those that differ in case.
+/// as "/", then name by name: each as UTF-8, as bytes, and then ignoring case when exactly one
+/// entry fits. So one path may mix both readings. A name that is there as written is taken before
+/// those that differ in case.
 namespace korvo::os {
 
 /// 0 when `path` names a regular file that opens for reading (mode 4); -1 otherwise.

@@ -21,8 +21,10 @@ struct CloseFolder {
 };
 using Folder = std::unique_ptr<DIR, CloseFolder>;
 
-/// The bytes that a wide path may stand for, the likelier first.
+/// The bytes that a wide name or path may stand for, the likelier first.
 using Readings = std::array<std::optional<std::string>, 2>;
+
+Readings readingsOf(std::wstring_view text) { return {utf8Of(text), bytesOf(text)}; }
 
 bool exists(const std::string& path) {
   struct stat status;
@@ -34,8 +36,8 @@ bool isRegular(const std::string& path) {
   return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-std::string withSlashes(std::string path) {
-  std::ranges::replace(path, '\\', '/');
+std::wstring withSlashes(std::wstring path) {
+  std::ranges::replace(path, L'\\', L'/');
   return path;
 }
 
@@ -54,40 +56,43 @@ std::optional<std::string> onlyFit(const std::string& folder, std::string_view n
 
 /// Path `folder` (empty, or ended by a slash) and `name`, as written or else as the folder spells
 /// it; nothing when there is no such entry.
-std::optional<std::string> spelled(const std::string& folder, std::string_view name) {
-  std::string asWritten = folder + std::string(name);
-  if (exists(asWritten)) return asWritten;
-  const std::optional<std::string> fit = onlyFit(folder, name);
-  if (!fit) return std::nullopt;
-  return folder + *fit;
+std::optional<std::string> spelled(const std::string& folder, std::wstring_view name) {
+  const Readings readings = readingsOf(name);
+  for (const std::optional<std::string>& reading : readings) {
+    if (reading && exists(folder + *reading)) return folder + *reading;
+  }
+  for (const std::optional<std::string>& reading : readings) {
+    const std::optional<std::string> fit = reading ? onlyFit(folder, *reading) : std::nullopt;
+    if (fit) return folder + *fit;
+  }
+  return std::nullopt;
 }
 
-/// The path with each name as its folder spells it; nothing when a name is not there.
-std::optional<std::string> asFoldersSpell(std::string_view path) {
+/// The path with each name as its folder spells it; nothing when a name is not there. Each name has
+/// a reading of its own: a folder that a program gave in characters may hold a file whose name was
+/// copied byte by byte from a definition file.
+std::optional<std::string> asFoldersSpell(std::wstring_view path) {
   std::string found;
   while (!path.empty()) {
-    const std::size_t length = std::min(path.find('/'), path.size());
+    const std::size_t length = std::min(path.find(L'/'), path.size());
     if (length > 0) {
       std::optional<std::string> longer = spelled(found, path.substr(0, length));
       if (!longer) return std::nullopt;
       found = *std::move(longer);
     }
     path.remove_prefix(length);
-    const std::size_t slashes = std::min(path.find_first_not_of('/'), path.size());
-    found.append(path.substr(0, slashes));
+    const std::size_t slashes = std::min(path.find_first_not_of(L'/'), path.size());
+    found.append(slashes, '/');
     path.remove_prefix(slashes);
   }
   if (!exists(found)) return std::nullopt;
   return found;
 }
 
-/// The first reading that names something: as it stands, or as `change` gives it.
-template <class Change>
-std::optional<std::string> firstThere(const Readings& readings, const Change& change) {
-  for (const std::optional<std::string>& reading : readings) {
-    if (!reading) continue;
-    const std::optional<std::string> path = change(*reading);
-    if (path && exists(*path)) return path;
+/// The first reading of a whole path that names something.
+std::optional<std::string> firstThere(const std::wstring& path) {
+  for (std::optional<std::string>& reading : readingsOf(path)) {
+    if (reading && exists(*reading)) return std::move(reading);
   }
   return std::nullopt;
 }
@@ -95,13 +100,11 @@ std::optional<std::string> firstThere(const Readings& readings, const Change& ch
 /// The narrow path of what a wide one names, of whatever kind. A path as written comes before all
 /// others, so a name that a folder can hold always finds itself.
 std::optional<std::string> find(const std::wstring& path) {
-  using Path = std::optional<std::string>;
   if (path.size() >= PATH_MAX) return std::nullopt;  // no need to try every name of it
-  const Readings readings{utf8Of(path), bytesOf(path)};
-  if (Path found = firstThere(readings, [](const std::string& p) { return Path(p); })) return found;
-  if (Path found = firstThere(readings, [](const std::string& p) { return Path(withSlashes(p)); }))
-    return found;
-  return firstThere(readings, [](const std::string& p) { return asFoldersSpell(withSlashes(p)); });
+  if (auto found = firstThere(path)) return found;
+  const std::wstring slashed = withSlashes(path);
+  if (auto found = firstThere(slashed)) return found;
+  return asFoldersSpell(slashed);
 }
 
 bool isRegular(int descriptor) {

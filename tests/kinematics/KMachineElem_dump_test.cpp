@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <limits>
 #include <string>
 
+#include "kinematics/KMachine.h"
 #include "kinematics/KMachineElem.h"
 #include "tests/support/TraceCapture.h"
 
@@ -14,6 +16,9 @@ using zkin::KMachineElem;
 namespace {
 
 using E = KMachineElem;
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 /// An element with all that a dump can show.
 KMachineElem elemOf(int type) {
@@ -107,6 +112,11 @@ INSTANTIATE_TEST_SUITE_P(
                 [](E& e) { e.setHook(-101, {0, 0, 1}); }},
         DumpRow{"PointWithoutHook", 1, L"pre_BATI,     N (i:   3, p:  -1) <n.stl>",
                 [](E& e) { e.setHook(-10, {1, 2, 3}); }},
+        DumpRow{"NotANumber", 4,
+                L"pre_LIN,      N (i:   3, p:  -1) <n.stl>"
+                L"  dir: (    nan ;     inf ;    -inf) "
+                L"  min:     nan SET ; max: 12345.68 unset",
+                [](E& e) { e.setElemAxis({kNan, kInf, -kInf}), e.setMin(kNan, true); }},
         DumpRow{"WideText", 1, L"pre_BATI, B\u00e2ti\u20ac (i:   3, p:  -1) <%s.stl>",
                 [](E& e) { e.setElemName(L"B\u00e2ti\u20ac"), e.setGeomFile(L"%s.stl"); }}),
     [](const auto& row) { return std::string(row.param.name); });
@@ -126,6 +136,36 @@ TEST_P(KMachineElemDump, EndsItsLine) {
   EXPECT_EQ(trace.lines()[0].substr(0, 2), L"a_");
   EXPECT_EQ(trace.lines()[1].substr(0, 1), L"_");
   trace.claimAll();
+}
+
+/// What is left of a line that is opened with a sink, while `trace` does without one what traces.
+template <class Trace>
+std::vector<std::wstring> linesAfter(const Trace& doTrace) {
+  {
+    korvo::test::TraceCapture trace;
+    zgeo::UTools::_traceTS(L"open ");
+  }
+  doTrace();
+  korvo::test::TraceCapture trace;
+  zgeo::UTools::_trace(L"next");
+  std::vector<std::wstring> lines = trace.lines();
+  trace.claimAll();
+  return lines;
+}
+
+TEST(KMachineWithoutSink, DumpsEndALineThatWasOpenBefore) {
+  const zkin::KMachine machine;
+  const zkin::KMachineValue<1> value;
+  EXPECT_THAT(linesAfter([&] { machine.dump(L"label"); }), ElementsAre(L"next"));
+  EXPECT_THAT(linesAfter([&] { machine.dump(value, false); }), ElementsAre(L"next"));
+  EXPECT_THAT(linesAfter([&] { machine.dump(value, true); }), ElementsAre(L"open next"));
+}
+
+TEST(KMachineElemWithoutSink, TracesEndALineThatWasOpenBefore) {
+  EXPECT_THAT(linesAfter([] {}), ElementsAre(L"open next"));
+  EXPECT_THAT(linesAfter([] { elemOf(5).dump(L"pre"); }), ElementsAre(L"next"));
+  EXPECT_THAT(linesAfter([] { elemOf(6).isAxis(); }), ElementsAre(L"next"));
+  EXPECT_THAT(linesAfter([] { elemOf(3).isAxis(); }), ElementsAre(L"open next"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <string>
@@ -355,6 +356,10 @@ TEST(KMachineElemToolIndex, CountsDownFromMinusHundredUnchecked) {
   EXPECT_EQ(KMachineElem::_getToolIndex(0), -100);
   EXPECT_EQ(KMachineElem::_getToolIndex(101), -201);
   EXPECT_EQ(KMachineElem::_getToolIndex(-5), -95);
+  constexpr std::int64_t kTurn = std::int64_t{1} << 32;  // past the range of int it wraps around
+  constexpr int kMost = std::numeric_limits<int>::max(), kLeast = std::numeric_limits<int>::min();
+  EXPECT_EQ(KMachineElem::_getToolIndex(kMost), -100 - std::int64_t{kMost} + kTurn);
+  EXPECT_EQ(KMachineElem::_getToolIndex(kLeast), -100 - std::int64_t{kLeast});
 }
 
 TEST(KMachineElemToolIndex, ComesBackForEveryToolNumber) {

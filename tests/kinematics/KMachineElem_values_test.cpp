@@ -85,8 +85,14 @@ TEST(KMachineElemVariable, WholeRecordReplacesTheCurrentOne) {
   }
 }
 
+/// Only the current parameters change through const operations.
+template <class Elem>
+concept SetsReference = requires(Elem& e) { e.setDHmRef(DHm{}); };
+static_assert(SetsReference<KMachineElem>);
+static_assert(!SetsReference<const KMachineElem>);
+
 TEST(KMachineElemUserValue, OfARotaryAxisIsDegreesFromTheReference) {
-  const KMachineElem e = elemOf(5);
+  KMachineElem e = elemOf(5);
   e.setDHmRef({0, 0, 0.5, 0});
   e.setDHmValue(0.5 + kPi / 2);
   EXPECT_DOUBLE_EQ(e.getUMVValue(e.getDHmValue(true)), 90.0);
@@ -111,7 +117,7 @@ TEST(KMachineElemUserValue, OfARecordTakesTheVariableOfTheType) {
 }
 
 TEST(KMachineElemUserValue, OfALinearAxisIsMillimetresFromTheReference) {
-  const KMachineElem e = elemOf(4);
+  KMachineElem e = elemOf(4);
   e.setDHmRef({0, 0, 0, 100});
   EXPECT_EQ(e.getUMVValue(250.0), 150.0);
   e.setUMVValue(-30.0);
@@ -119,7 +125,7 @@ TEST(KMachineElemUserValue, OfALinearAxisIsMillimetresFromTheReference) {
 }
 
 TEST(KMachineElemUserValue, AnglesAreNotWrapped) {
-  const KMachineElem e = elemOf(5);
+  KMachineElem e = elemOf(5);
   e.setDHmRef({0, 0, 0, 0});
   EXPECT_DOUBLE_EQ(e.getUMVValue(4 * kPi), 720.0);
   EXPECT_DOUBLE_EQ(e.getUMVValue(-3 * kPi), -540.0);
@@ -128,7 +134,7 @@ TEST(KMachineElemUserValue, AnglesAreNotWrapped) {
 }
 
 RC_GTEST_PROP(KMachineElemUserValue, ComesBackAfterSetting, ()) {
-  const KMachineElem e = elemOf(*rc::gen::element(4, 5));
+  KMachineElem e = elemOf(*rc::gen::element(4, 5));
   const double reference = *rc::gen::inRange(-1000, 1000) / 100.0;
   const double user = *rc::gen::inRange(-100000, 100000) / 100.0;
   e.setDHmRef({0, 0, reference, reference});

@@ -21,6 +21,7 @@ using zkin::KMachineValueBase;
 namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 struct DumpRow {
   const char* name;
@@ -48,6 +49,7 @@ INSTANTIATE_TEST_SUITE_P(
             "ThreeDecimals", L"p", {0.0625, -0.9996}, L"KMV<2> (p) [     +0.062 |     -1.000 ]"},
         DumpRow{"WiderThanTen", L"p", {-1234567.25}, L"KMV<1> (p) [ -1234567.250 ]"},
         DumpRow{"Infinity", L"p", {kInf, -kInf}, L"KMV<2> (p) [       +inf |       -inf ]"},
+        DumpRow{"NotANumber", L"p", {kNan, 1}, L"KMV<2> (p) [       +nan |     +1.000 ]"},
         DumpRow{"EmptyName", L"", {0}, L"KMV<1> () [     +0.000 ]"},
         DumpRow{
             "WideName", L"d\u00e9part \u20ac", {0}, L"KMV<1> (d\u00e9part \u20ac) [     +0.000 ]"},
@@ -80,6 +82,28 @@ TEST_F(KMachineValueTrace, OperationsWriteNothing) {
   EXPECT_FALSE(value == std::as_const(other));
   value.reset();
   EXPECT_TRUE(trace.lines().empty());
+}
+
+TEST(KMachineValueWithoutSink, DumpEndsALineThatWasOpenBefore) {
+  {
+    korvo::test::TraceCapture trace;
+    valueOf({1}).dump(L"open", true);
+  }
+  valueOf({2}).dump(L"end", false);
+  korvo::test::TraceCapture trace;
+  UTools::_trace(L"next");
+  EXPECT_TRUE(trace.claim(L"next"));
+}
+
+TEST(KMachineValueWithoutSink, KeptDumpLeavesALineOpen) {
+  {
+    korvo::test::TraceCapture trace;
+    valueOf({1}).dump(L"open", true);
+  }
+  valueOf({2}).dump(L"unheard", true);
+  korvo::test::TraceCapture trace;
+  UTools::_trace(L" next");
+  EXPECT_TRUE(trace.claim(L"KMV<1> (open) [     +1.000 ] next"));
 }
 
 TEST(KMachineValueWithoutSink, DumpDoesNothing) {

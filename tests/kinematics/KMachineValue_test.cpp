@@ -118,6 +118,13 @@ static_assert(std::is_same_v<
               decltype(std::declval<KMachineValue<3>&>() = std::declval<const KMachineValue<3>&>()),
               KMachineValue<3>&>);
 
+/// Only machines make positions: the factory is no public operation.
+template <class T>
+concept MakesPositions = requires { T::_newMachineValue(1); };
+static_assert(!MakesPositions<KMachineValueBase>);
+static_assert(!MakesPositions<KMachineValue<3>>);
+static_assert(MakesPositions<korvo::test::Access>);  // which makes it public
+
 class EveryDimension : public testing::TestWithParam<int> {};
 INSTANTIATE_TEST_SUITE_P(KMachineValue, EveryDimension, testing::Range(1, 13), dimensionName);
 
@@ -150,6 +157,14 @@ TEST_P(EveryDimension, CopyGivesOnlyAPointerSizedBlockThatIsNoObject) {
   EXPECT_EQ(lastNothrowSize, sizeof(void*));
   EXPECT_NE(*reinterpret_cast<void**>(block), *reinterpret_cast<void**>(position.get()));
   ::operator delete(static_cast<void*>(block));
+}
+
+TEST_P(EveryDimension, BlockOfCopyIsReleasedAsPositionsAre) {
+  const Position position = newPosition(GetParam());
+  KMachineValueBase* block = position->copy();
+  ASSERT_NE(block, nullptr);
+  KMachineValueBase::_release(block);
+  EXPECT_EQ(block, nullptr);
 }
 
 TEST_P(EveryDimension, CopyGivesNullWhenMemoryIsOut) {

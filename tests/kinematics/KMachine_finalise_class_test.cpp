@@ -2,6 +2,7 @@
 
 #include "tests/support/LoadText.h"
 
+#include <cstddef>
 #include <optional>
 
 #include "tests/kinematics/KMachine_describe.h"
@@ -28,6 +29,14 @@ static std::ostream& operator<<(std::ostream& out, const KMachine::_sUKine& k) {
 namespace {
 
 const wchar_t* const kUnrecognized = L"... ? Unrecognized stuff";
+
+// Hosts read the record field by field from memory: five 32-bit numbers in this order.
+static_assert(sizeof(int) == 4 && sizeof(Kine) == 20);
+static_assert(offsetof(Kine, toolIndex) == 0);
+static_assert(offsetof(Kine, rotuleIndex) == 4);
+static_assert(offsetof(Kine, kinematicClass) == 8);
+static_assert(offsetof(Kine, armType) == 12);
+static_assert(offsetof(Kine, wristType) == 16);
 
 /// Lets a test empty the shared record and look at it.
 struct SharedRecord : KMachine {
@@ -118,7 +127,14 @@ INSTANTIATE_TEST_SUITE_P(
         ClassRow{"AxesWithoutDirectionDoNotCount",
                  X "axis=N,11\n" Y "axis=O,12\n",
                  {-101, -1, 5, -1, -1},
-                 1}),
+                 1},
+        // A direction that is no number is not independent, and not parallel between others.
+        ClassRow{
+            "AxisThatIsNoNumberDoesNotCount", X "axis=N,11,nan,0,0\n" Z, {-101, -1, 5, -1, -1}, 1},
+        ClassRow{"NoNumberBetweenKeepsNothingApart",
+                 X "rotation=N,11,nan,0,0\n" U Y,
+                 {-101, -1, 5, 4, -1},
+                 0}),
     rowName);
 
 #undef X
@@ -137,6 +153,25 @@ TEST_F(LoadingTest, FrameWithoutVectorBetweenParallelAxesCountsBoth) {
   EXPECT_EQ(load("bati=-y\n" + rest, 2).analysis(1).kinematicClass, 1);
   EXPECT_EQ(load("bati=z\n" + rest, 2).analysis(1).kinematicClass, 5);
   EXPECT_EQ(trace.claimAll(kUnrecognized), 3);
+}
+
+/// The class of a machine in memory with X along (1, 0, 0), U, and Z.
+int classWithAxis(const UVec3d& u) {
+  KMachineElem elemU(L"axis=U,2", 1);
+  elemU.setElemAxis(u);
+  KMachine machine;
+  machine.setBatiToPart({KMachineElem(L"frame", 1), KMachineElem(L"part=x,y", 1)});
+  machine.addBatiToTool({KMachineElem(L"axis=X,1,x", 1), elemU, KMachineElem(L"axis=Z,3,z", 1),
+                         KMachineElem(L"tool=z,0,0,50", 1)});
+  machine.finalise();
+  return machine.analysis(1).kinematicClass;
+}
+
+TEST_F(LoadingTest, DirectionsAreComparedAsTheyStand) {
+  EXPECT_EQ(classWithAxis({1, 2, 0}), 1);
+  EXPECT_EQ(classWithAxis({0.001, 0.002, 0}), 5);  // |(1,0,0) x (0.001,0.002,0)|^2 = 4e-6
+  trace.claimAll(L"e[");
+  EXPECT_EQ(trace.claimAll(kUnrecognized), 2);
 }
 
 TEST_F(LoadingTest, AnalysisOfAToolThatIsNotThere) {
@@ -189,6 +224,12 @@ TEST_P(Wrist, IsFoundWhereThreeAxesMeet) {
   trace.claimAll(kUnrecognized);
 }
 
+/// P up the world's Z line and Q along Y, 50 beyond it or on it, at the height 100.
+std::string twoJoints(const char* q, const char* tool) {
+  return std::string("frame\npart=x,y\nlien=BATI\nrotation=P,1,z,1,1,0,0,0\nrotation=Q,2,y,1,1,") +
+         q + "\ntool=" + tool + "\n";
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Arm, Wrist,
     testing::Values(
@@ -209,6 +250,28 @@ INSTANTIATE_TEST_SUITE_P(
         WristRow{"J6BesideBeyondTolerance",
                  arm("x,800,0,500.000011", "1,0,0,1,1,700,0,500.000011"),
                  {-101, -1, 5, 1, -1},
+                 0},
+        // Bodies between the joints are no axes of the wrist.
+        WristRow{"BodiesBetweenTheJoints",
+                 "frame\npart=x,y\nlien=BATI\nrotation=J1,1,z,1,1,0,0,0\n"
+                 "rotation=J2,2,y,1,1,100,0,400\nrotation=J3,3,y,1,1,100,0,500.5\n"
+                 "rotation=J4,4,x,1,1,300,0,500\ngeom\nrotation=J5,5,y,1,1,600,0,500\ngeom\n"
+                 "geom\nrotation=J6,6,x,1,1,700,0,500\ngeom\ntool=x,800,0,500\n",
+                 {-101, 4, 5, 1, 2},
+                 4},
+        // Three lines meet when three offsets vanish; each of them alone undoes the joint.
+        WristRow{"TwoJointsAndTool", twoJoints("0,0,100", "x,300,0,100"), {-101, -1, 5, -1, -1}, 1},
+        WristRow{"SecondLineBesideTheFirst",
+                 twoJoints("50,0,100", "x,300,0,100"),
+                 {-101, -1, 5, -1, -1},
+                 0},
+        WristRow{"ToolMeetsTheSecondLineElsewhere",
+                 twoJoints("0,0,100", "x,300,30,100"),
+                 {-101, -1, 5, -1, -1},
+                 0},
+        WristRow{"ToolBesideTheSecondLine",
+                 twoJoints("0,0,100", "x,300,0,130"),
+                 {-101, -1, 5, -1, -1},
                  0},
         // A joint before the arm's third element is found, but not used.
         WristRow{
@@ -235,6 +298,16 @@ INSTANTIATE_TEST_SUITE_P(
                  {-101, -1, 5, 1, -1},
                  0}),
     rowName);
+
+// The first axis has the index 0, the answer for no joint at all: only the centre tells.
+TEST_F(LoadingTest, BallJointWithoutNumberStillClearsTheCentre) {
+  const KMachine machine =
+      load("rotation=P,z,1,1,0,0,0\nrotation=Q,5,y,1,1,0,0,0\ntool=x,300,0,0\n", 1);
+  UVec3d centre(7, 8, 9);
+  EXPECT_EQ(machine.hasRotule(centre, 1), 0);
+  EXPECT_EQ(centre, UVec3d());
+  EXPECT_EQ(machine.analysis(1), (Kine{-101, -1, 5, -1, -1}));
+}
 
 // --- records
 

@@ -121,6 +121,12 @@ const char* const kTableAc =
     "frame\nrotation=A,4,x,1,1,0,10,-35\nrotation=C,6,z,1,1,10,-20,5\npart=x,y\nlien=BATI\n"
     "axis=X,1,x\naxis=Y,2,y\naxis=Z,3,z\ntool=z,0,0,0\n";
 
+/// Cosine and sine of the angle between Z and (0.002, 0, 1), about 0.115 degrees: parallel to us.
+const double kCos = 1.0 / std::sqrt(1.0 + 0.002 * 0.002), kSin = 0.002 * kCos;
+
+/// Where the line through (1, 0, 1000) along (0.002, 0, 1) comes nearest to (100, 0, 1000).
+const UVec3d kFoot(1.0 + 99.0 * kSin * kSin, 0.0, 1000.0 + 99.0 * kSin * kCos);
+
 /// C behind B, offset by 20 along X; both carry the tool below.
 const char* const kHeadCb =
     "frame\npart=x,y\nlien=BATI\naxis=X,1,x\naxis=Y,2,y\naxis=Z,3,z\nrotation=C,6,z,1,1,5,7,0\n"
@@ -212,6 +218,26 @@ INSTANTIATE_TEST_SUITE_P(
                   {{{0, 0, 0, 0}, {0, 0, 0}},
                    {{kHalf / 2, 0, kPi, 0}, {0, 0, 0}},
                    {{kHalf / 2, 40, 0, 20}, {40, 0, 20}}}},
+        // The part's own direction, here along X, is no line of the chain.
+        ChainCase{
+            "PartOfAnotherDirection",
+            "frame\npart=y,z\nlien=BATI\nrotation=C,6,z,1,1,3,4,0\ntool=z,3,4,5\n",
+            {{{0, 0, 0, 5}, {0, 0, 5}}, {{0, 5, 0, 0}, {3, 4, 5}}, {{0, 0, 0, 0}, {3, 4, 5}}}},
+        // Almost parallel lines count as parallel: their distance is the mean of that from (50, 0,
+        // 1000) to the world's Z, 50, and that from zero to the tool's line, 50 cos - 1000 sin. The
+        // offset runs along the tool from the foot on the world's line, (0, 0, 1000).
+        ChainCase{"AlmostParallelToTheWorld",
+                  "tool=0.002,0,1,50,0,1000\n",
+                  {{{0, (50 + 50 * kCos - 1000 * kSin) / 2, 0, 50 * kSin}, {50, 0, 1000}}}},
+        // P leans over the world's Z line and meets it in between: from the foot (0, 0, z) the
+        // normal points to P's origin, along +X, though zero's foot on P lies at x = -1. It is
+        // kept, so P's own normal, (1, 0, -0.002), is turned from it by no half turn.
+        ChainCase{"NormalOfParallelLinesIsKept",
+                  "frame\npart=x,y\nlien=BATI\nrotation=P,1,0.002,0,1,1,1,1,0,1000\n"
+                  "tool=y,100,30,1000\n",
+                  {{{0, 0, 0, kFoot.z}, {0, 0, kFoot.z}},
+                   {{0, (kFoot.x + 1000 * kSin - kCos) / 2, std::asin(kSin), kFoot.x* kSin}, kFoot},
+                   {{-kHalf, 99 * kCos, 0, 30}, {100, 30, 1000}}}},
         // No part: the chain begins with an axis of its own, measured from the world.
         ChainCase{"NoPart",
                   "frame\nrotation=C,6,z,1,1,3,4,0\ntool=z,3,4,5\n",

@@ -4,6 +4,9 @@
 
 #include "tests/support/LoadText.h"
 
+#include <utility>
+#include <vector>
+
 #include "tests/kinematics/KMachine_describe.h"
 
 using korvo::test::LoadingTest;
@@ -122,6 +125,20 @@ TEST_F(Finalise, AxesWithoutNumberHaveNoPlaceAndDoNotMove) {
   value[0] = 5;
   EXPECT_EQ(machine.getMatrix(value, w), zgeo::UMatrix::_translation({5, 0, 0}));  // X alone
   trace.claimAll(kUnrecognized);
+}
+
+TEST_F(Finalise, EveryElementWithAPositiveIndexHasAPlace) {
+  KMachineElem body(L"geom", 1);
+  body.setElemIndex(4);
+  KMachine machine;
+  machine.setBatiToPart({KMachineElem(L"frame", 1), KMachineElem(L"part=x,y", 1)});
+  machine.addBatiToTool({KMachineElem(L"axis=X,1,x", 1), body, KMachineElem(L"tool", 1)});
+  EXPECT_EQ(machine.finalise(), 0);
+  EXPECT_EQ(machine.getAxisNum(), 2);
+  EXPECT_EQ(machine.getElemByIndex(4)->getValueIndex(), 1);
+  EXPECT_EQ(machine.getAxisElem(2), machine.getElemByIndex(4));
+  trace.claimAll(L"e[");
+  EXPECT_EQ(trace.claimAll(kUnrecognized), 1);
 }
 
 TEST_F(Finalise, GunsHaveNoPlaceAndSayThatTheyAreAxes) {
@@ -263,6 +280,67 @@ TEST_F(LegacyOffset, StaysWhenTheNextFileIsIncomplete) {
   claimFinalise(machine);
   trace.claimAll(kUnrecognized);
   EXPECT_EQ(machine.getLegacyOffset(), UVec3d(5, 14, 23));
+}
+
+TEST_F(LegacyOffset, CopiesTakeItAlongWithVersionAndRotationPoints) {
+  loadTwice(std::string(kHead) + "rotationpoint=1,2,3,4,5,6\n", 2);  // more numbers than axes
+  const KMachine copy(machine);
+  KMachine assigned;
+  assigned = machine;
+  for (const KMachine* m : {&copy, &std::as_const(assigned)}) {
+    EXPECT_EQ(m->getVersion(), 2);
+    EXPECT_EQ(m->getLegacyOffset(), UVec3d(5, 14, 23));
+    ASSERT_NE(m->getRotationPoint(0), nullptr);
+    EXPECT_EQ((*m->getRotationPoint(0))[5], 6.0);
+    EXPECT_EQ(m->getRotationPoint(1), nullptr);
+  }
+}
+
+/// Machines built in memory and finalised as version 2 with tool 1 current: parts and axes as no
+/// file can give them.
+class BuiltLegacyOffset : public Finalise {
+ protected:
+  void finaliseWith(const KMachineElem& partElem, std::vector<KMachineElem> axes) {
+    axes.emplace_back(L"tool=z,10,20,30", 1);
+    machine.setBatiToPart({KMachineElem(L"frame", 1), partElem});
+    machine.addBatiToTool(axes);
+    machine.setVersion(2);
+    machine.setCurrentTool(1);
+    EXPECT_EQ(machine.finalise(), 0);
+    trace.claimAll(L"e[");
+    trace.claimAll(kUnrecognized);
+  }
+
+  static KMachineElem x() {
+    KMachineElem e(L"axis=X,1,x", 1);
+    e.setMax(100, true);
+    return e;
+  }
+
+  const KMachineElem part{L"part=x,y", 1};
+  KMachine machine;
+};
+
+TEST_F(BuiltLegacyOffset, TakesOffThePointOfThePart) {
+  KMachineElem moved = part;
+  moved.setElemPivot({1, 2, 3});
+  finaliseWith(moved, {x()});
+  EXPECT_EQ(machine.getLegacyOffset(), UVec3d(9, 18, 27));
+  EXPECT_EQ(machine.getElemByIndex(1)->getMax(), 91.0);
+}
+
+TEST_F(BuiltLegacyOffset, NeedsAPartOfItsOwnIndex) {
+  KMachineElem renumbered = part;
+  renumbered.setElemIndex(-7);
+  finaliseWith(renumbered, {x()});
+  EXPECT_EQ(machine.getLegacyOffset(), UVec3d());
+  EXPECT_EQ(machine.getElemByIndex(1)->getMax(), 100.0);
+}
+
+TEST_F(BuiltLegacyOffset, ShiftsTheFirstAxisOfANumber) {
+  finaliseWith(part, {x(), x()});
+  EXPECT_EQ(machine.getElemByRank(2)->getMax(), 90.0);
+  EXPECT_EQ(machine.getElemByRank(3)->getMax(), 100.0);
 }
 
 TEST_F(LegacyOffset, DirectFinaliseShiftsAgainByTheMovedPoints) {

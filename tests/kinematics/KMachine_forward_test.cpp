@@ -208,6 +208,19 @@ TEST(KMachineForward, AxisWithoutAPlaceInThePositionStays) {
   EXPECT_EQ(m->getMatrix(at({1.0, 2.0, 3.0}), w), UMatrix::_translation({1, 2, 3}));
 }
 
+TEST(KMachineForward, AxisAddedInAGapOfTheNumbersMovesByTheFirstValue) {
+  KMachine m;
+  m.setBatiToPart({KMachineElem(L"bati", 1), KMachineElem(L"part=x,y", 1)});
+  m.addBatiToTool({KMachineElem(L"axis=X,1,x", 1), KMachineElem(L"axis=Z,3,z", 1),
+                   KMachineElem(L"tool=z,0,0,100", 1)});
+  ASSERT_EQ(m.finalise(), 0);
+  m.addElem(KMachineElem(L"axis=Y,2,y", 1))->setPrevIndex(1);
+  m.addElem(KMachineElem(L"axis=W,4,y", 1))->setPrevIndex(1);  // beyond the numbers: stays
+  const auto v = at({10.0, 30.0});
+  EXPECT_EQ(m.getMatrix(v, 2), UMatrix::_translation({10, 10, 0}));
+  EXPECT_EQ(m.getMatrix(v, 4), UMatrix::_translation({10, 0, 0}));
+}
+
 TEST(KMachineForward, MachineThatIsNotFinalisedStays) {
   KMachine m;
   KMachineElem* const x = m.addElem(KMachineElem(L"axis=X,1,x", 1));
@@ -583,6 +596,22 @@ TEST(KMachineForward, UpdateDHmLeavesToolsAndGunsAsTheyAre) {
   EXPECT_EQ(gun->getDHmCur().theta, before.theta);
 }
 
+TEST(KMachineForward, UpdateDHmLeavesAxesWithoutNumberAsTheyAre) {
+  KMachineElem frame(L"bati", 1);
+  frame.setElemIndex(42);  // so that the index 0 is the axis' own
+  KMachine m;
+  m.setBatiToPart({frame, KMachineElem(L"part=x,y", 1)});
+  m.addBatiToTool({KMachineElem(L"axis=X,1,x", 1), KMachineElem(L"axis=W,z", 1),
+                   KMachineElem(L"tool=z,0,0,100", 1)});
+  ASSERT_EQ(m.finalise(), 0);
+  ASSERT_EQ(m.getToolChain(true, 1).size(), 4u);
+  KMachineElem* const w = m.getElemByIndex(0);
+  w->setDHmValue(5.0);
+  m.updateDHm(at({10.0}), 1);
+  EXPECT_EQ(w->getDHmCur().d, 5.0);
+  EXPECT_EQ(m.getElemByIndex(1)->getDHmCur().d, m.getElemByIndex(1)->getDHmRef().d + 10.0);
+}
+
 TEST(KMachineForward, UpdateDHmOfAToolNumberBelowOneTakesTheCurrentTool) {
   const Machine m = mill();
   m->updateDHm(at({10.0, 20.0, 30.0}), 0);
@@ -619,10 +648,23 @@ TEST(KMachineForward, QueriesTraceNothing) {
   UVec3d a, b;
   std::vector<UMatrix> all;
   m->getMatrices(v, all);
+  m->getMatrix(v);
+  m->getMatrix(v, 1);
+  m->getMatrix(v, 99);
+  m->getMatrix(v, nullptr);
+  m->getMatrix1(v);
+  m->getMatrix_H2T(v);
   m->getMatrix_TP2U(v);
-  m->getTool(v, a, b, 9);
-  m->getElemAxis(v, 9, a, b);
+  EXPECT_TRUE(m->getTool(v, a, b, 1));
+  EXPECT_FALSE(m->getTool(v, a, b, 9));
+  EXPECT_TRUE(m->getElemAxis(v, 1, a, b));
+  EXPECT_TRUE(m->getElemAxis(v, 1, a));
+  EXPECT_FALSE(m->getElemAxis(v, 9, a, b));
+  EXPECT_TRUE(m->setTHELength(7, 2));
+  EXPECT_FALSE(m->setTHELength(7, 9));
+  m->getTHELength(2);
   m->getTHELength(9);
+  m->setUNI2MAC(UMatrix());
   m->updateDHm(v, 3);
   EXPECT_TRUE(trace.lines().empty());
 }

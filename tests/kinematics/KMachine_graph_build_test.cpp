@@ -306,11 +306,12 @@ TEST_F(AxisTable, OfAnAssignmentToItself) {
   EXPECT_EQ(machine.getElemNumber(), 6);
 }
 
-TEST_F(AxisTable, IsEmptyAfterAnIncompleteFinalise) {
+TEST_F(AxisTable, StaysAfterAnIncompleteFinaliseThoughNoAxisIsCounted) {
   machine.addElem(kFrame);  // two frames now
   EXPECT_EQ(machine.finalise(), -1);
   trace.claimAll();
   EXPECT_EQ(machine.getAxisNum(), 0);
+  expectOwnAxes(machine, {1, 3, 6});
 }
 
 TEST_F(AxisTable, CopiesAnswerLikeTheirSource) {

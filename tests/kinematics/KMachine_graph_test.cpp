@@ -93,6 +93,17 @@ TEST_F(Machine, NewValueTakesWhatBothDimensionsHave) {
   KMachineValueBase::_release(value);
 }
 
+TEST_F(Machine, NewValueLeavesOutWhatIsTooMuch) {
+  const KMachine machine = head();
+  KMachineValue<5> longer;
+  for (int i = 0; i < 5; ++i) longer[i] = i + 1;
+  KMachineValueBase* value = machine.newMachineValue(longer);
+  ASSERT_NE(value, nullptr);
+  EXPECT_EQ(value->size(), 3);
+  EXPECT_EQ(machine.axisValues(*value), (std::vector<double>{1, 2, 3}));
+  KMachineValueBase::_release(value);
+}
+
 TEST_F(Machine, NoAxesNoValue) {
   const KMachine machine;
   EXPECT_EQ(machine.newMachineValue(), nullptr);

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "kinematics/read/DefinitionReader.h"
 #include "tests/kinematics/KMachine_describe.h"
 
 using korvo::test::LoadingTest;
@@ -69,6 +70,31 @@ TEST_F(GeometryFile, FoldersBehindThePlaceholder) {
   folder.write("models/head.stl", "x");
   loadGeometry("$ZRN_MACHINE_DEF\\models\\head.stl");
   expectFound(folder.path().wstring() + L"\\models\\head.stl");
+}
+
+TEST_F(GeometryFile, EveryPlaceholderIsReplaced) {
+  const std::string here = folder.path().string();
+  folder.write("a" + here + "/head.stl", "x");
+  loadGeometry("$ZRN_MACHINE_DEF/a$ZRN_MACHINE_DEF/head.stl");
+  expectFound(folder.path().wstring() + L"/a" + folder.path().wstring() + L"/head.stl");
+}
+
+// A program gives the folder in characters; the name is bytes of a file.
+TEST_F(GeometryFile, LettersBeyondAsciiInTheFolderAndInTheName) {
+  folder.write("\xE6\xA9\x9F/t\xC3\xAAte.stl", "x");
+  folder.write("\xE6\xA9\x9F/m.def", "geom=$ZRN_MACHINE_DEF/t\xC3\xAAte.stl\n");
+  machine.setDataFilePNE(folder.path().wstring() + L"/\u6a5f/m.def", 2);
+  EXPECT_EQ(machine.readDataFile(), -1);
+  claimFinalise(machine);
+  expectFound(folder.path().wstring() + L"/\u6a5f/t\xC3\xAAte.stl");
+  EXPECT_TRUE(machine.getElemByRank(0)->isGeomFileReadable());
+}
+
+TEST_F(GeometryFile, NulEndsNoName) {
+  const std::string file = folder.write("head.stl", "x").string();
+  loadGeometry(file + std::string(1, '\0') + "tail");
+  EXPECT_FALSE(machine.getElemByRank(0)->isGeomFileReadable());
+  EXPECT_EQ(trace.claimAll(L"\t(geom. file not found " + folder.path().wstring()), 1);
 }
 
 TEST_F(GeometryFile, WithoutSeparatorNothingIsFound) {
@@ -141,8 +167,8 @@ TEST_F(GeometryFile, NamesMatchIgnoringCase) {
 TEST_F(GeometryFile, SharpAndBlankAndEqualSignAreNotPartOfAName) {
   loadGeometry("my head.stl#1");
   expectNotFound(L"myhead.stl");
-  loadGeometry("a=b.stl");
-  expectNotFound(L"a");
+  loadGeometry("no-such-folder/no-such-file=b.stl");  // a name that no current folder has
+  expectNotFound(L"no-such-folder/no-such-file");
 }
 
 TEST_F(GeometryFile, LongNameIsNoTrouble) {
@@ -163,6 +189,35 @@ TEST_F(GeometryFile, TraceFollowsTheOrderOfTheFile) {
   EXPECT_EQ(std::vector<std::wstring>(all.begin(), all.begin() + 3), expected);
   trace.claimAll();
 }
+
+// --- the folder of a definition file
+
+struct FolderRow {
+  const char* name;
+  const wchar_t* path;
+  const wchar_t* folder;
+};
+
+std::ostream& operator<<(std::ostream& out, const FolderRow& row) { return out << row.name; }
+
+class DefinitionFolder : public testing::TestWithParam<FolderRow> {};
+
+TEST_P(DefinitionFolder, EndsBeforeTheLastSeparator) {
+  EXPECT_EQ(zkin::folderOf(GetParam().path), GetParam().folder);
+}
+
+INSTANTIATE_TEST_SUITE_P(Machine, DefinitionFolder,
+                         testing::Values(FolderRow{"Slash", L"/a/b/m.def", L"/a/b"},
+                                         FolderRow{"Backslash", L"C:\\a\\m.def", L"C:\\a"},
+                                         FolderRow{"SlashThenBackslash", L"/a/b\\m.def", L"/a/b"},
+                                         FolderRow{"BackslashThenSlash", L"a\\b/m.def", L"a\\b"},
+                                         FolderRow{"RootIsNothing", L"/m.def", L""},
+                                         FolderRow{"RootWithBackslash", L"\\m.def", L""},
+                                         FolderRow{"NoFolder", L"m.def", L"."},
+                                         FolderRow{"Empty", L"", L"."},
+                                         FolderRow{"SeparatorAtTheEnd", L"a/", L"a"},
+                                         FolderRow{"TwoSeparators", L"a//m.def", L"a/"}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 // --- colours
 

@@ -77,6 +77,10 @@ INSTANTIATE_TEST_SUITE_P(
         // The maximum is tried on the operand on which the minimum failed.
         LineRow{"MinimumUnreadable", "limits=X,near,5", ""},
         LineRow{"MinimumEmpty", "limits=X,,5", ""}, LineRow{"NameOnly", "limits=X", ""},
+        LineRow{"MinimumUnreadableUnsetsBoth", "limits=Z,near,5", "-Z max 1, -Z min -1"},
+        LineRow{"MinimumEmptyUnsetsBoth", "limits=Z,,5", "-Z max 1, -Z min -1"},
+        LineRow{"NameOnlyUnsetsBoth", "limits=Z", "-Z max 1, -Z min -1"},
+        LineRow{"MaximumUnreadableUnsetsIt", "limits=Z,-1,far", "-Z max 1"},
         LineRow{"MoreOperandsAreIgnored", "limits=X,1,2,3", "+X max 2, +X min 1"},
         LineRow{"MinimumUnreadableUnsets", "courseminimum=Z,far", "-Z min -1"},
         LineRow{"MinimumMissingUnsets", "courseminimum=Z", "-Z min -1"},
@@ -97,6 +101,8 @@ INSTANTIATE_TEST_SUITE_P(
         LineRow{"InFrench", "boucle=X,1,2,3", "+DRILL hook 1 at 1 2 3"},
         LineRow{"PrefixAndCase", "LOOP=axe_c,0,0,4", "+DRILL hook 6 at 0 0 4"},
         LineRow{"UpperCasePrefix", "loop=AXE_C,0,0,4", "+DRILL hook 6 at 0 0 4"},
+        LineRow{"TwoPrefixes", "loop=AXE_AXE_C,0,0,4", "+DRILL hook 6 at 0 0 4"},
+        LineRow{"ThreePrefixesAreTooMany", "loop=AXE_AXE_AXE_C,0,0,4", "+DRILL hook -10 at 0 0 4"},
         LineRow{"AxisWordAsPoint", "loop=C,-y", "+DRILL hook 6 at 0 -1 0"},
         // Deliberate: the link is hooked, which after a link line is not the element added last.
         LineRow{"LinkNotTheLastElement", "lien=X\nloop=C,1,2,3", "+X hook 6 at 1 2 3"},
@@ -136,6 +142,10 @@ INSTANTIATE_TEST_SUITE_P(
         LineRow{"AxeOutilIsTheFirstTool", "collisions=axe_outil,X", "+pair -101 1"},
         LineRow{"DrillIsTheFirstGun", "collisions=drill,X", "+pair -103 1"},
         LineRow{"PartByItsName", "collisions=piece,X", "+pair -1 1"},
+        LineRow{"ToolWordTakesNoPrefix", "collisions=AXE_TOOL,X", ""},
+        LineRow{"GunWordTakesNoPrefix", "collisions=X,AXE_GUN", ""},
+        LineRow{"GunDrillWordTakesNoPrefix", "collisions=AXE_GUNDRILL,X", ""},
+        LineRow{"CanonIsNoToolWord", "collisions=canon,X", ""},
         LineRow{"PartByItsKeywordIsUnknown", "collisions=part,X", ""},
         LineRow{"DrillGunIsNoToolWord", "collisions=drillgun,X", ""}),
     rowName);
@@ -198,10 +208,11 @@ TEST_F(LoadingTest, ToolWordsMeanTheToolsReadSoFar) {
 }
 
 TEST_F(LoadingTest, OutilMeansEveryGunWhenThereIsNoTool) {
-  const KMachine machine =
-      load("axis=X,x\ngun\nlien=X\ngun\ncollision=outil,X\ncollision=axe_outil,BATI\n", 2);
   const std::vector<std::pair<int, int>> expected = {{-101, 1}, {-102, 1}};
-  EXPECT_EQ(machine.getCollCheck(), expected);
+  for (const std::string word : {"outil", "axe_outil", "OUTIL", "Axe_Outil"}) {
+    const KMachine machine = load("axis=X,x\ngun\nlien=X\ngun\ncollision=" + word + ",X\n", 2);
+    EXPECT_EQ(machine.getCollCheck(), expected) << word;
+  }
   trace.claimAll(L"... ? Unrecognized stuff");
 }
 
@@ -217,6 +228,56 @@ TEST_F(LoadingTest, CollisionNamesFollowVersion2InEveryVersion) {
       load("axis=AXE_X,1,x\naxis=X,2,x\naxis=Y,3,y\ncollision=AXE_X,axe_y\n", 1);
   const std::vector<std::pair<int, int>> expected = {{2, 3}};
   EXPECT_EQ(machine.getCollCheck(), expected);
+}
+
+// --- hooks and the machine's version
+
+TEST_F(LoadingTest, HookNamesFollowTheVersionOfTheMachine) {
+  const std::string axes = "axis=AXE_X,1,x\naxis=X,2,y\n";
+  // Lower case keeps its prefix, which version 1 leaves in the wanted name.
+  EXPECT_EQ(describe(load(axes + "loop=axe_x,1,2,3\n", 1)),
+            "AXE_X(1<-10) dir 1 0 0; X(2<1) dir 0 1 0 hook 1 at 1 2 3");
+  EXPECT_EQ(describe(load(axes + "loop=AXE_X,1,2,3\n", 1)),
+            "AXE_X(1<-10) dir 1 0 0; X(2<1) dir 0 1 0 hook 2 at 1 2 3");
+  EXPECT_EQ(describe(load("axis=AXE_X,1,x\nloop=AXE_X,1,2,3\n", 1)),
+            "AXE_X(1<-10) dir 1 0 0 hook -10 at 1 2 3");
+}
+
+TEST_F(LoadingTest, HookGoesToTheFirstElementOfADoubledIndex) {
+  EXPECT_EQ(describe(load("axis=X,x\naxis=Y,y\naxis=X,z\nloop=Y,1,2,3\n", 2)),
+            "X(1<-10) dir 1 0 0 hook 2 at 1 2 3; Y(2<1) dir 0 1 0; X(1<2) dir 0 0 1");
+}
+
+// --- order of pairs
+
+using Pairs = std::vector<std::pair<int, int>>;
+
+TEST_F(LoadingTest, PairsAreInTheOrderOfTheirFirstAddition) {
+  const std::string axes = "axis=X,x\naxis=Y,y\naxis=Z,z\ntool\ntool\n";
+  const auto pairsOf = [&](const std::string& lines) {
+    return load(axes + lines, 2).getCollCheck();
+  };
+  EXPECT_EQ(pairsOf("collision=tool,Z,X\n"), (Pairs{{-101, 3}, {-101, 1}, {-102, 3}, {-102, 1}}));
+  EXPECT_EQ(pairsOf("collision=tool,X,tool,X,Z\n"),
+            (Pairs{{-101, 1}, {-102, -101}, {-101, 3}, {-102, 1}, {-102, 3}}));
+  EXPECT_EQ(pairsOf("collision=Y,X\ncollision=X,Z,Y\ncollision=Z,Y,X\n"),
+            (Pairs{{1, 2}, {1, 3}, {2, 3}}));
+  trace.claimAll(L"... ? Unrecognized stuff");
+}
+
+TEST_F(LoadingTest, AThousandToolsAmongThemselvesAreHeldOnce) {
+  std::string text = "axis=X,x\n";
+  for (int i = 0; i < 1000; ++i) text += "lien=X\ngun\n";
+  std::string line = "collision=tool";
+  while (line.size() < 1198) line += ",tool";
+  for (int i = 0; i < 4; ++i) text += line + "\n";
+  const KMachine machine = load(text, 2);
+  Pairs expected;  // each tool with those behind it: the larger number is the smaller index
+  for (int a = 1; a <= 1000; ++a) {
+    for (int b = a + 1; b <= 1000; ++b) expected.emplace_back(-100 - b, -100 - a);
+  }
+  EXPECT_TRUE(machine.getCollCheck() == expected) << machine.getCollCheck().size();
+  trace.claimAll(L"... ? Unrecognized stuff");
 }
 
 // --- a second load
@@ -250,6 +311,44 @@ TEST_F(Reload, KeepsSettingsPairsAndCurrentTool) {
   EXPECT_EQ(machine.getElemNumber(), 4);
   EXPECT_EQ(machine.getAxisNum(), 1);
   EXPECT_EQ(machine.getKine(2).toolIndex, -102);  // of the first load: there is one tool now
+}
+
+TEST_F(Reload, PairsOfTheFormerLoadComeFirstAndCountAsPresent) {
+  ASSERT_EQ(again(kBase + "collision=C,Z,X\n"), 0);
+  ASSERT_EQ(again(kBase + "collision=X,Z,C\ncollision=Z,C\n"), 0);
+  EXPECT_EQ(machine.getCollCheck(), (Pairs{{3, 6}, {1, 6}, {1, 3}}));
+}
+
+/// A load that is refused changes nothing that can be asked for.
+TEST_F(Reload, RefusedLoadChangesNothing) {
+  ASSERT_EQ(again(kBase + "collision=C,Z,X\nrotationpoint=1,2\n"), 0);
+  machine.setCurrentTool(2);
+  const KMachine before = machine;
+  const int stored = machine.getKine(3).toolIndex;
+  const auto expectUnchanged = [&] {
+    EXPECT_EQ(machine.readDataFile(), -1);
+    EXPECT_EQ(change(before, machine), "");
+    EXPECT_EQ(describe(machine), describe(before));
+    EXPECT_EQ(machine.getStrategy(), 7);
+    EXPECT_EQ(machine.getMode_RTCP(), 8);
+    EXPECT_EQ(machine.getCurrentTool(), 2);
+    EXPECT_EQ(machine.getCollCheck(), (Pairs{{3, 6}, {1, 6}}));
+    ASSERT_NE(machine.getRotationPoint(0), nullptr);
+    EXPECT_EQ((*machine.getRotationPoint(0))[1], 2.0);
+    EXPECT_EQ(machine.getRotationPoint(1), nullptr);
+    EXPECT_EQ(machine.getAxisNum(), 3);
+    EXPECT_EQ(machine.getAxisElem(1), machine.getElemByIndex(1));
+    EXPECT_EQ(machine.getKine(2).toolIndex, -102);
+    EXPECT_EQ(machine.getKine(3).toolIndex, stored);
+  };
+  EXPECT_EQ(stored, -103);
+  machine.setDataFilePNE(
+      folder.write("n.def", "strategy=1\nmode=1\nframe\ncollision=BATI,X\n").wstring(), 0);
+  expectUnchanged();
+  machine.setDataFilePNE((folder.path() / "gone.def").wstring(), 2);
+  expectUnchanged();
+  machine.setDataFilePNE(folder.path().wstring(), 1);  // a folder
+  expectUnchanged();
 }
 
 TEST_F(Reload, EmptiesElementsAndRotationPoints) {
@@ -288,9 +387,9 @@ TEST_F(Reload, IncompleteFileLeavesNoAxisElement) {
   EXPECT_TRUE(trace.claim(korvo::test::noPositionLine(0)));
 }
 
-// --- the line that never ends
+// --- lines that never end, and those that might
 
-/// A child that loads the text and is ended by its alarm after two seconds.
+/// A child that loads the text, and is ended by its alarm when that takes two seconds.
 void loadForTwoSeconds(const std::string& text) {
   alarm(2);
   korvo::test::loadText(text, 2);
@@ -313,5 +412,32 @@ INSTANTIATE_TEST_SUITE_P(
                     LineRow{"OnlyEmptyOperands", "rotationpoint=,\n", ""},
                     LineRow{"TwelfthOperand", "pointderotation=1,2,3,4,5,6,7,8,9,10,11,far\n", ""}),
     rowName);
+
+class RingOfLinks : public testing::TestWithParam<LineRow> {};
+
+// A part line turns the links behind it around. Where they lead back to an earlier part, which has
+// the same index, this would go on for ever: it is left.
+TEST_P(RingOfLinks, IsLeft) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(loadForTwoSeconds(GetParam().lines), testing::ExitedWithCode(0), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Part, RingOfLinks,
+    testing::Values(LineRow{"ThirdPart", "part\naxis=X,x\npart\npart\n", ""},
+                    LineRow{"FourthPart", "frame\npart\naxis=X,x\npart\npart\npart\n", ""},
+                    LineRow{"BehindAnAxis", "part\naxis=X,x\npart\naxis=Y,y\npart\n", ""}),
+    rowName);
+
+// A hangs on nothing (-10) until Q, which hangs on A, takes that number: a ring. The part meets it
+// from V, whose number B has too. The walk goes V U T Q A and comes back Q T U V: all but A are
+// turned twice and are as before.
+TEST_F(LoadingTest, RingWithoutAnEarlierPartIsLeftTheWayItWasEntered) {
+  EXPECT_EQ(describe(load("axis=A,1,x\naxis=Q,-10,y\naxis=T,5,x\naxis=U,6,x\naxis=V,7,x\n"
+                          "axis=S,3,z\nlien=S\naxis=B,7,x\npart\n",
+                          1)),
+            "A(1<-10) inv dir 1 0 0; Q(-10<1) dir 0 1 0; T(5<-10) dir 1 0 0; U(6<5) dir 1 0 0; "
+            "V(7<6) dir 1 0 0; S(3<7) dir 0 0 1; B(7<3) dir 1 0 0; PIECE(-1<-10)");
+}
 
 }  // namespace

@@ -306,6 +306,11 @@ INSTANTIATE_TEST_SUITE_P(
                  "BATI GEOM X GEOM OUTIL"},
         ChainRow{"UnknownLinkKeepsTheLink", "frame\naxis=X,x\nlien=Q\ntool\n", 2, -1,
                  "BATI(0<-10) X(1<0) OUTIL(-101<1)", "BATI X OUTIL"},
+        // Deliberate: no list: the comma belongs to the name.
+        ChainRow{"LinkNameIsTheWholeOperandPart",
+                 "frame\naxis=X,x\nlien=BATI\ntool\nlien=X,q\ntool\nlien=X,\ntool\n", 2, -1,
+                 "BATI(0<-10) X(1<0) OUTIL(-101<0) OUTIL(-102<-101) OUTIL(-103<-102)",
+                 "BATI OUTIL"},
         // Deliberate: a link that is not found forgets where the reversal stops.
         ChainRow{"UnknownLinkForgetsTheStop",
                  "frame\naxis=X,x\naxis=Y,y\ntool\nlien=X\nlien=Q\nrotation=C,z\npart\n", 2, 0,
@@ -315,6 +320,8 @@ INSTANTIATE_TEST_SUITE_P(
                  "frame\naxis=X,x\npart\nlien=BATI\npart\nlien=BATI\ntool\n", 2, -1,
                  "BATI(0<-1) X(1<-1)inv PIECE(-1<-10) PIECE(-1<-10) OUTIL(-101<0)",
                  "PIECE BATI OUTIL"},
+        ChainRow{"ReversalWalksOnThroughAnEarlierPart", "frame\naxis=X,x\npart\naxis=Y,y\npart\n",
+                 2, -1, "BATI(0<1)inv X(1<-1)inv PIECE(-1<2)inv Y(2<-1)inv PIECE(-1<-10)", ""},
         ChainRow{"Version2LinkDropsThePrefix",
                  "frame\naxis=AXE_X,x\nlien=BATI\ntool\nlien=axe_x\ntool", 2, -1,
                  "BATI(0<-10) X(1<0) OUTIL(-101<0) OUTIL(-102<1)", "BATI OUTIL"},

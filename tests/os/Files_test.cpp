@@ -273,6 +273,27 @@ TEST(WideNames, CopiedByteByByteFromAFileStillOpen) {
   EXPECT_EQ(opened(folder.wide(L"t\xC3\xAAte")), "UTF-8");
 }
 
+TEST(WideNames, EachNameOfAPathHasItsOwnReading) {
+  const TempFolder folder;
+  folder.write("t\xC3\xAAte/\xC3\xA9t\xC3\xA9.stl", "bytes in characters");
+  folder.write("\xE6\xA9\x9F/t\xEAte/x.stl", "Latin-1 in UTF-8");
+  folder.write("d\xC3\xA9/\xE6\xA9\x9F.stl", "characters in bytes");
+  EXPECT_EQ(opened(folder.wide(L"tête/\xC3\xA9t\xC3\xA9.stl")), "bytes in characters");
+  EXPECT_EQ(opened(folder.wide(L"tête\\\xC3\xA9t\xC3\xA9.STL")), "bytes in characters");
+  EXPECT_EQ(opened(folder.wide(L"機/tête/x.stl")), "Latin-1 in UTF-8");
+  EXPECT_EQ(opened(folder.wide(L"d\xC3\xA9/機.stl")), "characters in bytes");
+  EXPECT_EQ(resolve(folder.wide(L"TÊTE\\\xC3\xA9t\xC3\xA9.STL")),
+            folder.narrow("t\xC3\xAAte/\xC3\xA9t\xC3\xA9.stl"));
+}
+
+TEST(WideNames, TheReadingAsWrittenIsTakenBeforeOtherCase) {
+  const TempFolder folder;
+  folder.write("\xE6\xA9\x9F/T\xEAte", "Latin-1, same case");
+  folder.write("\xE6\xA9\x9F/t\xC3\xAAte", "UTF-8, other case");
+  EXPECT_EQ(opened(folder.wide(L"機/Tête")), "Latin-1, same case");
+  EXPECT_EQ(opened(folder.wide(L"機/TÊTE")), "(none)");  // both fit
+}
+
 TEST(WideNames, BeyondOneByteAreUtf8Only) {
   const TempFolder folder;
   folder.write("\xE6\xA9\x9F.def", "UTF-8");
