@@ -17,10 +17,11 @@ if(KORVO_CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${KORVO_CCACHE}")
 endif()
 
-# No silent fused operations: results must not depend on the compiler's choice of them.
+# No silent fused operations: results must not depend on the compiler's choice of them. A host
+# replaces a library as a whole, never single functions of one: calls inside may be inlined.
 add_library(korvo_options INTERFACE)
 target_compile_options(korvo_options INTERFACE
-  -ffp-contract=off -fno-math-errno -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+  -ffp-contract=off -fno-math-errno -fno-semantic-interposition -Wall -Wextra -Wpedantic -Wshadow -Wconversion
   -Wno-sign-conversion $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond>
   $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>  # such symbols would keep a library from unloading
   # GCC 12 sees overlaps that are not there in std::string's operator+ (GCC bug 105651).
