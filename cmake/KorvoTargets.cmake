@@ -43,9 +43,6 @@ target_include_directories(korvo_options INTERFACE
 # korvo_static(name DIR): a static helper from all sources of its folder.
 function(korvo_static name)
   file(GLOB sources CONFIGURE_DEPENDS *.cpp)
-  if(NOT sources)
-    set(sources ${PROJECT_SOURCE_DIR}/cmake/empty.cpp)
-  endif()
   add_library(${name} STATIC ${sources})
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:korvo_options>)
   target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
