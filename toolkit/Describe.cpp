@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "toolkit/DhBase.h"
 #include "toolkit/Text.h"
 
 using zkin::KMachine;
@@ -131,6 +132,7 @@ void describeKinematics(ToolInfo& info, const KMachine& machine, const KMachine:
       kinematicClassText(kine, countRotary(chain, false), countRotary(chain, true));
   info.armShape = armShapeText(kine);
   info.dhTable = dhTableOf(machine, info.number);
+  info.dhBase = dhBase(machine, info.number);
 }
 
 ToolInfo toolOf(const KMachine& machine, int tool, int lastTool) {
@@ -202,7 +204,7 @@ std::string kinematicClassText(const zkin::KMachine::_sUKine& kine, int inHead, 
     case 4:
       return "three linear axes and three or more rotary axes" + places;
     case 5:
-      return "articulated arm: fewer than three independent linear axes";
+      return "no three independent linear axes (articulated arm or unknown layout)";
     default:
       return "not classified";
   }

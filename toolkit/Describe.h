@@ -30,7 +30,7 @@ struct AxisInfo {
   int number = 0;             ///< Axis number, the element index.
   int valueIndex = 0;         ///< Its place in a position.
   zgeo::UVec3d direction;     ///< Unit; of the tool's motion relative to the part.
-  zgeo::UVec3d point;         ///< A point on the line of a rotary axis, mm.
+  zgeo::UVec3d point;         ///< On the line of a rotary axis, mm; not always the file's.
   std::optional<double> min;  ///< mm or degrees.
   std::optional<double> max;
   bool isLocked = false;
@@ -55,6 +55,11 @@ struct ToolInfo {
   std::string kinematicClass;  ///< In words.
   std::string armShape;        ///< In words; empty for a machine with three linear axes.
   std::vector<DhRow> dhTable;  ///< From the root to the tool, at the zero position.
+
+  /// Base of the table in the machine frame: dhBase times the product of the rows up to an element
+  /// is a frame whose Z is that element's line (the part's row excepted). Nothing when an element
+  /// of the chain has no direction.
+  std::optional<zgeo::UMatrix> dhBase;
 };
 
 /// One pair of elements to test for collision.

@@ -1,12 +1,13 @@
 #include "tools/Csv.h"
 
-#include <cmath>
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <set>
 
-#include "platform/text/Number.h"
 #include "tools/Failure.h"
+#include "tools/Messages.h"
 #include "tools/Numbers.h"
 
 namespace korvo::tools {
@@ -15,27 +16,17 @@ namespace {
 constexpr std::size_t kBlock = 1 << 20;
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
-std::string_view trimmed(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(" \t");
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
-}
-
 std::string_view unquoted(std::string_view text) {
   text = trimmed(text);
   const bool isQuoted = text.size() >= 2 && text.front() == '"' && text.back() == '"';
   return isQuoted ? trimmed(text.substr(1, text.size() - 2)) : text;
 }
 
-std::string quoted(std::string_view text) {
-  constexpr std::size_t kLongest = 40;
-  const bool isLong = text.size() > kLongest;
-  return "'" + std::string(text.substr(0, kLongest)) + (isLong ? "...'" : "'");
-}
-
-[[noreturn]] void failHeader(const LineBlocks& lines, const std::string& found) {
+[[noreturn]] void failHeader(const LineBlocks& lines, const AxisNames& names,
+                             const std::string& found) {
   throw Failure(Exit::refused, lines.name() + ":" + std::to_string(lines.number()) +
-                                   ": expected a header of axis names, each once, found " + found);
+                                   ": expected a header of axis names (" + joined(names.all()) +
+                                   "), each once, found " + found);
 }
 
 std::size_t skipBlanks(std::string_view line, std::size_t at) {
@@ -44,14 +35,13 @@ std::size_t skipBlanks(std::string_view line, std::size_t at) {
 }
 
 // What stands where a number should end.
-std::string badCell(std::string_view line, std::size_t begin, char separator) {
-  const std::string_view cell = line.substr(begin, line.find(separator, begin) - begin);
+std::string badCell(std::string_view cell, char separator) {
   const std::string_view text = trimmed(cell);
   if (text.empty()) return "expected a number, found nothing";
   if (separator == ';' && text.find(',') != std::string_view::npos) {
-    return "expected a number with a decimal point, found a decimal comma in " + quoted(text);
+    return "expected a number with a decimal point, found a decimal comma in " + inQuotes(text);
   }
-  return "expected a finite number, found " + quoted(text);
+  return "expected a finite decimal number, found " + inQuotes(text);
 }
 
 std::string badCount(std::string_view line, const CsvHeader& header) {
@@ -74,8 +64,12 @@ LineBlocks::LineBlocks(const std::string& path) : name_(path), buffer_(kBlock + 
     return;
   }
   std::error_code error;
-  if (!std::filesystem::is_directory(path, error)) file_ = std::fopen(path.c_str(), "rb");
-  if (!file_) throw Failure(Exit::refused, path + ": expected a readable table, found none");
+  const bool isFolder = std::filesystem::is_directory(path, error);
+  if (!isFolder) file_ = std::fopen(path.c_str(), "rb");
+  if (!file_) {
+    const char* found = isFolder ? "a folder" : errno == EACCES ? "no permission" : "none";
+    throw Failure(Exit::refused, path + ": expected a readable table, found " + found);
+  }
   const auto size = std::filesystem::file_size(path, error);
   size_ = error ? 0 : size;
 }
@@ -144,8 +138,10 @@ CsvHeader readHeader(const LineBlocks& lines, std::string_view line, const AxisN
   for (const std::string& cell : split(line, header.separator)) {
     const std::string_view name = unquoted(cell);
     const int place = names.find(name);
-    if (place < 0) failHeader(lines, quoted(name));
-    if (!seen.insert(place).second) failHeader(lines, quoted(name) + " again");
+    if (place < 0) {
+      failHeader(lines, names, inQuotes(name) + (numberOf(name) ? " (is there no header?)" : ""));
+    }
+    if (!seen.insert(place).second) failHeader(lines, names, inQuotes(name) + " again");
     header.places.push_back(place);
   }
   return header;
@@ -157,12 +153,16 @@ std::optional<std::string> readRow(std::string_view line, const CsvHeader& heade
   for (std::size_t column = 0; column < columns; ++column) {
     const std::size_t begin = at;
     double value = 0.0;
-    const text::Scan scan = text::scanDouble(line.substr(at), value);
-    at = skipBlanks(line, at + scan.length);
-    const bool endsHere = at >= line.size();
-    if (!scan || !std::isfinite(value) || (!endsHere && line[at] != header.separator)) {
-      return badCell(line, begin, header.separator);
+    const std::size_t length = scanNumber(line.substr(at), value);
+    at = skipBlanks(line, at + length);
+    if (!length || (at < line.size() && line[at] != header.separator)) {
+      at = std::min(line.find(header.separator, begin), line.size());
+      const std::string_view cell = line.substr(begin, at - begin);
+      const std::optional<double> number = numberOf(unquoted(cell));
+      if (!number) return badCell(cell, header.separator);
+      value = *number;
     }
+    const bool endsHere = at >= line.size();
     values[header.places[column]] = value;
     if (endsHere != (column + 1 == columns)) return badCount(line, header);
     ++at;

@@ -57,7 +57,7 @@ struct CsvHeader {
 /// Reads the header line. Throws Failure (refused) for an unknown or repeated axis name.
 CsvHeader readHeader(const LineBlocks& lines, std::string_view line, const AxisNames& names);
 
-/// Reads one row into `values` (indexed by place).
+/// Reads one row into `values` (indexed by place). A value may stand between double quotes.
 /// @return  What was wanted and found when the row is bad; nothing when it is good.
 std::optional<std::string> readRow(std::string_view line, const CsvHeader& header, double* values);
 

@@ -1,10 +1,9 @@
 #include "tools/Examples.h"
 
-#include <algorithm>
 #include <set>
-#include <vector>
 
 #include "tools/Failure.h"
+#include "tools/Messages.h"
 
 namespace fs = std::filesystem;
 
@@ -20,19 +19,6 @@ std::vector<fs::path> exampleFolders() {
   return {programFolder() / KORVO_INSTALLED_EXAMPLES, KORVO_SOURCE_EXAMPLES};
 }
 
-std::string exampleNames() {
-  std::set<std::string> names;
-  for (const fs::path& folder : exampleFolders()) {
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(folder, error)) {
-      if (entry.path().extension() == ".def") names.insert(entry.path().stem().string());
-    }
-  }
-  std::string list;
-  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
-  return list.empty() ? "none installed" : list;
-}
-
 bool isPlainName(const std::string& name) {
   return !name.empty() && name.find_first_of("/\\") == std::string::npos;
 }
@@ -46,17 +32,38 @@ void setProgramPath(const char* argv0) {
   programFolder() = program.parent_path();
 }
 
-fs::path findMachine(const std::string& name) {
-  std::error_code error;
-  if (fs::exists(name, error) || !isPlainName(name)) return name;
+std::vector<std::string> exampleNames() {
+  std::set<std::string> names;
   for (const fs::path& folder : exampleFolders()) {
-    for (const char* ending : {".def", ""}) {
-      const fs::path file = folder / (name + ending);
-      if (fs::is_regular_file(file, error)) return file;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(folder, error)) {
+      if (entry.path().extension() == ".def") names.insert(entry.path().stem().string());
     }
   }
+  return {names.begin(), names.end()};
+}
+
+std::optional<fs::path> findExample(const std::string& name) {
+  if (!isPlainName(name)) return {};
+  for (const fs::path& folder : exampleFolders()) {
+    std::error_code error;
+    fs::path file = folder / (name + ".def");
+    if (fs::is_regular_file(file, error)) return file;
+  }
+  return {};
+}
+
+fs::path findMachine(const std::string& name) {
+  if (name.empty()) failUsage("a definition file or the name of an example", "''");
+  if (name == "-") failUsage("the name of a file: no machine is read from standard input", "'-'");
+  std::error_code error;
+  const bool isFile = fs::exists(name, error) && !fs::is_directory(name, error);
+  const std::optional<fs::path> example = findExample(name);
+  if (isFile && example) say("korvo: taking the file " + name + ", not the example of that name");
+  if (!isFile && example) return *example;
+  if (isFile || fs::exists(name, error) || !isPlainName(name)) return name;
   throw Failure(Exit::refused, name + ": expected a definition file or an example (" +
-                                   exampleNames() + "), found no such file");
+                                   joined(exampleNames()) + "), found no such file");
 }
 
 }  // namespace korvo::tools

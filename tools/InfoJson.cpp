@@ -73,7 +73,8 @@ json toolJson(const ToolInfo& t, const ToolPoint& at) {
           {"armType", t.kine.armType},
           {"wristType", t.kine.wristType},
           {"armShapeText", t.armShape},
-          {"denavitHartenberg", dhJson(t)}};
+          {"denavitHartenberg", dhJson(t)},
+          {"denavitHartenbergBase", t.dhBase ? matrixJson(*t.dhBase) : json()}};
 }
 
 json pairsJson(const MachineInfo& info) {
@@ -96,6 +97,12 @@ json geometryJson(const MachineInfo& info) {
 }  // namespace
 
 json vectorJson(const zgeo::UVec3d& v) { return {v.x + 0.0, v.y + 0.0, v.z + 0.0}; }
+
+json matrixJson(const zgeo::UMatrix& m) {
+  json rows = json::array();
+  for (int r = 0; r < 4; ++r) rows.push_back({m(r, 0), m(r, 1), m(r, 2), m(r, 3)});
+  return rows;
+}
 
 json infoJson(const Session& session, const MachineInfo& info,
               const std::vector<ToolPoint>& atZero) {

@@ -8,7 +8,7 @@
 namespace korvo::tools {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r";
+constexpr std::string_view kBlanks = " \t";
 
 bool isBlank(std::string_view text) {
   return text.find_first_not_of(kBlanks) == std::string_view::npos;
@@ -16,10 +16,19 @@ bool isBlank(std::string_view text) {
 
 }  // namespace
 
+std::size_t scanNumber(std::string_view text, double& value) {
+  const text::Scan scan = text::scanDouble(text, value);
+  if (!scan || !std::isfinite(value)) return 0;
+  const std::string_view number = text.substr(0, scan.length);
+  const char last = number.back();
+  const bool endsWell = (last >= '0' && last <= '9') || last == '.';
+  return endsWell && number.find_first_of("xX") == std::string_view::npos ? scan.length : 0;
+}
+
 std::optional<double> numberOf(std::string_view text) {
   double value = 0.0;
-  const text::Scan scan = text::scanDouble(text, value);
-  if (!scan || !isBlank(text.substr(scan.length)) || !std::isfinite(value)) return {};
+  const std::size_t length = scanNumber(text, value);
+  if (!length || !isBlank(text.substr(length))) return {};
   return value;
 }
 
@@ -27,6 +36,12 @@ std::optional<int> integerOf(std::string_view text) {
   const std::optional<double> value = numberOf(text);
   if (!value || *value != std::trunc(*value) || std::abs(*value) > 1e9) return {};
   return static_cast<int>(*value);
+}
+
+std::string_view trimmed(std::string_view text) {
+  const std::size_t begin = text.find_first_not_of(kBlanks);
+  if (begin == std::string_view::npos) return {};
+  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
 }
 
 std::vector<std::string> split(std::string_view text, char separator) {

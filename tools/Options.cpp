@@ -3,37 +3,35 @@
 #include <algorithm>
 
 #include "tools/Failure.h"
+#include "tools/Messages.h"
 #include "tools/Numbers.h"
 
 namespace korvo::tools {
 namespace {
 
-std::string quoted(const std::string& text) { return "'" + text + "'"; }
-
 Format formatOf(const std::string& word) {
   if (word == "auto") return Format::automatic;
   if (word == "1") return Format::version1;
   if (word == "2") return Format::version2;
-  failUsage("auto, 1 or 2 after --format", quoted(word));
+  failUsage("auto, 1 or 2 after --format", inQuotes(word));
 }
 
 int toolOf(const std::string& text) {
   const std::optional<int> tool = integerOf(text);
-  if (!tool || *tool < 1) failUsage("a tool number from 1 up after --tool", quoted(text));
+  if (!tool || *tool < 1) failUsage("a tool number from 1 up after --tool", inQuotes(text));
   return *tool;
 }
 
 double lengthOf(const std::string& text) {
   const std::optional<double> length = numberOf(text);
-  if (!length || *length < 0.0) failUsage("a length in mm after --tool-length", quoted(text));
+  if (!length || *length < 0.0)
+    failUsage("a length in mm from 0 up after --tool-length", inQuotes(text));
   return *length;
 }
 
 int strategyOf(const std::string& text) {
   const std::optional<int> strategy = integerOf(text);
-  if (!strategy || *strategy < 0 || *strategy > 2) {
-    failUsage("0, 1 or 2 after --strategy", quoted(text));
-  }
+  if (!strategy) failUsage("a whole number after --strategy", inQuotes(text));
   return *strategy;
 }
 
@@ -46,16 +44,16 @@ PartZero partZeroOf(const std::string& text) {
     good = value.has_value();
     zero.values[i] = value.value_or(0.0);
   }
-  if (!good) failUsage("x,y,z or x,y,z,a,b,c (mm and degrees) after --frame", quoted(text));
+  if (!good) failUsage("x,y,z or x,y,z,a,b,c (mm and degrees) after --frame", inQuotes(text));
   return zero;
 }
 
 std::vector<std::string> locksOf(const std::vector<std::string>& given) {
   std::vector<std::string> names;
   for (const std::string& list : given) {
-    for (const std::string& name : split(list, ',')) {
-      if (name.empty()) failUsage("axis names after --lock", quoted(list));
-      names.push_back(name);
+    for (const std::string& item : split(list, ',')) {
+      names.emplace_back(trimmed(item));
+      if (names.back().empty()) failUsage("axis names (A,B) after --lock", inQuotes(list));
     }
   }
   return names;
@@ -64,22 +62,31 @@ std::vector<std::string> locksOf(const std::vector<std::string>& given) {
 }  // namespace
 
 void addCommonOptions(CLI::App& verb, CommonOptions& o) {
-  verb.add_option("machine", o.machine, "Definition file, or the name of an example")
+  verb.add_option("MACHINE", o.machine)
       ->required()
-      ->type_name("MACHINE")
       ->option_text("Definition file, or the name of an installed example");
   verb.add_option("--format", o.format, "Format version: auto, 1 or 2 [auto: from the axis lines]");
   verb.add_option("--tool", o.tool, "Number of the current tool [1]");
-  verb.add_option("--tool-length", o.toolLength, "Length of that tool from nose to tip, mm [0]");
+  verb.add_option(
+      "--tool-length", o.toolLength,
+      "Length of that tool from nose to tip, mm [0]. A gun's slides its nose by as much "
+      "along its direction; its tip stays where the file has the gun");
   verb.add_option("--frame", o.frame,
                   "Part zero x,y,z[,a,b,c]: its place in the machine frame (mm) and its turn about "
                   "the machine's X, then Y, then Z (degrees). Points are answered in it");
-  verb.add_option("--lock", o.lock, "Names of axes that must not move (repeat, or A,B)");
-  verb.add_option("--strategy", o.strategy,
-                  "Which of two rotary solutions costs less: 1 by the first rotary axis, 2 by the "
-                  "second, 0 by the smaller of both [as in the file]");
+  verb.add_option(
+          "--lock", o.lock,
+          "Names of axes that the solvers leave at their value (A,B, or one a use); forward "
+          "answers at any value of theirs")
+      ->allow_extra_args(false);
+  verb.add_option(
+      "--strategy", o.strategy,
+      "Which of two ways to a tool direction is taken: 1 the one with the smaller turn of "
+      "the axis nearer the part, 2 of the axis nearer the tool, any other number: the one "
+      "with the smallest single turn [as in the file]. forward does not depend on it");
   verb.add_option("--trace", o.trace, "Write the library's trace to FILE, - for standard error");
-  verb.add_flag("--json", o.json, "Answer in JSON (schemas in share/korvo/schemas)");
+  verb.add_flag("--json", o.json, "Answer in JSON (schemas in share/korvo/schemas)")
+      ->disable_flag_override();
 }
 
 void refuseCommonOptions(CLI::App& verb) {
@@ -101,6 +108,7 @@ CheckedOptions checked(const CommonOptions& o) {
   if (o.toolLength) c.toolLength = lengthOf(*o.toolLength);
   if (o.frame) c.partZero = partZeroOf(*o.frame);
   c.lock = locksOf(o.lock);
+  if (o.trace && o.trace->empty()) failUsage("a file or - after --trace", "''");
   if (o.strategy) c.strategy = strategyOf(*o.strategy);
   return c;
 }

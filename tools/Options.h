@@ -19,7 +19,7 @@ struct CommonOptions {
   std::optional<std::string> frame;
   std::vector<std::string> lock;
   std::optional<std::string> strategy;
-  std::string trace;
+  std::optional<std::string> trace;
   bool json = false;
 };
 

@@ -6,8 +6,10 @@
 
 #include "platform/zgeo/UTools.h"
 #include "toolkit/Text.h"
+#include "toolkit/check/Check.h"
 #include "tools/Examples.h"
 #include "tools/Failure.h"
+#include "tools/Messages.h"
 #include "tools/Numbers.h"
 
 using nlohmann::json;
@@ -20,7 +22,6 @@ namespace korvo::tools {
 class Session::Trace {
  public:
   explicit Trace(const std::string& file) {
-    if (file.empty()) return;
     if (file != "-") open(file);
     sink_.emplace(file == "-" ? std::cerr : static_cast<std::ostream&>(stream_));
     zgeo::UTools::_setTraceSink(&*sink_);
@@ -29,24 +30,41 @@ class Session::Trace {
   Trace(const Trace&) = delete;
   Trace& operator=(const Trace&) = delete;
 
- private:
-  void open(const std::string& file) {
-    stream_.open(file);
-    if (!stream_) {
-      throw Failure(Exit::refused, file + ": expected a file to write the trace to, found none");
-    }
+  void close() {
+    zgeo::UTools::_setTraceSink(nullptr);
+    if (!stream_.is_open()) return;
+    stream_.close();
+    if (!stream_) fail("expected room for the whole trace, found a full or failing disk");
   }
 
+ private:
+  void open(const std::string& file) {
+    name_ = file;
+    stream_.open(file);
+    if (!stream_) fail("expected a file to write the trace to, found none");
+  }
+
+  [[noreturn]] void fail(const std::string& problem) const {
+    throw Failure(Exit::refused, name_ + ": " + problem);
+  }
+
+  std::string name_;
   std::ofstream stream_;
   std::optional<zgeo::UStreamTraceSink> sink_;
 };
 
 namespace {
 
-std::string joined(const std::vector<Diagnostic>& diagnostics) {
+// The reasons, and a hint when the file looks like the other format version.
+std::string linesOf(const std::vector<Diagnostic>& reasons, const std::filesystem::path& path,
+                    const FormatChoice& taken) {
   std::string text;
-  for (const Diagnostic& d : diagnostics) text += (text.empty() ? "" : "\n") + toString(d);
-  return text;
+  for (const Diagnostic& d : reasons) text += (text.empty() ? "" : "\n") + toString(d);
+  const int likely = check(path, Format::automatic).format.version;
+  if (likely == 0 || likely == taken.version) return text;
+  return text + "\nkorvo: read as format " + std::to_string(taken.version) +
+         ", but the axis lines look like " + std::to_string(likely) + ": try --format " +
+         std::to_string(likely);
 }
 
 constexpr double kDegToRad = std::numbers::pi / 180.0;
@@ -67,23 +85,20 @@ std::vector<std::string> lockedNames(const AxisNames& names, const std::vector<b
   return list;
 }
 
-std::string list(const std::vector<std::string>& words) {
-  std::string text;
-  for (const std::string& word : words) text += (text.empty() ? "" : ", ") + word;
-  return text.empty() ? "none" : text;
+bool isSameFile(const std::string& a, const std::filesystem::path& b) {
+  std::error_code error;
+  return std::filesystem::equivalent(a, b, error) && !error;
 }
 
 }  // namespace
 
-Session::Session(const CommonOptions& options)
-    : options_(checked(options)), trace_(std::make_unique<Trace>(options.trace)) {
+Session::Session(const CommonOptions& options, const std::optional<std::string>& table)
+    : options_(checked(options)) {
   const std::filesystem::path path = findMachine(options.machine);
   file_ = toUtf8(toWide(path.string()));
-  Loaded loaded = load(path, options_.format);
-  if (!loaded) throw Failure(Exit::refused, joined(loaded.reasons));
-  if (!loaded.reasons.empty()) std::cerr << joined(loaded.reasons) << '\n';
-  machine_ = std::move(loaded.machine);
-  format_ = loaded.format;
+  checkFile(path);
+  openTrace(path, table, options.trace);
+  loadMachine(path);
   setTool();
   setPartZero();
   lockAxes();
@@ -91,6 +106,36 @@ Session::Session(const CommonOptions& options)
 }
 
 Session::~Session() = default;
+
+// Before the trace file is made: a refused machine leaves no file behind.
+void Session::checkFile(const std::filesystem::path& path) const {
+  const CheckResult result = check(path, options_.format);
+  if (hasError(result.diagnostics)) {
+    throw Failure(Exit::refused, linesOf(result.diagnostics, path, result.format));
+  }
+}
+
+void Session::openTrace(const std::filesystem::path& path, const std::optional<std::string>& table,
+                        const std::optional<std::string>& trace) {
+  if (!trace) return;
+  const std::string tableFile = table ? *table == "-" ? "/dev/stdin" : *table : "";
+  if (isSameFile(*trace, path) || isSameFile(*trace, tableFile)) {
+    failUsage("a file of its own after --trace", inQuotes(*trace) + ", which is read");
+  }
+  trace_ = std::make_unique<Trace>(*trace);
+}
+
+void Session::closeTrace() {
+  if (trace_) trace_->close();
+}
+
+void Session::loadMachine(const std::filesystem::path& path) {
+  Loaded loaded = load(path, options_.format);
+  if (!loaded) throw Failure(Exit::refused, linesOf(loaded.reasons, path, loaded.format));
+  if (!loaded.reasons.empty()) say(linesOf(loaded.reasons, path, loaded.format));
+  machine_ = std::move(loaded.machine);
+  format_ = loaded.format;
+}
 
 void Session::setTool() {
   zkin::KMachine& machine = **machine_;
@@ -109,7 +154,7 @@ void Session::lockAxes() {
   locked_.assign(static_cast<std::size_t>(names.size()), false);
   for (const std::string& name : options_.lock) {
     const int place = names.find(name);
-    if (place < 0) failUsage("axes among " + list(names.all()) + " after --lock", "'" + name + "'");
+    if (place < 0) failUsage("axes among " + joined(names.all()) + " after --lock", inQuotes(name));
     locked_[static_cast<std::size_t>(place)] = true;
   }
   for (int r = 0; r < (*machine_)->getElemNumber(); ++r) {
@@ -121,11 +166,11 @@ void Session::lockAxes() {
 
 std::string Session::settingsText() const {
   std::string zero;
-  for (const double v : options_.partZero.values) zero += (zero.empty() ? "" : ",") + rounded(v);
+  for (const double v : options_.partZero.values) zero += (zero.empty() ? "" : ",") + exact(v);
   return "format " + std::to_string(format_.version) + " (" + format_.reason + "); tool " +
-         std::to_string(tool()) + ", length " + rounded((*machine_)->getTHELength(tool())) +
+         std::to_string(tool()) + ", length " + exact((*machine_)->getTHELength(tool())) +
          " mm; part zero " + zero + "; strategy " + std::to_string((*machine_)->getStrategy()) +
-         "; locked: " + list(lockedNames(machine_->axisNames(), locked_));
+         "; locked: " + joined(lockedNames(machine_->axisNames(), locked_));
 }
 
 json Session::settingsJson() const {

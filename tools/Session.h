@@ -1,8 +1,11 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "toolkit/Machine.h"
 #include "tools/Options.h"
@@ -13,10 +16,14 @@ namespace korvo::tools {
 class Session {
  public:
   /// Finds, checks and loads the machine; throws Failure with every reason why not.
-  explicit Session(const CommonOptions& options);
+  /// @param table  Another file that the verb reads, "-" for standard input, or nothing.
+  explicit Session(const CommonOptions& options, const std::optional<std::string>& table = {});
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
+
+  /// Ends the trace. Throws Failure when not all of it could be written.
+  void closeTrace();
 
   const Machine& machine() const { return *machine_; }
   const FormatChoice& format() const { return format_; }
@@ -36,6 +43,10 @@ class Session {
  private:
   class Trace;
 
+  void checkFile(const std::filesystem::path& path) const;
+  void openTrace(const std::filesystem::path& path, const std::optional<std::string>& table,
+                 const std::optional<std::string>& trace);
+  void loadMachine(const std::filesystem::path& path);
   void setTool();
   void setPartZero();
   void lockAxes();

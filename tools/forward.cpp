@@ -6,9 +6,12 @@
 #include <set>
 
 #include "toolkit/Text.h"
+#include "tools/Csv.h"
 #include "tools/InfoJson.h"
+#include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/ToolPoint.h"
+#include "tools/Travel.h"
 #include "tools/Verbs.h"
 #include "tools/forward_rows.h"
 
@@ -23,7 +26,7 @@ namespace {
 
 double valueOf(const std::string& text) {
   const std::optional<double> value = numberOf(text);
-  if (!value) failUsage("a finite number in --at", "'" + text + "'");
+  if (!value) failUsage("a finite decimal number in --at", inQuotes(text));
   return *value;
 }
 
@@ -31,18 +34,19 @@ void setNamed(Position& v, const std::vector<std::string>& parts) {
   std::set<int> seen;
   for (const std::string& part : parts) {
     const std::size_t equals = part.find('=');
-    if (equals == std::string::npos) failUsage("AXIS=VALUE in --at", "'" + part + "'");
-    const std::string name = part.substr(0, equals);
+    if (equals == std::string::npos) failUsage("AXIS=VALUE in --at", inQuotes(part));
+    const std::string_view name = trimmed(std::string_view(part).substr(0, equals));
     const int place = v.names().find(name);
-    if (place < 0) failUsage("an axis of the machine in --at", "'" + name + "'");
-    if (!seen.insert(place).second) failUsage("each axis once in --at", "'" + name + "' again");
+    if (place < 0) failUsage("axes among " + joined(v.names().all()) + " in --at", inQuotes(name));
+    if (!seen.insert(place).second) failUsage("each axis once in --at", inQuotes(name) + " again");
     v[place] = valueOf(part.substr(equals + 1));
   }
 }
 
 void setAll(Position& v, const std::vector<std::string>& parts) {
   if (static_cast<int>(parts.size()) != v.size()) {
-    failUsage(std::to_string(v.size()) + " values in --at", std::to_string(parts.size()));
+    failUsage(std::to_string(v.size()) + " values (" + joined(v.names().all()) + ") in --at",
+              std::to_string(parts.size()));
   }
   for (int i = 0; i < v.size(); ++i) v[i] = valueOf(parts[static_cast<std::size_t>(i)]);
 }
@@ -53,11 +57,6 @@ Position positionAt(const Session& session, const std::string& at) {
     setNamed(v, split(at, ','));
   } else {
     setAll(v, split(at, ','));
-  }
-  for (int i = 0; i < v.size(); ++i) {
-    if (v[i] != 0.0 && session.isLocked(i)) {
-      failUsage("the locked axis " + v.names()[i] + " to stay at 0 in --at", exact(v[i]));
-    }
   }
   return v;
 }
@@ -83,6 +82,13 @@ void printMatrix(std::ostream& out, const UMatrix& m) {
   }
 }
 
+std::vector<std::string> outsideLimits(const Session& session, const Position& v) {
+  const Travel travel(session.machine());
+  double values[12] = {};
+  for (int i = 0; i < v.size(); ++i) values[i] = v[i];
+  return travel.namesOf(travel.outside(values));
+}
+
 std::string elementName(const zkin::KMachine& machine, int rank) {
   return describeElement(*machine.getElemByRank(rank));
 }
@@ -101,7 +107,9 @@ void print(std::ostream& out, const Session& session, const Position& v, bool el
   const ToolPoint at = toolPoint(*session.machine(), *v, session.tool());
   out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
       << "\nPosition  ";
-  for (int i = 0; i < v.size(); ++i) out << ' ' << v.names()[i] << '=' << rounded(v[i]);
+  for (int i = 0; i < v.size(); ++i) out << ' ' << v.names()[i] << '=' << exact(v[i]);
+  const std::vector<std::string> outside = outsideLimits(session, v);
+  if (!outside.empty()) out << "\nOutside limits: " << joined(outside);
   out << "\nNose       " << text(at.nose) << "\nTip        " << text(at.tip) << "\nDirection  "
       << text(at.direction) << "\nTool frame (machine frame)\n";
   printMatrix(out, session.machine()->getMatrix_H2T(v));
@@ -120,6 +128,7 @@ json answerJson(const Session& session, const Position& v, bool elements) {
                  {"machine", session.machineJson()},
                  {"settings", session.settingsJson()},
                  {"position", std::move(values)},
+                 {"outsideLimits", outsideLimits(session, v)},
                  {"nose", vectorJson(at.nose)},
                  {"tip", vectorJson(at.tip)},
                  {"direction", vectorJson(at.direction)},
@@ -129,7 +138,7 @@ json answerJson(const Session& session, const Position& v, bool elements) {
   return answer;
 }
 
-void answerOne(const ForwardOptions& o, const Session& session) {
+Exit answerOne(const ForwardOptions& o, const Session& session) {
   const Position v = o.at ? positionAt(session, *o.at) : session.machine().position();
   if (!isFinite(session.machine()->getMatrix_TP2U(v))) {
     throw Failure(Exit::no, "korvo: expected a tool point within the range of numbers, found none");
@@ -139,10 +148,12 @@ void answerOne(const ForwardOptions& o, const Session& session) {
   } else {
     print(std::cout, session, v, o.elements);
   }
+  return Exit::answered;
 }
 
 void checkTogether(const ForwardOptions& o) {
   if (o.positions && o.at) failUsage("--at or --positions", "both");
+  if (o.positions && o.positions->empty()) failUsage("a file or - after --positions", "''");
   if (o.strict && !o.positions) failUsage("--strict with --positions", "it alone");
   if (o.stats && !o.positions) failUsage("--stats with --positions", "it alone");
   if (o.positions && o.elements && !o.common.json) {
@@ -152,10 +163,12 @@ void checkTogether(const ForwardOptions& o) {
 
 Exit run(const ForwardOptions& o) {
   checkTogether(o);
-  const Session session(o.common);
-  if (o.positions) return answerRows(o, session);
-  answerOne(o, session);
-  return Exit::answered;
+  std::optional<LineBlocks> table;  // first: nothing is written when it cannot be read
+  if (o.positions) table.emplace(*o.positions);
+  Session session(o.common, o.positions);
+  const Exit exit = table ? answerRows(o, session, *table) : answerOne(o, session);
+  session.closeTrace();
+  return exit;
 }
 
 }  // namespace
@@ -163,12 +176,6 @@ Exit run(const ForwardOptions& o) {
 std::string describeElement(const zkin::KMachineElem& e) {
   const int tool = e.isTool() ? zkin::KMachineElem::_getIndexTool(e.getElemIndex()) : 0;
   return tool ? "tool " + std::to_string(tool) : toUtf8(e.getElemName());
-}
-
-json matrixJson(const UMatrix& m) {
-  json rows = json::array();
-  for (int r = 0; r < 4; ++r) rows.push_back({m(r, 0), m(r, 1), m(r, 2), m(r, 3)});
-  return rows;
 }
 
 json elementsJson(const zkin::KMachine& machine, const zkin::KMachineValueBase& v) {
@@ -190,11 +197,21 @@ void addForward(CLI::App& app, Exit& exit) {
   addCommonOptions(*verb, o->common);
   verb->add_option("--at", o->at,
                    "Position: X=10,C=90 (unnamed axes are 0), or all values in order");
-  verb->add_flag("--elements", o->elements, "Also the motion matrices of all elements");
-  verb->add_option("--positions", o->positions,
-                   "Many positions: CSV file with axis names in its header, - for standard input");
-  verb->add_flag("--strict", o->strict, "Stop at the first bad row");
-  verb->add_flag("--stats", o->stats, "Say on standard error how fast the rows were answered");
+  verb->add_flag("--elements", o->elements, "Also the motion matrices of all elements")
+      ->disable_flag_override();
+  verb->add_option(
+      "--positions", o->positions,
+      "Many positions: CSV file (, or ; between columns) with axis names in its header, "
+      "- for standard input; axes without a column are 0");
+  verb->add_flag("--strict", o->strict, "Stop at the first bad row")->disable_flag_override();
+  verb->add_flag("--stats", o->stats,
+                 "Say on standard error what was taken and how fast the rows were answered")
+      ->disable_flag_override();
+  verb->footer(
+      "Frames: the columns of a frame are the turned X, Y, Z of the machine, so they are its axes "
+      "at the\nzero position. Its Z column is the tool direction only of a tool that stands along "
+      "Z "
+      "there.\nLimits: positions outside them are answered too, and the axes outside are named.");
   verb->callback([o, &exit] { exit = run(*o); });
 }
 

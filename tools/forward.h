@@ -22,9 +22,6 @@ struct ForwardOptions {
 /// Name of an element for people: "tool 1" for a tool.
 std::string describeElement(const zkin::KMachineElem& e);
 
-/// Rows of a matrix.
-nlohmann::json matrixJson(const zgeo::UMatrix& m);
-
 /// Motion matrices of all elements.
 nlohmann::json elementsJson(const zkin::KMachine& machine, const zkin::KMachineValueBase& v);
 

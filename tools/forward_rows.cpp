@@ -2,13 +2,15 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdio>
+#include <iomanip>
 #include <iostream>
+#include <sstream>
 
-#include "tools/Csv.h"
+#include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/Progress.h"
 #include "tools/ToolPoint.h"
+#include "tools/Travel.h"
 
 namespace korvo::tools {
 namespace {
@@ -18,16 +20,21 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kBatch = 1024;
 constexpr std::size_t kOutBlock = 1 << 18;
 
-enum class Status { ok, bad, outOfRange };
+// Messages about bad rows; more of them would bury what they say.
+constexpr int kMostReports = 20;
+
+enum class Status { ok, bad, notFinite };
 
 const char* statusWord(Status status) {
-  return status == Status::ok ? "ok" : status == Status::bad ? "bad" : "out-of-range";
+  return status == Status::ok ? "ok" : status == Status::bad ? "bad" : "not-finite";
 }
 
 struct Row {
   int line = 0;
   Status status = Status::ok;
   double values[12] = {};
+  unsigned outside = 0;  // Travel's bits
+  std::string problem;   // why it has no answer
   ToolPoint at;
 };
 
@@ -68,14 +75,15 @@ void appendVector(std::string& out, const zgeo::UVec3d& v, char separator) {
 
 class RowsAnswer {
  public:
-  RowsAnswer(const ForwardOptions& options, const Session& session)
+  RowsAnswer(const ForwardOptions& options, const Session& session, LineBlocks& table)
       : options_(options),
         session_(session),
         machine_(*session.machine()),
         position_(session.machine().position()),
         length_(machine_.getTHELength(session.tool())),
-        lines_(*options.positions),
-        rows_(kBatch) {}
+        lines_(table),
+        rows_(kBatch),
+        travel_(session.machine()) {}
 
   Exit run();
 
@@ -84,13 +92,15 @@ class RowsAnswer {
   bool readBatch();
   void readOne(Row& row, std::string_view line);
   std::optional<std::string> problemOf(Row& row, std::string_view line) const;
+  bool isStopping(const Row& row) const;
   void queryBatch();
   void query(Row& row);
   void printBatch();
   void printCsv(const Row& row);
   void printJson(const Row& row);
   void checkRange(Row& row);
-  void report(int line, const std::string& problem);
+  void report(const Row& row);
+  void appendOutside(const Row& row);
   void printStats(Clock::time_point start) const;
 
   const ForwardOptions& options_;
@@ -98,13 +108,15 @@ class RowsAnswer {
   const zkin::KMachine& machine_;
   Position position_;
   double length_;
-  LineBlocks lines_;
+  LineBlocks& lines_;
   CsvHeader header_;
   std::vector<Row> rows_;
   std::size_t count_ = 0;
-  bool stopped_ = false, anyBad_ = false;
+  bool stopped_ = false;
+  int bad_ = 0;
   std::uint64_t answered_ = 0;
   Clock::duration queryTime_{};
+  Travel travel_;
   Output out_;
   Progress progress_;
 };
@@ -118,15 +130,14 @@ void RowsAnswer::readHeaderLine() {
   }
   header_ = readHeader(lines_, line, session_.machine().axisNames());
   if (options_.common.json) return;
-  std::string head = "line,status,nose_x,nose_y,nose_z,tip_x,tip_y,tip_z,i,j,k\n";
+  std::string head = "line,status,nose_x,nose_y,nose_z,tip_x,tip_y,tip_z,i,j,k,outside_limits\n";
   for (char& c : head) c = c == ',' ? header_.separator : c;
   out_.text() += head;
 }
 
-void RowsAnswer::report(int line, const std::string& problem) {
-  anyBad_ = true;
-  stopped_ = options_.strict;
-  std::cerr << lines_.name() << ':' << line << ": " << problem << '\n';
+void RowsAnswer::report(const Row& row) {
+  if (bad_++ >= kMostReports) return;
+  say(lines_.name() + ":" + std::to_string(row.line) + ": " + row.problem);
 }
 
 std::optional<std::string> RowsAnswer::problemOf(Row& row, std::string_view line) const {
@@ -135,23 +146,21 @@ std::optional<std::string> RowsAnswer::problemOf(Row& row, std::string_view line
            " bytes, found a longer one";
   }
   std::fill(std::begin(row.values), std::end(row.values), 0.0);
-  if (auto problem = readRow(line, header_, row.values)) return problem;
-  for (int i = 0; i < position_.size(); ++i) {
-    if (row.values[i] != 0.0 && session_.isLocked(i)) {
-      return "expected the locked axis " + position_.names()[i] + " to stay at 0, found " +
-             exact(row.values[i]);
-    }
-  }
-  return {};
+  return readRow(line, header_, row.values);
 }
 
 void RowsAnswer::readOne(Row& row, std::string_view line) {
   row.line = lines_.number();
   row.status = Status::ok;
-  if (const auto problem = problemOf(row, line)) {
+  if (auto problem = problemOf(row, line)) {
     row.status = Status::bad;
-    report(row.line, *problem);
+    row.problem = std::move(*problem);
   }
+}
+
+// With --strict nothing behind a bad row is read.
+bool RowsAnswer::isStopping(const Row& row) const {
+  return options_.strict && row.status != Status::ok;
 }
 
 // An empty line is no row: tables often end with one.
@@ -159,7 +168,9 @@ bool RowsAnswer::readBatch() {
   count_ = 0;
   std::string_view line;
   while (count_ < kBatch && !stopped_ && lines_.next(line)) {
-    if (line.find_first_not_of(" \t") != std::string_view::npos) readOne(rows_[count_++], line);
+    if (line.find_first_not_of(" \t") == std::string_view::npos) continue;
+    readOne(rows_[count_], line);
+    if (isStopping(rows_[count_++])) break;
   }
   return count_ != 0;
 }
@@ -169,6 +180,7 @@ bool RowsAnswer::readBatch() {
 void RowsAnswer::query(Row& row) {
   (*position_).set(row.values);
   row.at = toolPoint(machine_, *position_, session_.tool(), length_);
+  row.outside = travel_.outside(row.values);
 }
 
 void RowsAnswer::queryBatch() {
@@ -181,6 +193,23 @@ void RowsAnswer::queryBatch() {
 
 // --- printing
 
+// Names with a blank between them, which no name can hold; quoted when a name holds the separator.
+void RowsAnswer::appendOutside(const Row& row) {
+  if (!row.outside) return;
+  std::string names;
+  for (const std::string& name : travel_.namesOf(row.outside)) {
+    names += (names.empty() ? "" : " ") + name;
+  }
+  const bool isPlain = names.find_first_of(";\"") == std::string::npos;
+  if (isPlain) {
+    out_.text() += names;
+  } else {
+    std::ostringstream quotes;
+    quotes << std::quoted(names, '"', '"');
+    out_.text() += quotes.str();
+  }
+}
+
 void RowsAnswer::printCsv(const Row& row) {
   const char separator = header_.separator;
   std::string& out = out_.text();
@@ -188,12 +217,14 @@ void RowsAnswer::printCsv(const Row& row) {
   out += separator;
   out += statusWord(row.status);
   if (row.status != Status::ok) {
-    out.append(9, separator);
+    out.append(10, separator);
   } else {
     for (const zgeo::UVec3d* v : {&row.at.nose, &row.at.tip, &row.at.direction}) {
       out += separator;
       appendVector(out, *v, separator);
     }
+    out += separator;
+    appendOutside(row);
   }
   out += '\n';
 }
@@ -212,7 +243,8 @@ void RowsAnswer::printJson(const Row& row) {
     appendVector(out, row.at.tip, ',');
     out += R"(],"direction":[)";
     appendVector(out, row.at.direction, ',');
-    out += ']';
+    out += R"(],"outsideLimits":)";
+    out += row.outside ? nlohmann::json(travel_.namesOf(row.outside)).dump() : "[]";
     if (options_.elements) {
       (*position_).set(row.values);
       out += R"(,"elements":)" + elementsJson(machine_, *position_).dump();
@@ -224,8 +256,8 @@ void RowsAnswer::printJson(const Row& row) {
 // Values near the end of the range of doubles can put the tool beyond it.
 void RowsAnswer::checkRange(Row& row) {
   if (row.status != Status::ok || isFinite(row.at)) return;
-  row.status = Status::outOfRange;
-  report(row.line, "expected a tool point within the range of numbers, found none");
+  row.status = Status::notFinite;
+  row.problem = "expected a tool point within the range of numbers, found none";
 }
 
 void RowsAnswer::printBatch() {
@@ -239,7 +271,9 @@ void RowsAnswer::printBatch() {
     }
     answered_ += row.status == Status::ok;
     out_.flushIfFull();
-    if (stopped_ && row.status == Status::outOfRange) return;
+    if (row.status != Status::ok) report(row);
+    stopped_ = isStopping(row);
+    if (stopped_) return;
   }
 }
 
@@ -247,7 +281,8 @@ void RowsAnswer::printStats(Clock::time_point start) const {
   const double query = std::chrono::duration<double>(queryTime_).count();
   const double whole = std::chrono::duration<double>(Clock::now() - start).count();
   const double rate = query > 0.0 ? static_cast<double>(answered_) / query : 0.0;
-  std::cerr << answered_ << " positions answered; query loop " << rounded(query) << " s, "
+  std::cerr << "korvo: " << session_.settingsText() << '\n'
+            << answered_ << " positions answered; query loop " << rounded(query) << " s, "
             << exact(std::round(rate)) << " positions/s; whole run " << rounded(whole) << " s\n";
 }
 
@@ -260,16 +295,18 @@ Exit RowsAnswer::run() {
     progress_.show(lines_.bytesRead(), lines_.fileSize());
   }
   out_.flush();
+  if (bad_ > kMostReports) {
+    say(lines_.name() + ": " + std::to_string(bad_ - kMostReports) + " more bad rows");
+  }
   if (options_.stats) printStats(start);
   if (stopped_) return Exit::refused;
-  return anyBad_ ? Exit::no : Exit::answered;
+  return bad_ ? Exit::no : Exit::answered;
 }
 
 }  // namespace
 
-Exit answerRows(const ForwardOptions& options, const Session& session) {
-  std::cerr << "korvo: " << session.settingsText() << '\n';
-  return RowsAnswer(options, session).run();
+Exit answerRows(const ForwardOptions& options, const Session& session, LineBlocks& table) {
+  return RowsAnswer(options, session, table).run();
 }
 
 }  // namespace korvo::tools

@@ -1,15 +1,18 @@
+#include <algorithm>
+#include <cmath>
 #include <iomanip>
 #include <iostream>
 #include <memory>
-#include <sstream>
 
 #include "tools/InfoJson.h"
+#include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/Session.h"
 #include "tools/ToolPoint.h"
 #include "tools/Verbs.h"
 
 using zgeo::UVec3d;
+using zkin::KMachineElem;
 
 namespace korvo::tools {
 namespace {
@@ -21,7 +24,13 @@ std::string text(const UVec3d& v) {
 }
 
 std::string limitText(const std::optional<double>& limit, const char* none) {
-  return limit ? rounded(*limit) : none;
+  return limit ? exact(*limit) : none;
+}
+
+std::string travelText(const AxisInfo& a) {
+  if (!a.min && !a.max) return "without limits";
+  return "limits " + limitText(a.min, "none") + " to " + limitText(a.max, "none") +
+         (a.isRotary ? " degrees" : " mm");
 }
 
 void printTree(std::ostream& out, const MachineInfo& info) {
@@ -36,9 +45,8 @@ void printAxis(std::ostream& out, const AxisInfo& a) {
   out << "  " << a.valueIndex << "  " << std::left << std::setw(6) << a.name << std::setw(7)
       << (a.isRotary ? "rotary" : "linear") << " number " << a.number << ", direction "
       << text(a.direction);
-  if (a.isRotary) out << " through " << text(a.point);
-  out << ", limits " << limitText(a.min, "none") << " to " << limitText(a.max, "none")
-      << (a.isRotary ? " degrees" : " mm") << (a.onPartSide ? ", part side" : "")
+  if (a.isRotary) out << ", a point on its line " << text(a.point);
+  out << ", " << travelText(a) << (a.onPartSide ? ", part side" : "")
       << (a.isLocked ? ", locked" : "") << '\n';
   if (a.sense) out << "       " << a.sense->text << '\n';
 }
@@ -46,6 +54,17 @@ void printAxis(std::ostream& out, const AxisInfo& a) {
 void printAxes(std::ostream& out, const MachineInfo& info) {
   out << "Axes, by value index (directions: of the tool's motion relative to the part)\n";
   for (const AxisInfo& a : info.axes) printAxis(out, a);
+}
+
+// The table leaves the place of its base open: row i's frame is this times the product of
+// rows 1..i.
+void printDhBase(std::ostream& out, const zgeo::UMatrix& base) {
+  out << "      base of the table in the machine frame\n";
+  for (int r = 0; r < 3; ++r) {
+    out << std::string(14, ' ');
+    for (int c = 0; c < 4; ++c) out << std::setw(16) << rounded(base(r, c));
+    out << '\n';
+  }
 }
 
 void printDh(std::ostream& out, const ToolInfo& tool) {
@@ -58,11 +77,12 @@ void printDh(std::ostream& out, const ToolInfo& tool) {
     }
     out << '\n';
   }
+  if (tool.dhBase) printDhBase(out, *tool.dhBase);
 }
 
 void printTool(std::ostream& out, const ToolInfo& tool, const ToolPoint& at) {
   out << "  " << tool.number << (tool.isGun ? "  drill gun" : "  tool") << ", length "
-      << rounded(tool.length) << " mm; at zero nose " << text(at.nose) << ", tip " << text(at.tip)
+      << exact(tool.length) << " mm; at zero nose " << text(at.nose) << ", tip " << text(at.tip)
       << ", direction " << text(at.direction) << '\n'
       << "    " << tool.kinematicClass << '\n';
   if (!tool.armShape.empty()) out << "    " << tool.armShape << '\n';
@@ -111,16 +131,56 @@ std::vector<ToolPoint> toolsAtZero(const Session& session, const MachineInfo& in
   return points;
 }
 
+// --- what no answer can hold
+
+bool isFinite(const UVec3d& v) {
+  return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+bool isFinite(const AxisInfo& a) {
+  return isFinite(a.direction) && isFinite(a.point) && std::isfinite(a.min.value_or(0.0)) &&
+         std::isfinite(a.max.value_or(0.0));
+}
+
+bool isFinite(const KMachineElem::_sUDHm& dh) {
+  return std::isfinite(dh.alpha) && std::isfinite(dh.a) && std::isfinite(dh.theta) &&
+         std::isfinite(dh.d);
+}
+
+bool isFinite(const ToolInfo& tool, const ToolPoint& at) {
+  return isFinite(at.nose) && isFinite(at.tip) && isFinite(at.direction) &&
+         std::all_of(tool.dhTable.begin(), tool.dhTable.end(),
+                     [](const DhRow& row) { return isFinite(row.dh); });
+}
+
+void requireFinite(const Session& session, const MachineInfo& info,
+                   const std::vector<ToolPoint>& atZero) {
+  std::vector<std::string> bad;
+  for (const AxisInfo& a : info.axes) {
+    if (!isFinite(a)) bad.push_back("axis " + a.name);
+  }
+  for (std::size_t i = 0; i < info.tools.size(); ++i) {
+    if (!isFinite(info.tools[i], atZero[i])) {
+      bad.push_back("tool " + std::to_string(info.tools[i].number));
+    }
+  }
+  if (bad.empty()) return;
+  throw Failure(Exit::refused, session.file() + ": expected finite numbers, found others at " +
+                                   joined(bad) + " (directions, points, limits or chain)");
+}
+
 void run(const CommonOptions& options) {
-  const Session session(options);
+  Session session(options);
   MachineInfo info = describe(session.machine());
   keepTool(info, session);
   const std::vector<ToolPoint> atZero = toolsAtZero(session, info);
+  requireFinite(session, info, atZero);
   if (options.json) {
     std::cout << infoJson(session, info, atZero).dump(2) << '\n';
   } else {
     print(std::cout, session, info, atZero);
   }
+  session.closeTrace();
 }
 
 }  // namespace

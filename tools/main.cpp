@@ -1,10 +1,15 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <new>
+#include <string>
+#include <vector>
 
+#include "tools/Arguments.h"
 #include "tools/Examples.h"
 #include "tools/Failure.h"
+#include "tools/Messages.h"
 #include "tools/Verbs.h"
 
 using korvo::tools::Exit;
@@ -13,9 +18,20 @@ namespace {
 
 int codeOf(Exit exit) { return static_cast<int>(exit); }
 
-int report(Exit exit, const char* message) {
-  std::cerr << message << '\n';
+int report(Exit exit, const std::string& message) {
+  korvo::tools::say(message);
   return codeOf(exit);
+}
+
+// Help and version are answers; anything else is a wrong command line.
+Exit exitOf(CLI::App& app, const CLI::ParseError& e) {
+  if (e.get_exit_code() != 0) {
+    korvo::tools::say(std::string("korvo: ") + e.what() +
+                      "\nRun with --help for more information.");
+    return Exit::usage;
+  }
+  app.exit(e);
+  return Exit::answered;
 }
 
 int run(int argc, char** argv) {
@@ -23,15 +39,19 @@ int run(int argc, char** argv) {
   app.set_version_flag("--version", KORVO_VERSION);
   app.require_subcommand(1);
   app.footer(
+      "korvo VERB --help says more about a verb.\n"
       "Exit codes: 0 answered, 1 answered \"no\", 2 bad usage, 3 unreadable or refused input");
   Exit exit = Exit::answered;
   korvo::tools::addInfo(app, exit);
   korvo::tools::addForward(app, exit);
   korvo::tools::addNew(app, exit);
+  std::vector<std::string> arguments =
+      korvo::tools::withVerbFirst(app, {argv + std::min(argc, 1), argv + argc});
+  std::reverse(arguments.begin(), arguments.end());  // as the parser wants it
   try {
-    app.parse(argc, argv);
+    app.parse(std::move(arguments));
   } catch (const CLI::ParseError& e) {
-    return app.exit(e) == 0 ? 0 : codeOf(Exit::usage);
+    exit = exitOf(app, e);
   }
   std::cout.flush();
   if (std::cout.fail())
@@ -52,6 +72,6 @@ int main(int argc, char** argv) {
   } catch (const std::bad_alloc&) {
     return report(Exit::refused, "korvo: expected enough memory, found too little");
   } catch (const std::exception& e) {
-    return report(Exit::refused, e.what());
+    return report(Exit::refused, std::string("korvo: ") + e.what());
   }
 }

@@ -1,7 +1,16 @@
+#include <algorithm>
+#include <fstream>
+#include <iomanip>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <sstream>
 
+#include "toolkit/Text.h"
+#include "toolkit/check/Check.h"
+#include "tools/Examples.h"
+#include "tools/Messages.h"
 #include "tools/Options.h"
 #include "tools/Session.h"
 #include "tools/Verbs.h"
@@ -13,48 +22,87 @@ namespace korvo::tools {
 namespace {
 
 struct NewOptions {
-  std::string name;
+  std::optional<std::string> name;
   bool json = false;
 };
 
-json startJson(const Start& s, bool withText) {
-  json start = {{"name", s.name}, {"summary", s.summary}, {"format", s.version}};
-  if (withText) start["text"] = s.text;
-  return start;
+// A start or an example machine: both are files to begin with.
+struct Offer {
+  std::string name, summary, text;
+  int version = 0;
+};
+
+std::string readFile(const std::filesystem::path& path) {
+  std::ifstream stream(path, std::ios::binary);
+  std::ostringstream text;
+  text << stream.rdbuf();
+  if (!stream) throw Failure(Exit::refused, path.string() + ": expected a readable file");
+  return text.str();
+}
+
+// An example begins with a comment that says what it is.
+std::string summaryOf(const std::string& text) {
+  const std::size_t begin = text.find_first_not_of("# ");
+  return begin == std::string::npos ? "" : text.substr(begin, text.find('\n', begin) - begin);
+}
+
+Offer exampleOffer(const std::string& name, const std::filesystem::path& path) {
+  std::string text = readFile(path);
+  return {name, summaryOf(text), text, check(path).format.version};
+}
+
+// A start hides the example of its name: it says more about how to go on.
+std::vector<Offer> offers() {
+  std::vector<Offer> all;
+  for (const Start& s : starts()) {
+    all.push_back({std::string(s.name), std::string(s.summary), std::string(s.text), s.version});
+  }
+  for (const std::string& name : exampleNames()) {
+    const auto isName = [&](const Start& s) { return s.name == name; };
+    if (std::any_of(starts().begin(), starts().end(), isName)) continue;
+    if (const auto path = findExample(name)) all.push_back(exampleOffer(name, *path));
+  }
+  return all;
+}
+
+json offerJson(const Offer& offer, bool withText) {
+  json answer = {{"name", offer.name}, {"summary", offer.summary}, {"format", offer.version}};
+  if (withText) answer["text"] = toUtf8(toWide(offer.text));
+  return answer;
 }
 
 json answerJson(json list) {
   return {{"schema", "korvo.new/1"}, {"units", unitsJson()}, {"starts", std::move(list)}};
 }
 
-void listStarts(bool asJson) {
+void listOffers(bool asJson) {
   json list = json::array();
-  for (const Start& s : starts()) {
+  for (const Offer& offer : offers()) {
     if (asJson) {
-      list.push_back(startJson(s, false));
+      list.push_back(offerJson(offer, false));
     } else {
-      std::cout << s.name << std::string(12 - s.name.size(), ' ') << s.summary << '\n';
+      std::cout << std::left << std::setw(18) << offer.name << offer.summary << '\n';
     }
   }
   if (asJson) std::cout << answerJson(std::move(list)).dump(2) << '\n';
 }
 
-const Start& startOf(const std::string& name) {
-  std::string names;
-  for (const Start& s : starts()) {
-    if (s.name == name) return s;
-    names += (names.empty() ? "" : ", ") + std::string(s.name);
+Offer offerOf(const std::string& name) {
+  std::vector<std::string> names;
+  for (const Offer& offer : offers()) {
+    if (offer.name == name) return offer;
+    names.push_back(offer.name);
   }
-  failUsage("one of " + names, "'" + name + "'");
+  failUsage("one of " + joined(names), inQuotes(name));
 }
 
 void run(const NewOptions& o) {
-  if (o.name.empty()) return listStarts(o.json);
-  const Start& start = startOf(o.name);
+  if (!o.name) return listOffers(o.json);
+  const Offer offer = offerOf(*o.name);
   if (o.json) {
-    std::cout << answerJson(json::array({startJson(start, true)})).dump(2) << '\n';
+    std::cout << answerJson(json::array({offerJson(offer, true)})).dump(2) << '\n';
   } else {
-    std::cout << start.text;
+    std::cout << offer.text;
   }
 }
 
@@ -63,8 +111,9 @@ void run(const NewOptions& o) {
 void addNew(CLI::App& app, Exit&) {
   CLI::App* verb = app.add_subcommand("new", "Print a commented start for a machine of your own");
   const auto o = std::make_shared<NewOptions>();
-  verb->add_option("start", o->name, "Which start; without it, the list of starts");
-  verb->add_flag("--json", o->json, "Answer in JSON");
+  verb->add_option("NAME", o->name,
+                   "Which one: a start, or an example machine; without it, the list of both");
+  verb->add_flag("--json", o->json, "Answer in JSON")->disable_flag_override();
   refuseCommonOptions(*verb);
   verb->callback([o] { run(*o); });
 }

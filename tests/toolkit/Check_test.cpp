@@ -42,7 +42,9 @@ TEST(Check, UnreadableFileIsAFinding) {
 
 TEST(Check, AFolderIsUnreadable) {
   const TempDir folder;
-  EXPECT_EQ(withCode(korvo::check(folder.path()), "file-unreadable").size(), 1u);
+  const auto found = withCode(korvo::check(folder.path()), "file-unreadable");
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].text, "expected a readable file, found a folder");
 }
 
 // --- rotation points
@@ -190,10 +192,71 @@ TEST(Check, LargestAxisNumberIsAccepted) {
       checkText("frame\npart\nlien=BATI\naxis=X,10000,x\ntool=z,0,0,0\n").diagnostics.empty());
 }
 
+// --- what loads, but hardly as meant
+
+struct WarningRow {
+  const char* label;
+  const char* lines;  // after frame, part, lien, X (line 4) and the tool (line 5)
+  const char* code;
+  int line;
+  const char* wantedAndFound;
+};
+
+class WarningTable : public testing::TestWithParam<WarningRow> {};
+
+TEST_P(WarningTable, IsSaidAndTheMachineLoads) {
+  const WarningRow& row = GetParam();
+  const TempDir folder;
+  const auto path = folder.write("m.def", machineWith(row.lines));
+  const korvo::Loaded loaded = korvo::load(path, Format::version1);
+  ASSERT_TRUE(loaded);
+  const auto found = withCode({{}, loaded.reasons}, row.code);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].severity, korvo::Severity::warning);
+  EXPECT_EQ(found[0].line, row.line);
+  EXPECT_EQ(found[0].text, row.wantedAndFound);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Check, WarningTable,
+    testing::Values(
+        WarningRow{"NoDirection", "axis=Y,2\n", "axis-direction", 6,
+                   "expected a direction for every axis, found none for 'Y'"},
+        WarningRow{"NullDirection", "rotation=C,2,0,0,0,0,0,0,0,0\n", "axis-direction", 6,
+                   "expected a direction for every axis, found none for 'C'"},
+        WarningRow{"DirectionNotFinite", "axis=Y,2,0,inf,0\n", "axis-direction", 6,
+                   "expected a direction for every axis, found one that is not finite for 'Y'"},
+        WarningRow{"AxisWithoutNumber", "\naxis=W,+z\n", "axis-place", 7,
+                   "expected an axis number from 1 up (in version 2 a name X, Y, Z, A, B or C), "
+                   "found 'W' without, which never moves"},
+        WarningRow{"NumberTwice", "axis=Y,1,y\n", "axis-number-twice", 6,
+                   "expected each axis number once, found 1 again, after line 4"},
+        WarningRow{"BehindTheTool", "axis=Y,2,y\n", "axis-off-chain", 6,
+                   "expected every axis between the part and a tool, found 'Y' in none"},
+        WarningRow{"BesideTheTool", "lien=X\naxis=Y,2,y\n", "axis-off-chain", 7,
+                   "expected every axis between the part and a tool, found 'Y' in none"}),
+    [](const auto& row) { return std::string(row.param.label); });
+
+TEST(Check, AnAxisBehindATableIsOnTheChain) {
+  EXPECT_TRUE(checkText("frame\nrotation=C,2,z,0,0,0,0,0\npart\nlien=BATI\naxis=X,1,x\n"
+                        "tool=z,0,0,0\nlien=X\naxis=Y,3,y\ngun=z,0,0,0\n")
+                  .diagnostics.empty());
+}
+
+TEST(Check, AVersion2NameThatIsNoneIsSaid) {
+  const auto result = checkText(
+      "frame=z\npart=x,y,0,0,0\nlien=BATI\naxis=X,x\naxis=W,z\ntool=z,0,0,0\n", Format::version2);
+  ASSERT_EQ(withCode(result, "axis-place").size(), 1u);
+  EXPECT_EQ(withCode(result, "axis-place")[0].line, 5);
+}
+
 TEST(Check, DiagnosticsReadAsFileLineText) {
   EXPECT_EQ(
       korvo::toString(Diagnostic{"a.def", 41, 3, "x", korvo::Severity::error, "wanted, found"}),
       "a.def:41: wanted, found");
+  EXPECT_EQ(
+      korvo::toString(Diagnostic{"a.def", 7, 0, "x", korvo::Severity::warning, "wanted, found"}),
+      "a.def:7: warning: wanted, found");
   EXPECT_STREQ(korvo::toString(korvo::Severity::warning), "warning");
   EXPECT_STREQ(korvo::toString(korvo::Severity::error), "error");
 }

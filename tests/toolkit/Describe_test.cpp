@@ -1,6 +1,9 @@
 #include "toolkit/Describe.h"
 
+#include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <map>
 
 #include "tests/support/TempFile.h"
 
@@ -101,6 +104,105 @@ TEST(Describe, EachToolHasItsOwnDenavitHartenbergTable) {
   EXPECT_EQ(info.tools[1].dhTable.back().name, "tool 2");
 }
 
+// --- the base of the table
+
+std::vector<std::string> exampleFiles() {
+  std::vector<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(KORVO_MACHINES)) {
+    if (entry.path().extension() == ".def") files.push_back(entry.path().string());
+  }
+  return files;
+}
+
+// The direction and a point of the line that the file gives to an element, by the element's name.
+struct FileLine {
+  zgeo::UVec3d direction, point;
+  bool hasPoint = false;  // a linear axis has none
+};
+
+std::map<std::string, FileLine> fileLines(const MachineInfo& info) {
+  std::map<std::string, FileLine> lines;
+  for (const korvo::AxisInfo& a : info.axes) {
+    lines[a.name] = {a.direction.normalised(), a.point, a.isRotary};
+  }
+  for (const korvo::ToolInfo& t : info.tools) {
+    lines["tool " + std::to_string(t.number)] = {t.direction, t.nose, true};
+  }
+  return lines;
+}
+
+class DhBaseOf : public testing::TestWithParam<std::string> {};
+
+// The table's angles carry the rounding of an arc sine near 90 degrees, about 1e-8 of a turn.
+TEST_P(DhBaseOf, TimesTheRowsIsEachElementsLine) {
+  const korvo::Loaded loaded = korvo::load(GetParam());
+  ASSERT_TRUE(loaded);
+  const MachineInfo info = korvo::describe(*loaded.machine);
+  const auto lines = fileLines(info);
+  for (const korvo::ToolInfo& tool : info.tools) {
+    ASSERT_TRUE(tool.dhBase.has_value());
+    zgeo::UMatrix frame = *tool.dhBase;
+    int checked = 0;
+    for (const korvo::DhRow& row : tool.dhTable) {
+      frame = frame * zkin::KMachineElem::_transitionMatrix(row.dh);
+      const auto line = lines.find(row.name);
+      if (line == lines.end()) continue;  // the part
+      zgeo::UVec3d z(0, 0, 1);
+      frame.applyDir(z);
+      EXPECT_LT(z.distanceTo(line->second.direction), 1e-6) << row.name;
+      if (line->second.hasPoint) {
+        const zgeo::UVec3d offset = line->second.point - frame.getOrigin();
+        EXPECT_LT((offset ^ line->second.direction).norm(), 1e-4) << row.name;
+      }
+      ++checked;
+    }
+    EXPECT_EQ(checked + 1, static_cast<int>(tool.dhTable.size()));
+    EXPECT_NEAR(frame.getOrigin().distanceTo(tool.nose), 0.0, 1e-4);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Describe, DhBaseOf, testing::ValuesIn(exampleFiles()),
+                         [](const auto& row) {
+                           std::string name = std::filesystem::path(row.param).stem().string();
+                           std::replace(name.begin(), name.end(), '-', '_');
+                           return name;
+                         });
+
+// The table starts from the common normal of the part's Z line and the X axis, which lies along Y:
+// its base is turned by a quarter about Z.
+TEST(Describe, TheBaseOfATableMayBeTurned) {
+  const MachineInfo info =
+      describeText("frame=z\npart=x,y,0,0,0\nlien=BATI\naxis=X,x\ntool=z,30,40,0\n");
+  ASSERT_TRUE(info.tools[0].dhBase.has_value());
+  const zgeo::UMatrix& base = *info.tools[0].dhBase;
+  EXPECT_NEAR(base(0, 0), 0.0, 1e-9);
+  EXPECT_NEAR(std::abs(base(1, 0)), 1.0, 1e-9);
+  EXPECT_NEAR(base(2, 2), 1.0, 1e-9);
+}
+
+// All lines along Z: how the table is turned is seen from where they stand, else it does not
+// matter.
+TEST(Describe, ATableOfParallelLinesHasABase) {
+  const MachineInfo info = describeText(
+      "frame\npart=x,y,0,0,0\nlien=BATI\nrotation=C,1,z,0,0,10,0,0\n"
+      "rotation=D,2,z,0,0,10,20,0\ntool=z,10,20,5\n");
+  ASSERT_TRUE(info.tools[0].dhBase.has_value());
+  zgeo::UMatrix frame = *info.tools[0].dhBase;
+  for (const korvo::DhRow& row : info.tools[0].dhTable) {
+    frame = frame * zkin::KMachineElem::_transitionMatrix(row.dh);
+  }
+  EXPECT_LT(frame.getOrigin().distanceTo({10, 20, 5}), 1e-9);
+  const MachineInfo single =
+      describeText("frame=z\npart=x,y,0,0,0\nlien=BATI\naxis=Z,z\ntool=z,0,0,7\n");
+  EXPECT_EQ(single.tools[0].dhBase, zgeo::UMatrix());
+}
+
+TEST(Describe, AChainWithoutADirectionHasNoBase) {
+  const MachineInfo info =
+      describeText("frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,x\naxis=Y,2\ntool=z,0,0,0\n");
+  EXPECT_FALSE(info.tools[0].dhBase.has_value());
+}
+
 TEST(Describe, GeometryFilesAreFoundOrNot) {
   const TempDir folder;
   folder.write("Head.stl", "solid\nendsolid\n");
@@ -137,7 +239,7 @@ TEST(Describe, ClassesAreSaidInWords) {
             "three linear axes and three or more rotary axes (all in the head)");
   k.kinematicClass = 5;
   EXPECT_EQ(korvo::kinematicClassText(k, 6, 0),
-            "articulated arm: fewer than three independent linear axes");
+            "no three independent linear axes (articulated arm or unknown layout)");
 }
 
 TEST(Describe, ArmShapesAreSaidInWords) {

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "toolkit/Path.h"
 #include "toolkit/check/Document.h"
@@ -29,6 +30,16 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
+// Of what openRead does not open.
+const char* whatIsThere(const std::filesystem::path& path) {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (error == std::errc::permission_denied) return "no permission";
+  if (!std::filesystem::exists(status)) return "none";
+  if (std::filesystem::is_directory(status)) return "a folder";
+  return std::filesystem::is_regular_file(status) ? "no permission" : "a pipe or a device";
+}
+
 File openRead(const std::filesystem::path& path) {
   std::error_code error;
   if (!std::filesystem::is_regular_file(path, error)) return nullptr;  // a pipe would block
@@ -45,9 +56,9 @@ CheckResult check(const std::filesystem::path& path, Format format) {
   const std::string name = utf8Of(path);
   const File file = openRead(path);
   if (!file) {
-    return {
-        {},
-        {{name, 0, 0, "file-unreadable", Severity::error, "expected a readable file, found none"}}};
+    return {{},
+            {{name, 0, 0, "file-unreadable", Severity::error,
+              std::string("expected a readable file, found ") + whatIsThere(path)}}};
   }
   const checking::Document document = checking::readDocument(file.get());
   const FormatChoice choice = checking::chooseFormat(document, format);

@@ -6,7 +6,8 @@ namespace korvo {
 
 std::string toString(const Diagnostic& diagnostic) {
   const std::string line = diagnostic.line > 0 ? ":" + std::to_string(diagnostic.line) : "";
-  return diagnostic.file + line + ": " + diagnostic.text;
+  const char* mark = diagnostic.severity == Severity::warning ? ": warning: " : ": ";
+  return diagnostic.file + line + mark + diagnostic.text;
 }
 
 const char* toString(Severity severity) {

@@ -23,7 +23,7 @@ struct Diagnostic {
   std::string text;  ///< What was wanted, and what was found. UTF-8.
 };
 
-/// "file:line: text", or "file: text" without a line.
+/// "file:line: text", or "file: text" without a line; a warning's text follows "warning: ".
 KORVO_TOOLKIT_API std::string toString(const Diagnostic& diagnostic);
 
 /// "warning" or "error".

@@ -1,6 +1,7 @@
 #include "toolkit/check/rules.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 #include <unordered_map>
 
@@ -107,6 +108,79 @@ Findings axisNumbers(const Source& source) {
   return findings;
 }
 
+bool isAxis(const KMachineElem& e) {
+  return e.getElemType() == KMachineElem::KMET_TYPE_ALIN ||
+         e.getElemType() == KMachineElem::KMET_TYPE_AROT;
+}
+
+bool isMovingAxis(const KMachineElem& e) {
+  return isAxis(e) && KMachineElem::_isIndexAxis(e.getElemIndex());
+}
+
+std::string nameOf(const KMachineElem& e) { return quoted(e.getElemName()); }
+
+Findings axisDirections(const Source& source) {
+  Findings findings;
+  for (std::size_t i = 0; i < source.linked.elements.size(); ++i) {
+    const KMachineElem& e = source.linked.elements[i];
+    const zgeo::UVec3d& d = e.getElemAxis();
+    const bool isFinite = std::isfinite(d.x) && std::isfinite(d.y) && std::isfinite(d.z);
+    if (!isMovingAxis(e) || (isFinite && d != zgeo::UVec3d())) continue;
+    const char* found = isFinite ? "none for " : "one that is not finite for ";
+    findings.push_back({source.linked.lines[i], 0, found + nameOf(e)});
+  }
+  return findings;
+}
+
+// Most often a version-2 name such as W, or a version-1 line that forgot its number.
+Findings axisPlaces(const Source& source) {
+  Findings findings;
+  for (std::size_t i = 0; i < source.linked.elements.size(); ++i) {
+    const KMachineElem& e = source.linked.elements[i];
+    if (!isAxis(e) || isMovingAxis(e)) continue;
+    findings.push_back({source.linked.lines[i], 0, nameOf(e) + " without, which never moves"});
+  }
+  return findings;
+}
+
+Findings axisNumbersTwice(const Source& source) {
+  Findings findings;
+  std::unordered_map<int, int> lineOf;
+  for (std::size_t i = 0; i < source.linked.elements.size(); ++i) {
+    const int number = source.linked.elements[i].getElemIndex();
+    if (!isMovingAxis(source.linked.elements[i])) continue;
+    const auto [first, isNew] = lineOf.emplace(number, source.linked.lines[i]);
+    if (isNew) continue;
+    findings.push_back(
+        {source.linked.lines[i], 0,
+         std::to_string(number) + " again, after line " + std::to_string(first->second)});
+  }
+  return findings;
+}
+
+// Walks from every tool towards the root; a walk ends where one has passed, rings included.
+std::vector<bool> onToolChains(const LinkedElements& linked) {
+  const std::vector<int> previous = previousRanks(linked.elements);
+  std::vector<bool> isOn(linked.elements.size());
+  for (std::size_t i = 0; i < linked.elements.size(); ++i) {
+    if (!linked.elements[i].isTool()) continue;
+    for (int at = static_cast<int>(i); at >= 0 && !isOn[at]; at = previous[at]) isOn[at] = true;
+  }
+  return isOn;
+}
+
+Findings axesOffChains(const Source& source) {
+  const std::vector<bool> isOn = onToolChains(source.linked);
+  if (std::find(isOn.begin(), isOn.end(), true) == isOn.end()) return {};  // no tool at all
+  Findings findings;
+  for (std::size_t i = 0; i < isOn.size(); ++i) {
+    const KMachineElem& e = source.linked.elements[i];
+    if (isOn[i] || !isMovingAxis(e)) continue;
+    findings.push_back({source.linked.lines[i], 0, nameOf(e) + " in none"});
+  }
+  return findings;
+}
+
 Findings axisCount(const Source& source) {
   std::set<int> numbers;
   for (const KMachineElem& e : source.linked.elements) {
@@ -159,6 +233,13 @@ constexpr Rule kRules[] = {
     {"one-frame", Severity::error, "expected one frame line", oneFrame},
     {"one-part", Severity::error, "expected one part line", onePart},
     {"some-tool", Severity::error, "expected at least one tool line", someTool},
+    // The file loads, but hardly as it was meant.
+    {"axis-direction", Severity::warning, "expected a direction for every axis", axisDirections},
+    {"axis-place", Severity::warning,
+     "expected an axis number from 1 up (in version 2 a name X, Y, Z, A, B or C)", axisPlaces},
+    {"axis-number-twice", Severity::warning, "expected each axis number once", axisNumbersTwice},
+    {"axis-off-chain", Severity::warning, "expected every axis between the part and a tool",
+     axesOffChains},
 };
 
 }  // namespace

@@ -1,0 +1,71 @@
+#include "tools/Arguments.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "tools/Failure.h"
+#include "tools/Messages.h"
+
+namespace korvo::tools {
+namespace {
+
+std::vector<std::string> verbsOf(const CLI::App& app) {
+  std::vector<std::string> verbs;
+  for (const CLI::App* verb : app.get_subcommands({})) verbs.push_back(verb->get_name());
+  return verbs;
+}
+
+bool holds(const std::vector<std::string>& words, const std::string& word) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+// How many letters to insert, drop or change (Levenshtein's distance, row by row).
+int distance(const std::string& a, const std::string& b) {
+  std::vector<int> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), 0);
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    int diagonal = row[0]++;
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const int changed = diagonal + (a[i] != b[j]);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
+    }
+  }
+  return row.back();
+}
+
+std::string didYouMean(const std::vector<std::string>& verbs, const std::string& word) {
+  constexpr int kMistypedLetters = 2;
+  for (const std::string& verb : verbs) {
+    if (distance(verb, word) <= kMistypedLetters) return " (did you mean '" + verb + "'?)";
+  }
+  return "";
+}
+
+[[noreturn]] void failVerb(const std::vector<std::string>& verbs,
+                           const std::vector<std::string>& arguments) {
+  const std::string wanted = "a verb (" + joined(verbs) + ") first";
+  if (arguments.empty()) failUsage(wanted, "nothing; 'korvo --help' says more");
+  const std::string& first = arguments.front();
+  const auto verb =
+      std::find_first_of(arguments.begin(), arguments.end(), verbs.begin(), verbs.end());
+  if (verb == arguments.end()) failUsage(wanted, inQuotes(first) + didYouMean(verbs, first));
+  failUsage(wanted, inQuotes(first) + " before '" + *verb + "'; write 'korvo " + *verb + " ...'");
+}
+
+}  // namespace
+
+std::vector<std::string> withVerbFirst(const CLI::App& app, std::vector<std::string> arguments) {
+  const std::vector<std::string> verbs = verbsOf(app);
+  if (!arguments.empty() && arguments.front() == "help") {
+    arguments.erase(arguments.begin());
+    arguments.insert(arguments.begin() + !arguments.empty(), "--help");
+  }
+  const bool isAnswered = !arguments.empty() && holds({"--help", "-h", "--version"}, arguments[0]);
+  if (!isAnswered && (arguments.empty() || !holds(verbs, arguments.front()))) {
+    failVerb(verbs, arguments);
+  }
+  return arguments;
+}
+
+}  // namespace korvo::tools
