@@ -57,6 +57,19 @@ double axisValue(const MachineView& machine, const KMachineValueBase& v, const K
 void moveByOwn(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& e,
                zgeo::UMatrix& placed);
 
+/// Calls `visit(element, motion)` for every element of a chain, root first, with its motion matrix:
+/// bit by bit what `motionOf` gives for it.
+template <typename Visit>
+void walkMotions(const MachineView& machine, const KMachineValueBase& v, const ChainWalk& chain,
+                 Visit visit) {
+  zgeo::UMatrix placed;
+  for (const KMachineElem* e : chain) {
+    if (e->isInverted()) visit(*e, placed);  // moved only by what carries it
+    moveByOwn(machine, v, *e, placed);
+    if (!e->isInverted()) visit(*e, placed);
+  }
+}
+
 /// Motion matrix of the last element of its chain: all motions before it and, unless it is
 /// inverted, its own. Identity for null.
 zgeo::UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v,

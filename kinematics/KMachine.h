@@ -12,6 +12,8 @@
 
 namespace zkin {
 
+struct SolveView;
+
 /// A machine tool: its elements, the chains that join them, and the answers to where they are.
 ///
 /// Frames: points and directions are in the machine frame M, in mm. Values are mm (linear) and
@@ -235,6 +237,90 @@ class KORVO_KINEMATICS_API KMachine {
   /// Writes the position into the current Denavit-Hartenberg values of the tool's chain.
   void updateDHm(const KMachineValueBase& v, int tool) const;
 
+  // --- KMachine_inverse.cpp: from a tool point and direction to axis values
+  //
+  // Targets are tool tips (mm) and tool directions (any length, from tip to spindle) in the machine
+  // frame, for the current tool. Solving goes by increments from a start, which picks the turn and
+  // the branch. Limits are not looked at, except by the lists. Codes do not say whether the target
+  // was reached: verify with `getTool`. Solvers write the start into the elements'
+  // Denavit-Hartenberg values: one machine must not be asked from two threads, copies may.
+
+  /// One position that reaches the target, by the class of the current tool's record.
+  ///
+  /// @param[out] out  The solution, or what could be solved of it: see the two solvers below.
+  /// @return  Classes 1 to 4: as `getConfig`. Class 5: 0, or -1 without a tool element (`out` is
+  ///          `current` then). No class: -1, `out` untouched.
+  /// @cost    A few walks along the chain; no allocation once warm.
+  int getConfigPlus(const KMachineValueBase& current, const zgeo::UVec3d& pos,
+                    const zgeo::UVec3d& dir, KMachineValueBase& out) const;
+
+  /// Rotary and linear axes: the free rotary axes turn the tool onto the direction (one: as near as
+  /// its cone allows; several: the pair with the smallest turns, by strategy), then the first three
+  /// free linear axes, counted from the tool, that can carry the tool point.
+  ///
+  /// @return  -1 without a rotary solution (`out` is `current`); else the code of the last linear
+  ///          solve, 0 for solved and for fewer than three free linear axes. With four the code is
+  ///          that of the last three, also when an earlier triple was solved.
+  /// @errors  A machine without free rotary axes is never solved.
+  int getConfig(const KMachineValueBase& current, const zgeo::UVec3d& pos, const zgeo::UVec3d& dir,
+                KMachineValueBase& out) const;
+
+  /// Six-joint arm with a ball wrist, first three joints in closed form, then the wrist. Traces the
+  /// whole way.
+  ///
+  /// @param[in,out] out  The start on entry.
+  /// @return  0, reached or not; -1, `out` untouched, without a tool element or with fewer than
+  ///          three elements after the first rotary axis.
+  /// @errors  The point is missed where the arm is not laid out as the solver wants it, and where a
+  ///          tool with a length does not point along the machine's Z axis.
+  int solveConfig1(const KMachineValueBase& current, const zgeo::UVec3d& pos,
+                   const zgeo::UVec3d& dir, KMachineValueBase& out) const;
+
+  /// Appends the positions that turn the current tool onto `dir` inside the rotary limits, each
+  /// once; `out` is not emptied, and what is there counts. The linear values are those of the tool
+  /// point (0, 0, 0). Entries are the caller's (`KMachineValueBase::_release`).
+  ///
+  /// @param tool  Whose rotary axes are started from all over their ranges; below 1: the current.
+  /// @return  0.
+  /// @cost    One solve per start: nine for every free axis without limits, multiplied.
+  int getPossibleAngles(const zgeo::UVec3d& dir, std::vector<KMachineValueBase*>& out,
+                        int tool) const;
+
+  /// The same, then every entry of `out` is solved for the point `pos`; entries that do not reach
+  /// it inside the linear limits are released and leave the list. Mind the order of arguments.
+  int getPossibleConfigs(const zgeo::UVec3d& dir, const zgeo::UVec3d& pos,
+                         std::vector<KMachineValueBase*>& out, int tool) const;
+
+  int ijk2abc(const zgeo::UVec3d& a, const zgeo::UVec3d& b, zgeo::UVec3d& abc) const;  ///< No: -1.
+  int abc2ijk(const zgeo::UVec3d& abc, zgeo::UVec3d& ijk) const;                       ///< No: -1.
+  int pts2xyz(const zgeo::UVec3d& a, const zgeo::UVec3d& b, zgeo::UVec3d& xyz) const;  ///< No: -1.
+
+  // --- KMachine_limits.cpp: travel limits, interpolation, translation
+
+  /// Number of rotary axes (linear axes and guns; all of them) outside their limits at `v`. On a
+  /// limit is inside.
+  ///
+  /// @param[out] out  May be null. One entry per value of `v`: -1 below, 1 above, 0 inside. The
+  ///                  first two resize it and leave the entries of other axes as they were.
+  int checkLimitsRot(const KMachineValueBase& v, std::vector<int>* out) const;
+  int checkLimitsLin(const KMachineValueBase& v, std::vector<int>* out) const;
+  int checkLimitsFull(const KMachineValueBase& v, std::vector<int>* out) const;
+
+  /// The position at `t` (0: `from`, 1: `to`), every rotary axis the short way, the tool tip
+  /// brought onto the straight line between its ends by one linear step of the first three unlocked
+  /// linear axes. Values may leave the limits.
+  /// @return  0.
+  int interpolate(const KMachineValueBase& from, const KMachineValueBase& to, double t,
+                  KMachineValueBase& out) const;
+  /// The same without bringing the tip onto the line.
+  int interpolateRaw(const KMachineValueBase& from, const KMachineValueBase& to, double t,
+                     KMachineValueBase& out) const;
+
+  /// Increments that shift the tool tip by `delta` (mm, machine frame) at the same direction, owned
+  /// by the caller; null when `v` is null or the number of axes is outside 1 to 12. When the solver
+  /// finds nothing: what it left, minus `v`.
+  KMachineValueBase* axisTranslation(const KMachineValueBase* v, const zgeo::UVec3d& delta) const;
+
  protected:
   void clearRotationPoints() { rotationPoints_.clear(); }
 
@@ -246,6 +332,11 @@ class KORVO_KINEMATICS_API KMachine {
   void numberAxes();
   void applyLegacyOffset();
   void initTools();
+  _sUKine recordOf(int tool) const;
+  SolveView solveView() const;
+  bool isInside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&)) const;
+  int countOutside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&),
+                   std::vector<int>* out) const;
 
   std::wstring dataFilePNE_;
   std::vector<KMachineElem> elements_;

@@ -47,6 +47,14 @@ void store(KMachine::_sUKine& to, const KMachine::_sUKine& from) {
   put(to.wristType, from.wristType);
 }
 
+KMachine::_sUKine load(KMachine::_sUKine& from) {
+  const auto get = [](int& source) {
+    return std::atomic_ref<int>(source).load(std::memory_order_relaxed);
+  };
+  return {get(from.toolIndex), get(from.rotuleIndex), get(from.kinematicClass), get(from.armType),
+          get(from.wristType)};
+}
+
 const KMachineElem* before(const std::vector<KMachineElem>& elements, const KMachineElem* e) {
   return KMachine::_getElemByIndex(elements, e->getPrevIndex());
 }
@@ -185,11 +193,19 @@ void KMachine::addKine(int tool, const _sUKine& k) {
 }
 
 KMachine::_sUKine& KMachine::getKine(int tool) const {
-  const int wanted = getToolIndex(tool);
-  for (const _sUKine& kine : kines_) {
-    if (kine.toolIndex == wanted) store(_NOKine, kine);
-  }
+  recordOf(tool);
   return _NOKine;
+}
+
+// The record itself: what `getKine` returns may be overwritten by other threads' lookups at once.
+KMachine::_sUKine KMachine::recordOf(int tool) const {
+  const int wanted = getToolIndex(tool);
+  const auto found = std::find_if(kines_.rbegin(), kines_.rend(), [wanted](const _sUKine& kine) {
+    return kine.toolIndex == wanted;
+  });
+  if (found == kines_.rend()) return load(_NOKine);
+  store(_NOKine, *found);
+  return *found;
 }
 
 }  // namespace zkin

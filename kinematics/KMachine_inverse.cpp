@@ -1,0 +1,133 @@
+// From a tool point and direction to axis values; all positions that have a direction.
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "kinematics/KMachine.h"
+#include "kinematics/inverse/Limits.h"
+#include "kinematics/inverse/MachineSolve.h"
+#include "kinematics/inverse/Seeds.h"
+#include "kinematics/inverse/SolutionList.h"
+#include "platform/zgeo/UTools.h"
+
+using zgeo::UTools;
+using zgeo::UVec3d;
+
+namespace zkin {
+
+// --- one position
+
+int KMachine::getConfigPlus(const KMachineValueBase& current, const UVec3d& pos, const UVec3d& dir,
+                            KMachineValueBase& out) const {
+  const UVec3d n = dir.normalised();
+  updateDHm(current, -1);
+  const _sUKine kine = recordOf(-1);
+  if (kine.kinematicClass >= 1 && kine.kinematicClass <= 4) return getConfig(current, pos, n, out);
+  if (kine.kinematicClass != 5) return -1;
+  out = current;
+  if (!toolElem(-1)) return -1;
+  const bool isArm = kine.armType == 1 && kine.rotuleIndex != 0;
+  const int code = isArm ? solveConfig1(current, pos, n, out) : 0;
+  // Deliberate: with a wrist to turn the answer is 0, whatever the arm solver said
+  // (ArmDispatch.WristOverridesTheCodeOfTheArm).
+  return turnWrist(solveView(), n, out) ? 0 : code;
+}
+
+int KMachine::getConfig(const KMachineValueBase& current, const UVec3d& pos, const UVec3d& dir,
+                        KMachineValueBase& out) const try {
+  return solveRotaryAndLinear(solveView(), current, {pos, dir.normalised()}, out);
+} catch (const std::bad_alloc&) {
+  return -1;
+}
+
+int KMachine::solveConfig1(const KMachineValueBase& current, const UVec3d& pos, const UVec3d& dir,
+                           KMachineValueBase& out) const try {
+  if (!toolElem(-1)) return -1;
+  updateDHm(current, -1);
+  const Target target{pos, dir.normalised()};
+  return solveArm(solveView(), current, target, recordOf(-1).rotuleIndex, mac2uni_, out);
+} catch (const std::bad_alloc&) {
+  return -1;
+}
+
+SolveView KMachine::solveView() const {
+  return {{elements_, axisValueIndex_}, toolElem(-1), axisNum_, strategy_};
+}
+
+// --- all positions
+
+namespace {
+
+struct Release {
+  void operator()(KMachineValueBase* v) const { KMachineValueBase::_release(v); }
+};
+using OwnedValue = std::unique_ptr<KMachineValueBase, Release>;
+
+}  // namespace
+
+bool KMachine::isInside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&)) const {
+  return std::none_of(axisElems_.begin(), axisElems_.end(), [&](int rank) {
+    const KMachineElem& e = elements_[rank];
+    return isChecked(e) && sideOfLimits(e, v[e.getValueIndex()]) != 0;
+  });
+}
+
+int KMachine::getPossibleAngles(const UVec3d& dir, std::vector<KMachineValueBase*>& out,
+                                int tool) const try {
+  if (axisNum_ < 1 || axisNum_ > kMaxAxes) return 0;
+  const OwnedValue seed(newMachineValue()), solved(newMachineValue());
+  if (!seed || !solved) return 0;
+  SolutionList known(out);
+  const Seeds seeds(ChainWalk(elements_, toolElem(tool)));
+  const std::uint64_t count = seeds.count();
+  for (std::uint64_t i = 0; i < count; ++i) {
+    seeds.get(i, *seed);
+    // Deliberate: seeds come from `tool`'s chain, the current tool is solved
+    // (PossibleAngles.SeedsOfOneToolSolveTheCurrentOne).
+    if (getConfigPlus(*seed, UVec3d(), dir, *solved) != 0) {
+      UTools::_trace(L"** NO SOLUTION");
+    } else if (isInside(*solved, isRotary) && !known.holds(*solved)) {
+      OwnedValue entry(newMachineValue(*solved));
+      if (!entry) return 0;
+      out.push_back(entry.get());
+      known.add(*entry.release());
+    }
+  }
+  return 0;
+} catch (const std::bad_alloc&) {
+  return 0;
+}
+
+int KMachine::getPossibleConfigs(const UVec3d& dir, const UVec3d& pos,
+                                 std::vector<KMachineValueBase*>& out, int tool) const {
+  const int code = getPossibleAngles(dir, out, tool);
+  const OwnedValue solved(code == 0 && !out.empty() ? newMachineValue() : nullptr);
+  if (!solved) return code;
+  std::erase_if(out, [&](KMachineValueBase*& entry) {
+    if (!entry) return false;
+    const bool isReached = getConfigPlus(*entry, pos, dir, *solved) == 0;
+    const bool isKept = isReached && isInside(*solved, isLinearOrGun);
+    if (isKept) *entry = *solved;
+    if (!isKept) KMachineValueBase::_release(entry);
+    return !isKept;
+  });
+  return code;
+}
+
+// --- conversions that are not supported
+
+// Deliberate: these three are part of the interface and do nothing (Conversions.AreUnsupported).
+int KMachine::ijk2abc(const UVec3d&, const UVec3d&, UVec3d& abc) const {
+  abc.set(0, 0, 0);
+  return -1;
+}
+
+int KMachine::abc2ijk(const UVec3d&, UVec3d& ijk) const {
+  ijk.set(0, 0, 0);
+  return -1;
+}
+
+int KMachine::pts2xyz(const UVec3d&, const UVec3d&, UVec3d&) const { return -1; }
+
+}  // namespace zkin

@@ -1,0 +1,78 @@
+// Travel limits, interpolation, translation.
+
+#include <algorithm>
+
+#include "kinematics/KMachine.h"
+#include "kinematics/inverse/Limits.h"
+#include "kinematics/inverse/MachineSolve.h"
+#include "kinematics/inverse/TipPath.h"
+
+using zgeo::UVec3d;
+
+namespace zkin {
+
+// --- limits
+
+int KMachine::countOutside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&),
+                           std::vector<int>* out) const {
+  int count = 0;
+  for (const int rank : axisElems_) {
+    const KMachineElem& e = elements_[rank];
+    const int place = e.getValueIndex();
+    if (!isChecked(e) || place < 0) continue;
+    const int side = sideOfLimits(e, v[place]);
+    count += side != 0;
+    if (out && place < v.size()) (*out)[place] = side;
+  }
+  return count;
+}
+
+// Deliberate: the single checks keep what other positions held, the full one starts from zeros
+// (Limits.SingleChecksKeepTheEntriesOfOtherAxes).
+int KMachine::checkLimitsRot(const KMachineValueBase& v, std::vector<int>* out) const {
+  if (out) out->resize(v.size());
+  return countOutside(v, isRotary, out);
+}
+
+int KMachine::checkLimitsLin(const KMachineValueBase& v, std::vector<int>* out) const {
+  if (out) out->resize(v.size());
+  return countOutside(v, isLinearOrGun, out);
+}
+
+int KMachine::checkLimitsFull(const KMachineValueBase& v, std::vector<int>* out) const {
+  if (out) out->assign(v.size(), 0);
+  return countOutside(v, isRotary, out) + countOutside(v, isLinearOrGun, out);
+}
+
+// --- interpolation
+
+int KMachine::interpolateRaw(const KMachineValueBase& from, const KMachineValueBase& to, double t,
+                             KMachineValueBase& out) const {
+  const int axes = std::min(axisNum_, static_cast<int>(axisElems_.size()));
+  for (int i = 0; i < axes; ++i) {
+    shortestWay(elements_[axisElems_[i]].getElemType(), from[i], to[i], t, out[i]);
+  }
+  return 0;
+}
+
+int KMachine::interpolate(const KMachineValueBase& from, const KMachineValueBase& to, double t,
+                          KMachineValueBase& out) const {
+  const SolveView view = solveView();
+  const UVec3d target = tipAt(view, from) * (1 - t) + tipAt(view, to) * t;
+  interpolateRaw(from, to, t, out);
+  correctTip(view, target, out);
+  return 0;
+}
+
+KMachineValueBase* KMachine::axisTranslation(const KMachineValueBase* v,
+                                             const UVec3d& delta) const {
+  KMachineValueBase* increment = v ? newMachineValue() : nullptr;
+  if (!increment) return nullptr;
+  UVec3d point, dir;
+  getTool(*v, point, dir, -1);
+  getConfigPlus(*v, point - dir * getTHELength(-1) + delta, dir, *increment);
+  *increment -= *v;
+  return increment;
+}
+
+}  // namespace zkin

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "kinematics/KMachineElem.h"
+#include "kinematics/KMachineValue.h"
+
+namespace zkin {
+
+/// The start positions from which every turn and branch of a chain's rotary axes is reached: for
+/// each axis up to nine angles within one turn either way and within its limits, all combinations,
+/// the first axis of the chain varying fastest. Made one at a time: six free joints have 9^6.
+class Seeds {
+ public:
+  /// @param chain  Root first. Rotary axes without a place in positions are left out.
+  template <typename Chain>
+  explicit Seeds(const Chain& chain) {
+    for (const KMachineElem* e : chain) addAxis(*e);
+  }
+
+  /// Number of seeds: 1 without rotary axes, 0 when the limits of an axis leave no angle.
+  std::uint64_t count() const;
+
+  /// Writes the angles (degrees) of seed `i` to the places of their axes; the rest is left.
+  void get(std::uint64_t i, KMachineValueBase& v) const;
+
+  /// Start angles of one axis, in the order in which they are tried.
+  static std::vector<double> _anglesOf(const KMachineElem& axis);
+
+ private:
+  struct Axis {
+    int place;
+    std::vector<double> angles;
+  };
+
+  void addAxis(const KMachineElem& e);
+
+  std::vector<Axis> axes_;
+};
+
+}  // namespace zkin

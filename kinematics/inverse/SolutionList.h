@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+#include "kinematics/KMachineValue.h"
+
+namespace zkin {
+
+/// A host's list of positions, as an index that tells whether an equal one is there: same
+/// dimension, every value within the tolerance of `KMachineValueBase::operator==`.
+///
+/// Equal positions differ little in the sum of their values, so only entries whose sums fall into
+/// neighbouring cells are compared: lists of many thousand entries stay quick.
+class SolutionList {
+ public:
+  explicit SolutionList(const std::vector<KMachineValueBase*>& list);
+
+  bool holds(const KMachineValueBase& v) const;
+
+  /// Takes note of a position that stays alive as long as this index.
+  void add(const KMachineValueBase& v);
+
+ private:
+  bool holdsAt(std::int64_t cell, const KMachineValueBase& v) const;
+
+  std::unordered_multimap<std::int64_t, const KMachineValueBase*> cells_;
+};
+
+}  // namespace zkin
