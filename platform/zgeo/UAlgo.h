@@ -36,9 +36,8 @@ class KORVO_COLLISIONUTILS_API UAlgo {
   /// @units   Radians in (-pi, pi]; directions of any length, normalised here.
   /// @param[out] angle  Untouched when there is no solution.
   /// @return  Non-zero when solved, also when `to` is off the cone; 0 when a direction is null or
-  /// not
-  ///          finite, or when `from` or `to` lies on the axis (within 1e-13 rad) and the two are
-  ///          not equal. Equal directions are solved by the angle 0.
+  ///          not finite, or when `from` or `to` lies on the axis (within 1e-13 rad) and the two
+  ///          are not equal. Equal directions are solved by the angle 0.
   /// @source  platform/rotations, `oneAxis`: derivation and error bound.
   static int _solveRot_conical(const UVec3d& from, const UVec3d& to, const UVec3d& axis,
                                double& angle);
@@ -46,12 +45,11 @@ class KORVO_COLLISIONUTILS_API UAlgo {
   /// All pairs of turns, first by sols[i].y about `axis2`, then by sols[i].x about `axis1`, that
   /// together carry the direction `from` onto the direction `to`.
   ///
-  /// @frames  axis1 is nearer the root of the chain; axis2 is given as it stands before axis1
-  /// turns.
+  /// @frames  axis1 is nearer the root of the chain; axis2 as it stands before
+  ///          axis1 turns.
   /// @units   Radians in (-pi, pi]; directions of any length, normalised here.
   /// @param[out] sols  Emptied first (its storage is kept, so a warm list costs no allocation),
-  /// then
-  ///              one or two pairs: the one with the smaller |x| + |y| first; when these agree
+  ///              then one or two pairs: the one with the smaller |x| + |y| first; when these agree
   ///              within 1e-9, the larger y first, that is of mirror images the one with y >= 0.
   ///              Pairs closer than 1e-7 rad are one.
   ///              An angle without effect is -1000: y when `from` lies on axis2, x when `to` lies

@@ -30,7 +30,12 @@ file(GLOB packages ${PREFIX}/${LIBDIR}/cmake/Korvo_Kinematics/*.cmake
   ${PREFIX}/${LIBDIR}/pkgconfig/*.pc)
 foreach(file ${packages})
   file(READ ${file} text)
-  foreach(word ${SOURCE} ${BUILD} korvo_options korvo_text korvo_os korvo_rotations)
+  foreach(tree ${SOURCE} ${BUILD})
+    if(text MATCHES "(^|[^A-Za-z0-9_}])${tree}(/|[^A-Za-z0-9_])")  # not .../share${tree}
+      message(SEND_ERROR "${file} names ${tree}")
+    endif()
+  endforeach()
+  foreach(word korvo_options korvo_text korvo_os korvo_rotations)
     string(FIND "${text}" "${word}" place)
     if(NOT place EQUAL -1)
       message(SEND_ERROR "${file} names ${word}")

@@ -3,7 +3,7 @@
 #include "tests/support/LoadText.h"
 
 #include "tests/kinematics/KMachine_describe.h"
-#include "tests/text/CommaLocale.h"
+#include "tests/support/CommaLocale.h"
 
 using korvo::test::CommaLocale;
 using korvo::test::describe;

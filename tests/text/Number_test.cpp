@@ -15,7 +15,7 @@
 #include <ostream>
 #include <random>
 
-#include "tests/text/CommaLocale.h"
+#include "tests/support/CommaLocale.h"
 
 // The oracle of most tests here is the C library itself: sscanf and swscanf in the C locale, in
 // which a test program starts.

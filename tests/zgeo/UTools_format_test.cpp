@@ -1,18 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cstdlib>
 #include <cwchar>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string>
 
-#if !defined(_WIN32)
-#include <unistd.h>
-#endif
-
 #include "platform/zgeo/UTools.h"
+#include "tests/support/CommaLocale.h"
 
 namespace zgeo {
 namespace {
@@ -92,41 +86,6 @@ TEST(FormattedLength, AbsurdWidthGivesNothing) {
 
 #if !defined(_WIN32)
 
-/// A host with a decimal comma: compiles such a locale into a folder of its own and sets it for the
-/// process while it lives. It needs no installed locale, only `localedef`, a part of the C library.
-class CommaLocale {
- public:
-  CommaLocale() : folder_(std::filesystem::temp_directory_path() / ("korvo_" + ownName())) {
-    std::filesystem::create_directories(folder_);
-    std::ofstream(folder_ / "source") << "LC_NUMERIC\n"
-                                         "decimal_point \"<U002C>\"\n"
-                                         "thousands_sep \"<U002E>\"\n"
-                                         "grouping 3;3\n"
-                                         "END LC_NUMERIC\n";
-    // Forced: the categories that the source leaves out are warnings, which count as failures.
-    const std::string command = "localedef --quiet --force -i '" + path("source") +
-                                "' -f ANSI_X3.4-1968 '" + path("comma") + "' 2>/dev/null";
-    [[maybe_unused]] const int warned = std::system(command.c_str());
-    setenv("LOCPATH", folder_.c_str(), 1);
-    std::setlocale(LC_NUMERIC, "comma");
-  }
-
-  ~CommaLocale() {
-    std::setlocale(LC_NUMERIC, "C");
-    unsetenv("LOCPATH");
-    std::filesystem::remove_all(folder_);
-  }
-
-  CommaLocale(const CommaLocale&) = delete;
-  CommaLocale& operator=(const CommaLocale&) = delete;
-
- private:
-  static std::string ownName() { return "comma_locale_" + std::to_string(getpid()); }
-  std::string path(const char* name) const { return (folder_ / name).string(); }
-
-  std::filesystem::path folder_;
-};
-
 /// What the host itself prints for 1234.5 on this thread.
 std::wstring hostNumber() {
   wchar_t buffer[32];
@@ -135,21 +94,24 @@ std::wstring hostNumber() {
 }
 
 TEST(FormattedLocale, ProcessWithDecimalCommaStillGetsAPoint) {
-  const CommaLocale comma;
+  const korvo::test::CommaLocale comma;
+  ASSERT_TRUE(comma.isSet());
   ASSERT_EQ(hostNumber(), L"1234,5");
   EXPECT_EQ(UTools::_formatted(L"%.1lf %s", 1234.5, L"x"), L"1234.5 x");
 }
 
 TEST(FormattedLocale, ProcessKeepsItsLocale) {
-  const CommaLocale comma;
+  const korvo::test::CommaLocale comma;
+  ASSERT_TRUE(comma.isSet());
   UTools::_formatted(L"%.1lf", 1234.5);
   UTools::_formatted(L"%hs", "\xE9");  // A failed one too.
   EXPECT_EQ(hostNumber(), L"1234,5");
-  EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "comma");
+  EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "korvo_comma");
 }
 
 TEST(FormattedLocale, ThreadWithItsOwnLocaleGetsAPointAndKeepsIt) {
-  const CommaLocale comma;
+  const korvo::test::CommaLocale comma;
+  ASSERT_TRUE(comma.isSet());
   const locale_t own = duplocale(LC_GLOBAL_LOCALE);
   ASSERT_NE(own, locale_t{});
   const locale_t former = uselocale(own);
@@ -161,7 +123,8 @@ TEST(FormattedLocale, ThreadWithItsOwnLocaleGetsAPointAndKeepsIt) {
 }
 
 TEST(FormattedLocale, GroupingIsThatOfTheCLocale) {
-  const CommaLocale comma;
+  const korvo::test::CommaLocale comma;
+  ASSERT_TRUE(comma.isSet());
   EXPECT_EQ(UTools::_formatted(L"%'d", 1234567), L"1234567");
 }
 
