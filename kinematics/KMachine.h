@@ -248,8 +248,9 @@ class KORVO_KINEMATICS_API KMachine {
   /// One position that reaches the target, by the class of the current tool's record.
   ///
   /// @param[out] out  The solution, or what could be solved of it: see the two solvers below.
-  /// @return  Classes 1 to 4: as `getConfig`. Class 5: 0, or -1 without a tool element (`out` is
-  ///          `current` then). No class: -1, `out` untouched.
+  /// @return  Classes 1 to 4: as `getConfig`. Class 5: 0; -1 without a tool element (`out` is
+  ///          `current` then), and when the arm solver refuses and there is no wrist to turn. No
+  ///          class, or no memory: -1, `out` untouched.
   /// @cost    A few walks along the chain; no allocation once warm.
   int getConfigPlus(const KMachineValueBase& current, const zgeo::UVec3d& pos,
                     const zgeo::UVec3d& dir, KMachineValueBase& out) const;

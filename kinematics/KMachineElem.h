@@ -129,7 +129,9 @@ class KORVO_KINEMATICS_API KMachineElem {
 
   double getTHELength() const { return theLength_; }  ///< Tool length or gun extension, mm.
   void setTHELength(double length) const { theLength_ = length; }
-  bool isLocked() const { return locked_; }  ///< A locked axis is never moved by the solvers.
+  bool isLocked() const {
+    return locked_;
+  }  ///< Rotary and linear axes: solvers leave it; arms do not look.
   void setLocked(bool locked) { locked_ = locked; }
   int getElemLaw() const { return law_; }  ///< The host's motion law; stored and compared only.
   void setElemLaw(int law) { law_ = law; }

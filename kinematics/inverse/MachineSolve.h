@@ -19,8 +19,13 @@ struct Target {
   zgeo::UVec3d dir;
 };
 
-/// Whether an element has a place in positions: one without cannot be moved by a solver.
-inline bool hasPlace(const KMachineElem& e) { return e.getValueIndex() >= 0; }
+/// Whether an axis has a place in positions, as the walk along the chain finds it: no solver can
+/// move one without.
+inline bool hasPlace(const MachineView& machine, const KMachineElem& e) {
+  const int number = e.getElemIndex();
+  return number >= 1 && number <= static_cast<int>(machine.axisValueIndex.size()) &&
+         e.getValueIndex() >= 0;
+}
 
 /// Rotary and linear axes: first the rotary axes turn the tool onto the wanted direction, then the
 /// linear ones carry its point there. All by increments from `current`, so that the start picks the
@@ -31,7 +36,7 @@ inline bool hasPlace(const KMachineElem& e) { return e.getValueIndex() >= 0; }
 /// @return  -1 (and a trace) without a rotary solution; else the code of the last linear solve, 0
 ///          when there are fewer than three free linear axes. Deliberate: with more than three free
 ///          linear axes that is the code of the last triple tried, also when an earlier one was
-///          solved and is the result (RotaryAndLinear.FourLinearAxesGiveTheCodeOfTheLastTriple).
+///          solved and is the result (FourLinearAxes.TakeTheFirstTripleAndTheCodeOfTheLast).
 /// @cost    Two walks along the chain; one two-axis solve for each pair of free rotary axes, one
 ///          linear solve for each triple of free linear ones. No allocation once warm.
 int solveRotaryAndLinear(const SolveView& view, const KMachineValueBase& current,
@@ -40,7 +45,7 @@ int solveRotaryAndLinear(const SolveView& view, const KMachineValueBase& current
 /// Turns the last two rotary axes that are not parallel to the tool, nor to each other, so that the
 /// tool has the wanted direction at `out`; changes nothing when that cannot be.
 ///
-/// Deliberate: locks are not looked at (WristCorrection.TurnsALockedJoint).
+/// Deliberate: locks are not looked at (WristTurn.LocksAreNotLookedAt).
 /// @return  Whether there are two such axes.
 bool turnWrist(const SolveView& view, const zgeo::UVec3d& dir, KMachineValueBase& out);
 

@@ -26,6 +26,7 @@ Increments turnsOf(const KMachineElem& first, const KMachineElem& second, const 
 void add(KMachineValueBase& v, const Increments& increments, int axisNum);
 
 /// The list that every two-axis solve of this thread fills: once warm, solving allocates nothing.
+/// Use it up before anything is traced, for a sink may solve too.
 std::vector<zgeo::UVec2d>& pairList();
 
 }  // namespace zkin

@@ -24,7 +24,7 @@ Reach reachAt(const SolveView& view, const KMachineValueBase& v, const ChainWalk
               KMachineElem::KME_TYPE type) {
   Reach reach{{}, {}, emptyList()};
   walkMotions(view.machine, v, chain, [&](const KMachineElem& e, const UMatrix& motion) {
-    if (e.getElemType() == type && !e.isLocked() && hasPlace(e)) {
+    if (e.getElemType() == type && !e.isLocked() && hasPlace(view.machine, e)) {
       reach.axes.push_back({&e, moved(e.getElemAxis(), motion)});
     }
     if (&e != view.tool) return;

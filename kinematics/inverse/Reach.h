@@ -16,7 +16,7 @@ struct MovedAxis {
 struct Reach {
   zgeo::UVec3d point;            ///< Tool point (mm, machine frame).
   zgeo::UVec3d dir;              ///< Unit tool direction.
-  std::vector<MovedAxis>& axes;  ///< In chain order; one list per thread, the next call refills it.
+  std::vector<MovedAxis>& axes;  ///< In chain order, one list per thread: use it up before tracing.
 
   /// The point that targets mean: the tool length back from the tool point.
   zgeo::UVec3d tip(const KMachineElem& tool) const { return point - dir * tool.getTHELength(); }

@@ -15,6 +15,8 @@ namespace zkin {
 
 namespace {
 
+// Deliberate: solved, too, when the cone of the tool misses the wanted direction
+// (OneRotaryAxis.TakesTheNearestDirectionWhenItsConeMissesTheWantedOne).
 bool turnOne(const MovedAxis& axis, const UVec3d& from, const UVec3d& to, KMachineValueBase& out) {
   double angle = 0.0;
   if (UAlgo::_solveRot_conical(from, to, axis.dir, angle) == 0) {
@@ -51,6 +53,8 @@ bool turnTwo(const SolveView& view, const Reach& reach, const UVec3d& to, KMachi
   return found;
 }
 
+// Deliberate: without a free rotary axis nothing is solved, not even the tool's own direction
+// (NoRotaryAxis.IsNeverSolved).
 bool turnTool(const SolveView& view, const ChainWalk& chain, const UVec3d& to,
               KMachineValueBase& out) {
   const Reach start = reachAt(view, out, chain, KMachineElem::KMET_TYPE_AROT);
@@ -66,6 +70,8 @@ UVec3d toolPointOf(const KMachineElem& tool, const Target& target) {
   return tool.isTool() ? target.point + target.dir * tool.getTHELength() : target.point;
 }
 
+// Deliberate: 0 with fewer than three free linear axes, wherever the point is
+// (LinearStage.LockedAxesStayAndTwoAreNotSolved).
 int slideTool(const SolveView& view, const ChainWalk& chain, const Target& target,
               KMachineValueBase& out) {
   const Reach turned = reachAt(view, out, chain, KMachineElem::KMET_TYPE_ALIN);

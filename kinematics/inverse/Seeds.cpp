@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "kinematics/inverse/Limits.h"
+#include "kinematics/inverse/MachineSolve.h"
 #include "kinematics/tolerances.h"
 
 namespace zkin {
@@ -18,9 +20,10 @@ std::vector<double> Seeds::_anglesOf(const KMachineElem& axis) {
   return angles;
 }
 
-void Seeds::addAxis(const KMachineElem& e) {
-  if (e.getElemType() != KMachineElem::KMET_TYPE_AROT || e.getValueIndex() < 0) return;
-  axes_.push_back({e.getValueIndex(), _anglesOf(e)});
+Seeds::Seeds(const MachineView& machine, const ChainWalk& chain) {
+  for (const KMachineElem* e : chain) {
+    if (isRotary(*e) && hasPlace(machine, *e)) axes_.push_back({e->getValueIndex(), _anglesOf(*e)});
+  }
 }
 
 std::uint64_t Seeds::count() const {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "kinematics/ChainWalk.h"
 #include "kinematics/KMachineElem.h"
 #include "kinematics/KMachineValue.h"
 
@@ -13,11 +14,8 @@ namespace zkin {
 /// the first axis of the chain varying fastest. Made one at a time: six free joints have 9^6.
 class Seeds {
  public:
-  /// @param chain  Root first. Rotary axes without a place in positions are left out.
-  template <typename Chain>
-  explicit Seeds(const Chain& chain) {
-    for (const KMachineElem* e : chain) addAxis(*e);
-  }
+  /// @param chain  Rotary axes without a place in positions are left out.
+  Seeds(const MachineView& machine, const ChainWalk& chain);
 
   /// Number of seeds: 1 without rotary axes, 0 when the limits of an axis leave no angle.
   std::uint64_t count() const;
@@ -33,8 +31,6 @@ class Seeds {
     int place;
     std::vector<double> angles;
   };
-
-  void addAxis(const KMachineElem& e);
 
   std::vector<Axis> axes_;
 };

@@ -9,35 +9,54 @@ namespace zkin {
 
 namespace {
 
-// Twice what the sums of equal positions can differ by.
-constexpr double kCell = 2 * kMaxAxes * kValueEqual;
+// Square roots of 1 and of primes: positions that differ by quarter turns, as those of many starts
+// do, have different sums.
+constexpr double kWeights[kMaxAxes] = {1.0,      1.414214, 1.732051, 2.236068, 2.645751, 3.316625,
+                                       3.605551, 4.123106, 4.358899, 4.795832, 5.385165, 5.567764};
+
+// The sums of equal positions differ by less: the weights' sum (below 41) times the tolerance.
+constexpr double kSumsEqual = 41 * kValueEqual;
+
+// So wide that most sums are well inside their cell and only that one is looked at.
+constexpr double kCell = 100 * kSumsEqual;
 
 // Beyond this (mm or degrees) values count as this, so that sums of huge ones lose no digits.
 constexpr double kFar = 1e6;
 
-std::int64_t cellOf(const KMachineValueBase& v) {
+// What two endless axes give at most, with room: their list grows without making the index anew.
+constexpr std::size_t kUsualGrowth = 64;
+
+double sumOf(const KMachineValueBase& v) {
+  const double* const values = v.get();
+  const int size = std::min(v.size(), kMaxAxes);
   double sum = 0.0;
-  for (int i = 0; i < v.size(); ++i) sum += std::clamp(v[i], -kFar, kFar);
+  for (int i = 0; i < size; ++i) sum += kWeights[i] * std::clamp(values[i], -kFar, kFar);
+  return sum;
+}
+
+std::int64_t cellOf(double sum) {
   return std::isnan(sum) ? 0 : static_cast<std::int64_t>(std::floor(sum / kCell));
 }
 
 bool areEqual(const KMachineValueBase& a, const KMachineValueBase& b) {
-  if (a.size() != b.size()) return false;
+  const int size = a.size();
+  if (size != b.size()) return false;
   const double* const p = a.get();
   const double* const q = b.get();
-  return std::equal(p, p + a.size(), q,
+  return std::equal(p, p + size, q,
                     [](double x, double y) { return std::fabs(x - y) < kValueEqual; });
 }
 
 }  // namespace
 
 SolutionList::SolutionList(const std::vector<KMachineValueBase*>& list) {
+  cells_.reserve(list.size() + kUsualGrowth);
   for (const KMachineValueBase* v : list) {
     if (v) add(*v);
   }
 }
 
-void SolutionList::add(const KMachineValueBase& v) { cells_.emplace(cellOf(v), &v); }
+void SolutionList::add(const KMachineValueBase& v) { cells_.emplace(cellOf(sumOf(v)), &v); }
 
 bool SolutionList::holdsAt(std::int64_t cell, const KMachineValueBase& v) const {
   const auto [first, last] = cells_.equal_range(cell);
@@ -45,8 +64,9 @@ bool SolutionList::holdsAt(std::int64_t cell, const KMachineValueBase& v) const 
 }
 
 bool SolutionList::holds(const KMachineValueBase& v) const {
-  const std::int64_t cell = cellOf(v);
-  return holdsAt(cell, v) || holdsAt(cell - 1, v) || holdsAt(cell + 1, v);
+  const double sum = sumOf(v);
+  const std::int64_t low = cellOf(sum - kSumsEqual), high = cellOf(sum + kSumsEqual);
+  return holdsAt(low, v) || (high != low && holdsAt(high, v));
 }
 
 }  // namespace zkin

@@ -11,8 +11,8 @@ namespace zkin {
 /// A host's list of positions, as an index that tells whether an equal one is there: same
 /// dimension, every value within the tolerance of `KMachineValueBase::operator==`.
 ///
-/// Equal positions differ little in the sum of their values, so only entries whose sums fall into
-/// neighbouring cells are compared: lists of many thousand entries stay quick.
+/// Equal positions differ little in a weighted sum of their values, so only entries whose sums fall
+/// into the same or the neighbouring cell are compared: lists of many thousand entries stay quick.
 class SolutionList {
  public:
   explicit SolutionList(const std::vector<KMachineValueBase*>& list);

@@ -5,8 +5,9 @@
 namespace zkin {
 
 /// The value between `a` (t = 0) and `b` (t = 1) of one axis. A rotary axis turns the short way
-/// (half a turn goes as given) and is not brought back into any range. Other types than linear and
-/// rotary axes: `out` keeps what it held.
+/// (half a turn goes as given). Other types than linear and rotary axes: `out` keeps what it held.
+///
+/// Deliberate: not brought back into any range, limits neither (ShortWay.IsTurned).
 void shortestWay(KMachineElem::KME_TYPE type, double a, double b, double t, double& out);
 
 /// Tool tip (mm, machine frame) at a position: the tool point less the tool length along the

@@ -7,12 +7,16 @@
 namespace zkin {
 
 double wrapNear(double angle, double reference) {
-  if (!std::isfinite(angle) || !std::isfinite(reference)) return angle;
   constexpr double kTurn = 2 * kPi;
-  // Far angles come near in one step, so that the loop ends whatever the angle is.
   const double away = angle - reference;
-  if (std::fabs(away) > kWrapLoop) angle -= kTurn * std::round(away / kTurn);
-  while (std::fabs(angle - reference) > kPi) angle += angle - reference <= 0 ? kTurn : -kTurn;
+  if (!std::isfinite(away)) return angle;
+  // In one step: beside a far reference one turn can be less than the spacing of the doubles, and
+  // adding turns would never come near.
+  if (std::fabs(away) > kWrapLoop) return reference + std::remainder(away, kTurn);
+  constexpr int kMostTurns = 1 + static_cast<int>(kWrapLoop / kTurn);
+  for (int i = 0; i < kMostTurns && std::fabs(angle - reference) > kPi; ++i) {
+    angle += angle - reference <= 0 ? kTurn : -kTurn;
+  }
   return angle;
 }
 

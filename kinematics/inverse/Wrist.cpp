@@ -17,11 +17,13 @@ bool crosses(const KMachineElem& e, const UVec3d& dir) {
 }
 
 // The last rotary axis before `end` that is not parallel to `dir`, by directions as defined.
-const KMachineElem* const* lastCrossing(const KMachineElem* const* begin,
+const KMachineElem* const* lastCrossing(const MachineView& machine,
+                                        const KMachineElem* const* begin,
                                         const KMachineElem* const* end, const UVec3d& dir) {
   while (end != begin) {
     const KMachineElem& e = **--end;
-    if (e.getElemType() == KMachineElem::KMET_TYPE_AROT && hasPlace(e) && crosses(e, dir)) {
+    if (e.getElemType() == KMachineElem::KMET_TYPE_AROT && hasPlace(machine, e) &&
+        crosses(e, dir)) {
       return end;
     }
   }
@@ -47,8 +49,8 @@ bool turnWrist(const SolveView& view, const UVec3d& dir, KMachineValueBase& out)
                                  std::make_reverse_iterator(chain.begin()),
                                  [](const KMachineElem* e) { return e->isActive(); });
   if (last.base() == chain.begin()) return false;
-  const auto* a = lastCrossing(chain.begin(), last.base(), (*last)->getElemAxis());
-  const auto* b = a ? lastCrossing(chain.begin(), a, (*a)->getElemAxis()) : nullptr;
+  const auto* a = lastCrossing(view.machine, chain.begin(), last.base(), (*last)->getElemAxis());
+  const auto* b = a ? lastCrossing(view.machine, chain.begin(), a, (*a)->getElemAxis()) : nullptr;
   if (!b) return false;
   auto& pairs = pairList();
   const UVec3d tool = dirAt(view, out, view.tool, view.tool->getElemAxis().normalised());

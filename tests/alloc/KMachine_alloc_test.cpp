@@ -115,6 +115,22 @@ TEST_P(NoAllocation, InUpdateOfDenavitHartenbergValues) {
   }
 }
 
+// The lists that the solvers fill are kept by the thread: the first solve may make them.
+TEST_P(NoAllocation, InSolvingOnceWarm) {
+  const auto target = korvo::test::positionOf(*machine);
+  const auto out = korvo::test::positionOf(*machine);
+  ASSERT_TRUE(machine->getTool(*target, a, b, 1));
+  const UVec3d skew(0.3, 0.4, 0.5);
+  machine->getConfigPlus(*v, a, skew, *out);
+  machine->getConfig(*v, a, skew, *out);
+  machine->solveConfig1(*v, a, skew, *out);
+  for (const UVec3d& dir : {b, skew, UVec3d(), skew * -1.0}) {
+    EXPECT_EQ(allocationsOf([&] { machine->getConfigPlus(*v, a, dir, *out); }), 0u);
+    EXPECT_EQ(allocationsOf([&] { machine->getConfig(*v, a, dir, *out); }), 0u);
+    EXPECT_EQ(allocationsOf([&] { machine->solveConfig1(*v, a, dir, *out); }), 0u);
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(EveryTopology, NoAllocation, testing::Range(0, korvo::test::kTopologies),
                          [](const auto& kind) {
                            return std::string(nameOf(static_cast<Topology>(kind.param)));

@@ -1,4 +1,5 @@
-// Queries that may run on one machine from many threads at once.
+// Queries that may run on one machine from many threads at once, and all queries on machines of the
+// threads' own.
 #include <atomic>
 #include <cstring>
 #include <thread>
@@ -19,6 +20,7 @@ using zkin::KMachineValueBase;
 
 constexpr int kThreads = 8;
 constexpr int kPositions = 40;
+constexpr int kSolved = 10;  ///< Positions of the queries on copies, lists among them.
 
 void add(std::vector<double>& out, const UVec3d& p) { out.insert(out.end(), {p.x, p.y, p.z}); }
 
@@ -92,6 +94,94 @@ INSTANTIATE_TEST_SUITE_P(EveryTopology, KMachineThreads,
                          testing::Range(0, korvo::test::kTopologies), [](const auto& kind) {
                            return std::string(nameOf(static_cast<Topology>(kind.param)));
                          });
+
+// --- a copy of the machine for every thread: all queries
+
+void add(std::vector<double>& out, int code) { out.push_back(code); }
+
+void add(std::vector<double>& out, const KMachineValueBase& v) {
+  out.insert(out.end(), v.get(), v.get() + v.size());
+}
+
+/// The list's numbers; it is empty afterwards.
+void addList(std::vector<double>& out, std::vector<KMachineValueBase*>& list) {
+  for (const KMachineValueBase* v : list) add(out, *v);
+  KMachineValueBase::_release(list);
+}
+
+/// Six free joints have half a million starts: only arms with few free joints are listed.
+bool isListed(const KMachine& machine) {
+  int rotary = 0;
+  for (const auto* e : machine.getChain(-101)) {
+    rotary += e->getElemType() == zkin::KMachineElem::KMET_TYPE_AROT;
+  }
+  return rotary <= 2;
+}
+
+void addLists(std::vector<double>& out, const KMachine& machine, const UVec3d& p, const UVec3d& n) {
+  std::vector<KMachineValueBase*> list;
+  add(out, machine.getPossibleAngles(n, list, 1));
+  addList(out, list);
+  add(out, machine.getPossibleConfigs(n, p, list, 0));
+  addList(out, list);
+}
+
+/// What the queries from a target to positions answer, the target being where tool 1 is at `v`.
+void addSolutions(std::vector<double>& out, const KMachine& machine, const KMachineValueBase& v) {
+  const auto start = korvo::test::positionOf(machine), solved = korvo::test::positionOf(machine);
+  UVec3d p, n;
+  machine.getTool(v, p, n, 1);
+  add(out, machine.getConfigPlus(*start, p, n, *solved)), add(out, *solved);
+  add(out, machine.getConfig(v, p, UVec3d(1, 2, 3), *solved)), add(out, *solved);
+  if (isListed(machine)) addLists(out, machine, p, n);
+}
+
+/// Limits, what lies between two positions, and translations.
+void addMoves(std::vector<double>& out, const KMachine& machine, const KMachineValueBase& v) {
+  const auto zero = korvo::test::positionOf(machine), between = korvo::test::positionOf(machine);
+  std::vector<int> sides;
+  add(out, machine.checkLimitsFull(v, &sides));
+  out.insert(out.end(), sides.begin(), sides.end());
+  add(out, machine.interpolate(*zero, v, 0.3, *between)), add(out, *between);
+  const korvo::test::Position shift(machine.axisTranslation(&v, UVec3d(1, 2, 3)));
+  if (shift) add(out, *shift);
+}
+
+std::vector<double> allAnswersOf(const KMachine& machine, const KMachineValueBase& v) {
+  std::vector<double> out = answersOf(machine, v);
+  std::vector<UMatrix> matrices;
+  machine.getMatrices(v, matrices);
+  for (const UMatrix& m : matrices) add(out, m);
+  addSolutions(out, machine, v);
+  addMoves(out, machine, v);
+  return out;
+}
+
+TEST_P(KMachineThreads, EightThreadsWithCopiesGetAllAnswersOfOneBitByBit) {
+  korvo::test::Choices choices(static_cast<unsigned>(GetParam()));
+  const auto machine = korvo::test::loadMachine(
+      korvo::test::machineText(choices, static_cast<Topology>(GetParam())));
+  ASSERT_NE(machine, nullptr);
+  std::vector<Query> queries;
+  for (int i = 0; i < kSolved; ++i) {
+    auto v = korvo::test::positionOf(*machine,
+                                     korvo::test::positionValues(choices, machine->getAxisNum()));
+    auto answers = allAnswersOf(*machine, *v);
+    queries.push_back({std::move(v), std::move(answers)});
+  }
+  std::atomic<int> waiting = kThreads, different = 0;
+  const auto work = [&] {
+    const KMachine own(*machine);
+    for (--waiting; waiting > 0;) std::this_thread::yield();
+    for (const Query& q : queries) {
+      if (!isSameBits(allAnswersOf(own, *q.position), q.answers)) ++different;
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) threads.emplace_back(work);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(different, 0);
+}
 
 TEST(KMachineThreads, MachinesOfTheirOwnCanBeLoadedAtOnce) {
   std::atomic<int> loaded = 0;
