@@ -15,7 +15,7 @@ set(KORVO_INTERFACE
   platform/zgeo/UTri.h platform/zgeo/UVec2d.h platform/zgeo/UVec3d.h
   toolkit/Describe.h toolkit/Export.h toolkit/Format.h toolkit/Machine.h toolkit/Position.h
   toolkit/RotarySense.h toolkit/Text.h
-  toolkit/check/Check.h toolkit/check/Diagnostic.h)
+  toolkit/answer/Answer.h toolkit/check/Check.h toolkit/check/Diagnostic.h)
 foreach(header ${KORVO_INTERFACE})
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})

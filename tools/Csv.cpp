@@ -129,41 +129,121 @@ bool LineBlocks::next(std::string_view& line) {
   return true;
 }
 
-// --- rows
+// --- headers
+
+namespace {
+
+char separatorOf(std::string_view line) {
+  return line.find(';') != std::string_view::npos ? ';' : ',';
+}
+
+// Columns of the tables that `inverse` writes, beside the axes.
+bool isAnswerColumn(std::string_view name) {
+  static constexpr std::string_view kNames[] = {
+      "line", "status", "point_error", "direction_error", "outside_limits", "reason", "by"};
+  return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
+}
+
+constexpr std::string_view kTargetNames[6][2] = {{"tip_x", "x"}, {"tip_y", "y"}, {"tip_z", "z"},
+                                                 {"i", "i"},     {"j", "j"},     {"k", "k"}};
+
+int targetPlace(std::string_view name) {
+  for (int place = 0; place < 6; ++place) {
+    if (name == kTargetNames[place][0] || name == kTargetNames[place][1]) return place;
+  }
+  return -1;
+}
+
+[[noreturn]] void failTargets(const LineBlocks& lines, const std::string& found) {
+  throw Failure(Exit::refused, lines.name() + ":" + std::to_string(lines.number()) +
+                                   ": expected a header with tip_x, tip_y, tip_z (or x, y, z), i, "
+                                   "j, k, each once, found " +
+                                   found);
+}
+
+}  // namespace
 
 CsvHeader readHeader(const LineBlocks& lines, std::string_view line, const AxisNames& names) {
   CsvHeader header;
-  header.separator = line.find(';') != std::string_view::npos ? ';' : ',';
+  header.separator = separatorOf(line);
   std::set<int> seen;
   for (const std::string& cell : split(line, header.separator)) {
     const std::string_view name = unquoted(cell);
     const int place = names.find(name);
-    if (place < 0) {
+    if (place < 0 && !isAnswerColumn(name)) {
       failHeader(lines, names, inQuotes(name) + (numberOf(name) ? " (is there no header?)" : ""));
     }
-    if (!seen.insert(place).second) failHeader(lines, names, inQuotes(name) + " again");
+    if (place >= 0 && !seen.insert(place).second) {
+      failHeader(lines, names, inQuotes(name) + " again");
+    }
     header.places.push_back(place);
+  }
+  if (seen.empty()) failHeader(lines, names, "none of them");
+  return header;
+}
+
+CsvHeader readTargetHeader(const LineBlocks& lines, std::string_view line) {
+  CsvHeader header;
+  header.separator = separatorOf(line);
+  std::set<int> seen;
+  for (const std::string& cell : split(line, header.separator)) {
+    const std::string_view name = unquoted(cell);
+    const int place = targetPlace(name);
+    if (place >= 0 && !seen.insert(place).second) failTargets(lines, inQuotes(name) + " again");
+    header.places.push_back(place);
+  }
+  for (int place = 0; place < 6; ++place) {
+    if (seen.count(place) == 0) {
+      failTargets(lines, "no " + std::string(kTargetNames[place][0]));
+    }
   }
   return header;
 }
+
+// --- rows
+
+namespace {
+
+// The end of the cell that begins at `at`: a separator between double quotes is none.
+std::size_t endOfCell(std::string_view line, std::size_t at, char separator) {
+  bool isQuoted = false;
+  for (; at < line.size() && (isQuoted || line[at] != separator); ++at) {
+    if (line[at] == '"') isQuoted = !isQuoted;
+  }
+  return at;
+}
+
+// Reads the cell that begins at `at`, which then is its end; what was wrong with it otherwise.
+std::optional<std::string> readCell(std::string_view line, std::size_t& at, char separator,
+                                    double& value) {
+  const std::size_t begin = at;
+  const std::size_t length = scanNumber(line.substr(at), value);
+  at = skipBlanks(line, at + length);
+  if (length && (at >= line.size() || line[at] == separator)) return {};
+  at = std::min(line.find(separator, begin), line.size());
+  const std::string_view cell = line.substr(begin, at - begin);
+  const std::optional<double> number = numberOf(unquoted(cell));
+  if (!number) return badCell(cell, separator);
+  value = *number;
+  return {};
+}
+
+}  // namespace
 
 std::optional<std::string> readRow(std::string_view line, const CsvHeader& header, double* values) {
   std::size_t at = 0;
   const std::size_t columns = header.places.size();
   for (std::size_t column = 0; column < columns; ++column) {
-    const std::size_t begin = at;
+    const int place = header.places[column];
     double value = 0.0;
-    const std::size_t length = scanNumber(line.substr(at), value);
-    at = skipBlanks(line, at + length);
-    if (!length || (at < line.size() && line[at] != header.separator)) {
-      at = std::min(line.find(header.separator, begin), line.size());
-      const std::string_view cell = line.substr(begin, at - begin);
-      const std::optional<double> number = numberOf(unquoted(cell));
-      if (!number) return badCell(cell, header.separator);
-      value = *number;
+    if (place < 0) {
+      at = endOfCell(line, at, header.separator);
+    } else if (auto problem = readCell(line, at, header.separator, value)) {
+      return problem;
+    } else {
+      values[place] = value;
     }
     const bool endsHere = at >= line.size();
-    values[header.places[column]] = value;
     if (endsHere != (column + 1 == columns)) return badCount(line, header);
     ++at;
   }

@@ -48,14 +48,19 @@ class LineBlocks {
   bool wasCut_ = false, atEnd_ = false;
 };
 
-/// The header of a table of positions: which column is which axis, and what separates columns.
+/// The header of a table: which column is which value, and what separates columns.
 struct CsvHeader {
   char separator = ',';
-  std::vector<int> places;  ///< places[column] is the axis's place in a position.
+  std::vector<int> places;  ///< places[column] is the value's place in a row; -1: passed over.
 };
 
-/// Reads the header line. Throws Failure (refused) for an unknown or repeated axis name.
+/// Reads the header line of a table of positions. The other columns that tables of `inverse` have
+/// are passed over. Throws Failure (refused) for an unknown or repeated axis name.
 CsvHeader readHeader(const LineBlocks& lines, std::string_view line, const AxisNames& names);
+
+/// Reads the header line of a table of targets: tip_x, tip_y, tip_z (or x, y, z), i, j, k are the
+/// places 0 to 5, other columns are passed over. Throws Failure (refused) when one is missing.
+CsvHeader readTargetHeader(const LineBlocks& lines, std::string_view line);
 
 /// Reads one row into `values` (indexed by place). A value may stand between double quotes.
 /// @return  What was wanted and found when the row is bad; nothing when it is good.

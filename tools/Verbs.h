@@ -10,6 +10,10 @@ namespace korvo::tools {
 /// Failure for what it cannot answer.
 void addInfo(CLI::App& app, Exit& exit);
 void addForward(CLI::App& app, Exit& exit);
+void addInverse(CLI::App& app, Exit& exit);
+void addLimits(CLI::App& app, Exit& exit);
+void addInterpolate(CLI::App& app, Exit& exit);
+void addTranslate(CLI::App& app, Exit& exit);
 void addNew(CLI::App& app, Exit& exit);
 
 }  // namespace korvo::tools

@@ -3,13 +3,13 @@
 #include <cmath>
 #include <iostream>
 #include <memory>
-#include <set>
 
 #include "toolkit/Text.h"
 #include "tools/Csv.h"
 #include "tools/InfoJson.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
+#include "tools/PositionText.h"
 #include "tools/ToolPoint.h"
 #include "tools/Travel.h"
 #include "tools/Verbs.h"
@@ -17,49 +17,9 @@
 
 using nlohmann::json;
 using zgeo::UMatrix;
-using zgeo::UVec3d;
 
 namespace korvo::tools {
 namespace {
-
-// --- --at
-
-double valueOf(const std::string& text) {
-  const std::optional<double> value = numberOf(text);
-  if (!value) failUsage("a finite decimal number in --at", inQuotes(text));
-  return *value;
-}
-
-void setNamed(Position& v, const std::vector<std::string>& parts) {
-  std::set<int> seen;
-  for (const std::string& part : parts) {
-    const std::size_t equals = part.find('=');
-    if (equals == std::string::npos) failUsage("AXIS=VALUE in --at", inQuotes(part));
-    const std::string_view name = trimmed(std::string_view(part).substr(0, equals));
-    const int place = v.names().find(name);
-    if (place < 0) failUsage("axes among " + joined(v.names().all()) + " in --at", inQuotes(name));
-    if (!seen.insert(place).second) failUsage("each axis once in --at", inQuotes(name) + " again");
-    v[place] = valueOf(part.substr(equals + 1));
-  }
-}
-
-void setAll(Position& v, const std::vector<std::string>& parts) {
-  if (static_cast<int>(parts.size()) != v.size()) {
-    failUsage(std::to_string(v.size()) + " values (" + joined(v.names().all()) + ") in --at",
-              std::to_string(parts.size()));
-  }
-  for (int i = 0; i < v.size(); ++i) v[i] = valueOf(parts[static_cast<std::size_t>(i)]);
-}
-
-Position positionAt(const Session& session, const std::string& at) {
-  Position v = session.machine().position();
-  if (at.find('=') != std::string::npos) {
-    setNamed(v, split(at, ','));
-  } else {
-    setAll(v, split(at, ','));
-  }
-  return v;
-}
 
 // --- the answer
 
@@ -68,10 +28,6 @@ bool isFinite(const UMatrix& m) {
     if (!std::isfinite(m(i / 4, i % 4))) return false;
   }
   return true;
-}
-
-std::string text(const UVec3d& v) {
-  return rounded(v.x) + "  " + rounded(v.y) + "  " + rounded(v.z);
 }
 
 void printMatrix(std::ostream& out, const UMatrix& m) {
@@ -106,12 +62,11 @@ void printElements(std::ostream& out, const Session& session, const Position& v)
 void print(std::ostream& out, const Session& session, const Position& v, bool elements) {
   const ToolPoint at = toolPoint(*session.machine(), *v, session.tool());
   out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
-      << "\nPosition  ";
-  for (int i = 0; i < v.size(); ++i) out << ' ' << v.names()[i] << '=' << exact(v[i]);
+      << "\nPosition   " << textOf(v);
   const std::vector<std::string> outside = outsideLimits(session, v);
   if (!outside.empty()) out << "\nOutside limits: " << joined(outside);
-  out << "\nNose       " << text(at.nose) << "\nTip        " << text(at.tip) << "\nDirection  "
-      << text(at.direction) << "\nTool frame (machine frame)\n";
+  out << "\nNose       " << textOf(at.nose) << "\nTip        " << textOf(at.tip) << "\nDirection  "
+      << textOf(at.direction) << "\nTool frame (machine frame)\n";
   printMatrix(out, session.machine()->getMatrix_H2T(v));
   out << "Tip frame (part-zero frame)\n";
   printMatrix(out, session.machine()->getMatrix_TP2U(v));
@@ -121,13 +76,11 @@ void print(std::ostream& out, const Session& session, const Position& v, bool el
 json answerJson(const Session& session, const Position& v, bool elements) {
   const zkin::KMachine& machine = *session.machine();
   const ToolPoint at = toolPoint(machine, *v, session.tool());
-  json values = json::array();
-  for (int i = 0; i < v.size(); ++i) values.push_back({{"axis", v.names()[i]}, {"value", v[i]}});
   json answer = {{"schema", "korvo.forward/1"},
                  {"units", unitsJson()},
                  {"machine", session.machineJson()},
                  {"settings", session.settingsJson()},
-                 {"position", std::move(values)},
+                 {"position", jsonOf(v)},
                  {"outsideLimits", outsideLimits(session, v)},
                  {"nose", vectorJson(at.nose)},
                  {"tip", vectorJson(at.tip)},
@@ -139,7 +92,7 @@ json answerJson(const Session& session, const Position& v, bool elements) {
 }
 
 Exit answerOne(const ForwardOptions& o, const Session& session) {
-  const Position v = o.at ? positionAt(session, *o.at) : session.machine().position();
+  const Position v = o.at ? positionOf(session, *o.at, "--at") : session.machine().position();
   if (!isFinite(session.machine()->getMatrix_TP2U(v))) {
     throw Failure(Exit::no, "korvo: expected a tool point within the range of numbers, found none");
   }

@@ -35,7 +35,9 @@ Exit exitOf(CLI::App& app, const CLI::ParseError& e) {
 }
 
 int run(int argc, char** argv) {
-  CLI::App app("Machine-tool kinematics: what machine it is, and where the tool stands", "korvo");
+  CLI::App app(
+      "Machine-tool kinematics: what machine it is, where the tool stands, and what puts it there",
+      "korvo");
   app.set_version_flag("--version", KORVO_VERSION);
   app.require_subcommand(1);
   app.footer(
@@ -44,6 +46,10 @@ int run(int argc, char** argv) {
   Exit exit = Exit::answered;
   korvo::tools::addInfo(app, exit);
   korvo::tools::addForward(app, exit);
+  korvo::tools::addInverse(app, exit);
+  korvo::tools::addLimits(app, exit);
+  korvo::tools::addInterpolate(app, exit);
+  korvo::tools::addTranslate(app, exit);
   korvo::tools::addNew(app, exit);
   std::vector<std::string> arguments =
       korvo::tools::withVerbFirst(app, {argv + std::min(argc, 1), argv + argc});

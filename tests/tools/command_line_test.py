@@ -528,7 +528,8 @@ class Options(CommandLine):
                 (["foward"], "(did you mean 'forward'?)"), (["lathe"], "found 'lathe'\n"),
                 (["--json", "info", "x"], "found '--json' before 'info'; write 'korvo info ...'"),
                 (["x.def", "forward"], "found 'x.def' before 'forward'"), ([], "found nothing")):
-            self.assert_fails(USAGE, "korvo: expected a verb (info, forward, new) first",
+            self.assert_fails(USAGE, "korvo: expected a verb (info, forward, inverse, limits, interpolate, "
+                              "translate, new) first",
                               *arguments)
             self.assert_fails(USAGE, hint, *arguments)
 

@@ -1,0 +1,320 @@
+"""`korvo inverse`: one target, all positions, tables of targets."""
+import csv
+import io
+import json
+import math
+import os
+
+from command_line_test import ANSWERED, NO, REFUSED, SCHEMAS, USAGE, CommandLine, validate
+
+HALF = math.sqrt(0.5)
+
+# The trunnion of the other tests (its cradle turns about the line z = 50) with travels.
+LIMITS = "limits=X,-300,300\nlimits=Z,-100,400\n"
+
+
+class InverseCommandLine(CommandLine):
+    def setUp(self):
+        super().setUp()
+        with open(self.machine, encoding="utf-8") as file:
+            self.machine = self.write("acl.def", file.read() + LIMITS)
+
+    def no(self, *arguments):
+        run = self.run_korvo("inverse", *arguments, "--json")
+        self.assertEqual(run.returncode, NO, run.stderr)
+        answer = json.loads(run.stdout)
+        validate(answer)
+        self.assertEqual(answer["positions"], [])
+        self.assertNotEqual(answer["status"], "reached")
+        return answer
+
+    def values(self, found):
+        return {v["axis"]: v["value"] for v in found["position"]}
+
+
+class Inverse(InverseCommandLine):
+    # With A = -45 the point (10, 20, 180), 20 and 130 beside the cradle's line, comes to
+    # y = 20 cos A - 130 sin A, z = 50 + 20 sin A + 130 cos A.
+    POINT = f"10,{150 * HALF},{50 + 110 * HALF}"
+
+    def test_gives_the_position_with_residual_margins_and_singularity(self):
+        answer = self.json("inverse", self.machine, "--point", self.POINT, "--dir", "0,2,2")
+        self.assertEqual((answer["status"], answer["total"], answer["reason"]),
+                         ("reached", None, None))
+        found = answer["positions"][0]
+        self.assert_near([v["value"] for v in found["position"]], [10, 20, 30, -45, 0])
+        self.assert_near(found["direction"], [0, HALF, HALF])
+        self.assert_near(answer["direction"], [0, HALF, HALF])
+        self.assertLess(found["residual"]["point"], 1e-6)
+        self.assertLess(found["residual"]["direction"], 1e-8)
+        margins = {m["axis"]: (m["toMin"], m["toMax"]) for m in found["margins"]}
+        self.assert_near(margins["X"], (310, 290))
+        self.assertEqual(margins["C"], (None, None))
+        self.assertEqual(found["singularity"]["axes"], ["C", "A"])
+        self.assertAlmostEqual(found["singularity"]["angle"], 45, delta=1e-9)
+        self.assertFalse(found["linearOnly"])
+        self.assertAlmostEqual(found["distance"], 10 + 20 + 30 + 45, delta=1e-9)
+
+    def test_text_reads_as_numbers_of_a_person(self):
+        text = self.answer("inverse", self.machine, "--point", self.POINT, "--dir", "0,1,1")
+        for part in ("Position   X=10 Y=20 Z=30 A=-45 C=0\n", "Residual   point ",
+                     "Singular   45 degrees from the nearest direction where C and A lose",
+                     "  inside  X=10  310 to the minimum, 290 to the maximum (mm)\n",
+                     "  inside  C=0  no limits\n"):
+            self.assertIn(part, text)
+
+    def test_forward_gives_the_target_back(self):
+        found = self.json("inverse", self.machine, "--point", "-30,60,150", "--dir",
+                          "0.3,-0.2,0.8", "--tool-length", "35", "--frame",
+                          "5,6,7,10,20,30")["positions"][0]
+        at = ",".join(f"{axis}={value!r}" for axis, value in self.values(found).items())
+        forward = self.json("forward", self.machine, "--at", at, "--tool-length", "35", "--frame",
+                            "5,6,7,10,20,30")
+        self.assert_near(forward["tip"], [-30, 60, 150])
+        length = math.sqrt(0.09 + 0.04 + 0.64)
+        self.assert_near(forward["direction"], [0.3 / length, -0.2 / length, 0.8 / length])
+
+    def test_from_picks_the_turn(self):
+        found = self.json("inverse", self.machine, "--point", self.POINT, "--dir", "0,1,1",
+                          "--from", "C=700,A=-30")["positions"][0]
+        self.assertAlmostEqual(self.values(found)["C"], 720, delta=1e-9)
+
+    def test_directions_that_no_axis_reaches_say_by_how_much(self):
+        reason = self.no("mill-4axis", "--point", "0,100,300", "--dir", "0,1,0")["reason"]
+        self.assertEqual((reason["code"], reason["unit"]), ("outside-cone", "degree"))
+        self.assertAlmostEqual(reason["by"], 90, delta=1e-9)
+        run = self.run_korvo("inverse", "mill-4axis", "--point", "0,100,300", "--dir", "0,1,0")
+        self.assertEqual(run.returncode, NO)
+        self.assertIn("No position: the direction lies 90 degrees beside the cone that the tool "
+                      "describes about B\n", run.stdout)
+
+    def test_axes_outside_their_limits_are_named_with_the_amount(self):
+        answer = self.no("mill-3axis", "--point", "400,0,200", "--dir", "0,0,1")
+        self.assertEqual(answer["status"], "outside-limits")
+        self.assertEqual(answer["reason"]["outside"], [{"axis": "X", "by": 19}])
+        self.assertEqual(answer["reason"]["text"], "outside the limits: X above by 19 mm")
+        self.assertEqual(self.values(answer["best"])["X"], 400)
+
+    # Upright C is free: turned by a quarter it brings the point from X = 310 to Y.
+    def test_a_free_axis_is_turned_where_that_leads_inside(self):
+        answer = self.json("inverse", self.machine, "--point", "310,0,200", "--dir", "0,0,1")
+        values = self.values(answer["positions"][0])
+        self.assert_near([abs(values[axis]) for axis in "XYC"], [0, 310, 90])
+
+    def test_a_mill_without_rotary_axes_is_answered_by_its_linear_axes(self):
+        found = self.json("inverse", "mill-3axis", "--point", "1,2,200", "--dir",
+                          "0,0,1")["positions"][0]
+        self.assertTrue(found["linearOnly"])
+        self.assertIsNone(found["singularity"])
+        text = self.answer("inverse", "mill-3axis", "--point", "1,2,200", "--dir", "0,0,1")
+        self.assertIn("by the linear axes alone: no rotary axis is free", text)
+        reason = self.no("mill-3axis", "--point", "1,2,200", "--dir", "0,1,0")["reason"]
+        self.assertEqual((reason["code"], reason["by"]), ("no-rotary-axis", 90))
+
+    def test_arms_say_what_they_cannot_do(self):
+        reason = self.no("arm-irb2400", "--point", "800,0,1200", "--dir", "-1,0,0")["reason"]
+        self.assertEqual(reason["code"], "missed")
+        self.assertAlmostEqual(reason["by"], 85 * math.sqrt(2), delta=1e-6)
+        self.assertIn("the tip is 85 mm from the wrist centre", reason["conditions"][0])
+        reason = self.no("arm-puma560", "--point", "2000,0,671.83", "--dir", "0,0,-1")["reason"]
+        self.assertEqual(reason["code"], "out-of-reach")
+
+    def test_locked_axes_stay_at_the_start(self):
+        answer = self.json("inverse", "gantry-w", "--lock", "W", "--from", "W=-50", "--point",
+                           "100,0,-400", "--dir", "1,0,1")
+        self.assertEqual(self.values(answer["positions"][0])["W"], -50)
+        self.assertEqual(answer["settings"]["locked"], ["W"])
+
+    # 20 degrees towards +X: C = 90 and A = -20, or C = -90 and A = 20; both turn C as much.
+    def test_the_strategy_chooses_the_branch(self):
+        turns = {}
+        for strategy in ("1", "2"):
+            found = self.json("inverse", self.machine, "--point", "0,0,200", "--dir",
+                              "0.05,-0.3,1", "--from", "C=150,A=-25", "--strategy",
+                              strategy)["positions"][0]
+            turns[strategy] = self.values(found)
+        self.assertLessEqual(abs(turns["1"]["C"] - 150), abs(turns["2"]["C"] - 150))
+        self.assertLessEqual(abs(turns["2"]["A"] + 25), abs(turns["1"]["A"] + 25))
+
+    def test_trace_shows_the_library_at_work(self):
+        run = self.run_korvo("inverse", "arm-puma560", "--point", "452.1,-150.05,1103.63", "--dir",
+                             "0,0,-1", "--trace", "-")
+        self.assertEqual(run.returncode, ANSWERED)
+        self.assertIn("--solveConfig1", run.stderr)
+
+    def test_what_is_no_question_is_a_usage_error(self):
+        one = ["--point", "0,0,0", "--dir", "0,0,1"]
+        table = self.write("t.csv", "x,y,z,i,j,k\n0,0,150,0,0,1\n")
+        for arguments, message in (
+                ([], "expected --point x,y,z and --dir i,j,k, or --targets FILE, found neither"),
+                (one[:2], "found no --dir"), (one[2:], "found no --point"),
+                (["--point", "1,2", *one[2:]], "expected x,y,z (mm) after --point, found '1,2'"),
+                (["--point", "1,2,x", *one[2:]], "found '1,2,x'"),
+                ([*one[:2], "--dir", "0,0,0"], "expected i,j,k, not all 0, after --dir"),
+                ([*one[:2], "--dir", "0,nan,0"], "found '0,nan,0'"),
+                ([*one, "--from", "Q=1"], "expected axes among X, Y, Z, A, C in --from"),
+                ([*one, "--max", "3"], "expected --max with --all, found it alone"),
+                ([*one, "--all", "--max", "0"], "expected a number from 1 up after --max"),
+                ([*one, "--strict"], "expected --strict with --targets"),
+                ([*one, "--stats"], "expected --stats with --targets"),
+                ([*one, "--targets", table], "expected --targets, or --point and --dir, found both"),
+                (["--targets", ""], "expected a file or - after --targets")):
+            with self.subTest(arguments):
+                self.assert_fails(USAGE, message, "inverse", self.machine, *arguments)
+
+
+class All(InverseCommandLine):
+    # C = 0 and its turns; A = 45 is outside.
+    def test_lists_all_positions_nearest_first(self):
+        answer = self.json("inverse", self.machine, "--point", Inverse.POINT, "--dir", "0,1,1",
+                           "--from", "C=350", "--all")
+        self.assertEqual(answer["total"], 3)
+        turns = [self.values(found)["C"] for found in answer["positions"]]
+        self.assert_near(turns, [360, 0, -360])
+        distances = [found["distance"] for found in answer["positions"]]
+        self.assert_near(distances, [10 + 20 + 30 + 45 + d for d in (10, 350, 710)])
+
+    def test_max_shortens_the_list_and_says_the_total(self):
+        arguments = ("inverse", self.machine, "--point", Inverse.POINT, "--dir", "0,1,1", "--all",
+                     "--max", "2")
+        answer = self.json(*arguments)
+        self.assertEqual((answer["total"], len(answer["positions"])), (3, 2))
+        self.assertIn("Found      3 positions, the nearest 2 shown\n", self.answer(*arguments))
+
+    def test_no_position_gives_the_reason_here_too(self):
+        answer = self.no("mill-3axis", "--point", "0,0,2000", "--dir", "0,0,1", "--all")
+        self.assertEqual((answer["total"], answer["reason"]["code"]), (0, "outside-limits"))
+
+    def test_too_many_starts_are_refused_with_their_number(self):
+        axes = "".join(f"rotation={n},{k + 4},{d}\n"
+                       for k, (n, d) in enumerate(zip("ABCDEFG", "xyzxyzx")))
+        machine = self.write("seven.def", "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,x\n"
+                             f"axis=Y,2,y\naxis=Z,3,z\n{axes}tool=z,0,0,0\n")
+        run = self.run_korvo("inverse", machine, "--point", "1,2,3", "--dir", "0,1,1", "--all",
+                             "--json")
+        self.assertEqual(run.returncode, ANSWERED)
+        self.assertIn(f"expected up to 1000000 starts for the list of all positions, found {9**7}",
+                      run.stderr)
+        answer = json.loads(run.stdout)
+        validate(answer)
+        self.assertEqual(len(answer["positions"]), 1)
+
+
+class Targets(InverseCommandLine):
+    HEAD = "line,status,X,Y,Z,A,C,point_error,direction_error,outside_limits,reason,by"
+
+    def rows(self, table, *options, code=ANSWERED):
+        self.path = self.write("targets.csv", table)
+        run = self.run_korvo("inverse", self.machine, "--targets", self.path, *options)
+        self.assertEqual(run.returncode, code, run.stderr)
+        self.stderr = run.stderr
+        return run.stdout.splitlines()
+
+    def test_one_row_out_for_each_row_in(self):
+        rows = self.rows("x,y,z,i,j,k\n10,20,180,0,0,1\n")
+        self.assertEqual(rows[0], self.HEAD)
+        self.assertEqual(rows[1], "2,ok,10,20,30,0,0,0,0,,,")
+
+    def test_forward_inverse_forward_gives_the_same_points(self):
+        positions = "X,Y,Z,A,C\n" + "".join(
+            f"{i % 7 - 3},{i % 5},{i % 11},{-5 - i % 60},{i * 3 % 300}\n" for i in range(500))
+        table = self.write("positions.csv", positions)
+        forward = self.answer("forward", self.machine, "--positions", table)
+        inverse = "\n".join(self.rows(forward)) + "\n"
+        back = self.write("back.csv", inverse)
+        again = self.answer("forward", self.machine, "--positions", back)
+        first, second = (list(csv.DictReader(io.StringIO(t))) for t in (forward, again))
+        self.assertEqual(len(first), 500)
+        for a, b in zip(first, second):
+            for name in ("line", "status"):
+                self.assertEqual(a[name], b[name])
+            for name in ("tip_x", "tip_y", "tip_z", "i", "j", "k"):
+                self.assertAlmostEqual(float(a[name]), float(b[name]), delta=1e-9)
+
+    # A turn further row by row: each is solved from where the row before ended.
+    def test_each_row_starts_where_the_one_before_ended(self):
+        table = "tip_x;tip_y;tip_z;i;j;k\n"
+        for heading in range(0, 1080, 30):
+            h = math.radians(heading)
+            table += f"0;0;200;{0.3 * math.cos(h)!r};{0.3 * math.sin(h)!r};1\n"
+        rows = self.rows(table, "--from", "A=-15,C=-90")
+        turns = [float(r.split(";")[6]) for r in rows[1:]]
+        self.assert_near(turns, [heading - 90 for heading in range(0, 1080, 30)], 1e-8)
+
+    def test_rows_without_a_position_say_why_and_the_run_goes_on(self):
+        rows = self.rows("x,y,z,i,j,k\n310,0,200,0,1,1\n0,0,200,0,0,0\n0,0,x,0,0,1\n"
+                         "0,0,200,0,0,1\n", code=NO)
+        cells = [r.split(",") for r in rows[1:]]
+        self.assertEqual([c[1] for c in cells], ["outside-limits", "not-reached", "bad", "ok"])
+        self.assertEqual(cells[0][9:11], ["X", "outside-limits"])
+        self.assertAlmostEqual(float(cells[0][11]), 10, delta=1e-9)
+        self.assertEqual(cells[1][10:], ["no-direction", ""])
+        self.assertEqual(rows[3], "4,bad" + "," * 10)
+        said = self.stderr.splitlines()
+        self.assertEqual(said[0], f"{self.path}:2: outside the limits: X above by 10 mm")
+        self.assertIn(":4: expected a finite decimal number, found 'x'", said[2])
+
+    def test_strict_stops_at_the_first_row_without_a_position(self):
+        rows = self.rows("x,y,z,i,j,k\n0,0,200,0,0,1\n310,0,200,0,1,1\n0,0,200,0,0,1\n",
+                         "--strict", code=REFUSED)
+        self.assertEqual([r.split(",")[1] for r in rows[1:]], ["ok", "outside-limits"])
+
+    def test_json_lines_are_valid_one_by_one(self):
+        rows = [json.loads(r) for r in self.rows(
+            "x,y,z,i,j,k\n10,20,180,0,0,1\n310,0,200,0,1,1\nx,0,0,0,0,1\n", "--json", code=NO)]
+        for row in rows:
+            validate(row)
+        self.assertEqual([v["value"] for v in rows[0]["position"]], [10, 20, 30, 0, 0])
+        self.assertEqual(rows[1]["reason"]["outside"][0]["axis"], "X")
+        self.assertEqual([r["status"] for r in rows], ["ok", "outside-limits", "bad"])
+
+    def test_frame_and_tool_length_apply_to_every_row(self):
+        rows = self.rows("x,y,z,i,j,k\n9,18,177,0,0,1\n", "--frame", "1,2,3", "--tool-length",
+                         "20")
+        self.assertEqual(rows[1].split(",")[2:7], ["10", "20", "50", "0", "0"])
+
+    def test_headers_without_a_target_are_refused(self):
+        for header, found in (("x,y,z,i,j", "no k"), ("X,Y,Z,i,j,k", "no tip_x"),
+                              ("x,y,z,i,j,k,tip_x", "'tip_x' again"), ("1,2,3", "no tip_x")):
+            path = self.write("h.csv", header + "\n")
+            self.assert_fails(REFUSED, f"{path}:1: expected a header with tip_x, tip_y, tip_z (or "
+                              f"x, y, z), i, j, k, each once, found {found}", "inverse",
+                              self.machine, "--targets", path)
+
+    def test_other_columns_are_passed_over(self):
+        rows = self.rows('name,x,y,z,i,j,k,feed\n"a, b",10,20,180,0,0,1,F100\n,1,2,180,0,0,1,\n')
+        self.assertEqual([r.split(",")[1] for r in rows[1:]], ["ok", "ok"])
+
+    def test_standard_input_is_a_table_too(self):
+        run = self.run_korvo("inverse", self.machine, "--targets", "-",
+                             stdin="x,y,z,i,j,k\n10,20,180,0,0,1\n")
+        self.assertIn("2,ok,10,20,30,0,0,", run.stdout)
+
+    def test_stats_say_how_fast(self):
+        self.rows("x,y,z,i,j,k\n10,20,180,0,0,1\n", "--stats")
+        self.assertRegex(self.stderr, r"1 targets answered; query loop \S+ s, \d+ targets/s")
+
+
+class Examples(InverseCommandLine):
+    """Every example machine answers what it can reach, by its own forward answer."""
+
+    AT = {"mill-3axis": "Z=100", "mill-4axis": "B=30,Y=10", "table-ac": "A=-20,C=30,Z=50",
+          "table-bc": "B=-20,C=30,Z=50", "head-table": "B=20,C=30", "head-cb-fork": "C=20,B=30",
+          "head-nutating": "B=60,C=20,Z=300", "gantry-w": "X=100,C=20,A=30,Z=-300",
+          "drill-head": "", "arm-puma560": "J1=10,J2=20,J3=-30,J4=10,J5=40"}
+
+    def test_reaches_where_forward_says_the_tool_is(self):
+        folder = os.path.join(os.path.dirname(SCHEMAS), "..", "examples", "machines")
+        names = {n[:-4] for n in os.listdir(folder) if n.endswith(".def")}
+        # the two other arms have their tool point away from the wrist centre
+        self.assertEqual(names - set(self.AT), {"arm-irb2400", "arm-irb2400-rail"})
+        for name, at in self.AT.items():
+            with self.subTest(name):
+                forward = self.json("forward", name, *(["--at", at] if at else []))
+                start = ["--from", at] if at else []
+                point, direction = (",".join(repr(x) for x in forward[key])
+                                    for key in ("tip", "direction"))
+                answer = self.json("inverse", name, "--point", point, "--dir", direction, *start)
+                found = answer["positions"][0]
+                self.assertLess(found["residual"]["point"], 1e-6)
+                self.assert_near(found["tip"], forward["tip"], 1e-6)

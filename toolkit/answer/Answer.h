@@ -1,0 +1,195 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/zgeo/UVec3d.h"
+#include "toolkit/Export.h"
+#include "toolkit/Machine.h"
+#include "toolkit/Position.h"
+
+namespace korvo {
+
+/// A tool tip may miss its target by this (mm) and counts as there: a thousandth of the finest step
+/// of any control, and a thousand times what rounding leaves on a machine of ten metres.
+inline constexpr double kReachedMm = 1e-6;
+
+/// A tool direction may miss its target by this (radians): 1e-5 mm at the end of a tool of a metre,
+/// and ten times what the solvers let a direction lie off the reachable ones.
+inline constexpr double kReachedRad = 1e-8;
+
+/// Where the tip of the current tool shall be and which way the tool shall point.
+struct Target {
+  zgeo::UVec3d tip;        ///< mm
+  zgeo::UVec3d direction;  ///< From tip to spindle, any length.
+};
+
+/// A target given in the part-zero frame, in the machine frame: the solvers take that one.
+KORVO_TOOLKIT_API Target fromPartZero(const Machine& machine, const Target& target);
+
+/// How far a position misses a target, computed forward from the position alone.
+struct Residual {
+  double pointMm = 0.0;
+  double directionRad = 0.0;
+
+  bool isReached() const { return pointMm <= kReachedMm && directionRad <= kReachedRad; }
+};
+
+KORVO_TOOLKIT_API Residual residual(const Machine& machine, const zkin::KMachineValueBase& v,
+                                    const Target& target);
+
+/// How far an axis is from its limits, mm or degrees: negative outside, nothing without a limit.
+struct Margin {
+  std::optional<double> toMin;
+  std::optional<double> toMax;
+};
+
+/// One entry for each axis, in value order.
+KORVO_TOOLKIT_API std::vector<Margin> margins(const Machine& machine,
+                                              const zkin::KMachineValueBase& v);
+
+/// One axis outside its limits.
+struct AxisOutside {
+  int place = 0;
+  double by = 0.0;  ///< mm or degrees; negative below the minimum, positive above the maximum.
+};
+
+/// How near the tool direction is to one at which two rotary axes lose a degree of freedom.
+///
+/// The tool direction lies at the angle t from the first axis, which is nearer the part; it can be
+/// anything from |w - f| to w + f (beyond a half turn counted back), w being the angle between the
+/// axes and f that between the second axis and the tool. At both ends the second axis moves the
+/// tool along with the first or not at all, so that one direction of motion is lost; an end at 0 or
+/// at a half turn is the first axis itself, whose angle then is free. In between none is lost:
+/// the derivative of cos t by the second angle is zero at the ends alone. The distance to the
+/// nearer end is an angle on the sphere of directions.
+struct Singularity {
+  int first = 0;          ///< Place of the axis nearer the part.
+  int second = 0;         ///< Place of the axis nearer the tool.
+  double angleRad = 0.0;  ///< 0 at such a direction.
+};
+
+/// Of the pair of axes that turns the tool: of several pairs of free rotary axes the one furthest
+/// from its singular directions, of an arm its wrist. Nothing with fewer than two axes.
+KORVO_TOOLKIT_API std::optional<Singularity> singularity(const Machine& machine,
+                                                         const zkin::KMachineValueBase& v);
+
+enum class Status {
+  reached,        ///< Verified forward, inside the limits.
+  outsideLimits,  ///< Reached, but only outside the limits.
+  notReached,
+};
+
+/// Why a target has no position.
+enum class Reason {
+  none,
+  noDirection,    ///< The target is null or not finite.
+  noRotaryAxis,   ///< The tool points elsewhere and no free axis can turn it; by degrees.
+  outsideCone,    ///< The rotary axes do not turn the tool so far; by degrees.
+  outsideLimits,  ///< See Answer::outside; by mm or degrees of the first of them.
+  outOfReach,     ///< An arm is too short, or too long; by mm.
+  linearAxes,     ///< The free linear axes do not span space; by mm.
+  lockedAxis,     ///< An arm's solver moved a locked axis.
+  startOfArm,     ///< From this start the arm's solver turns to the wrong side; by mm.
+  missed,         ///< The solver answers beside the target; by mm. See Answer::conditions.
+};
+
+/// "reached", "outside-limits", "not-reached".
+KORVO_TOOLKIT_API const char* toString(Status status);
+
+/// "none", "no-direction", "no-rotary-axis", ...: a stable name.
+KORVO_TOOLKIT_API const char* toString(Reason reason);
+
+/// What a target came to.
+struct Answer {
+  explicit Answer(Position at) : position(std::move(at)) {}
+
+  Status status = Status::notReached;
+  Position position;  ///< That reaches the target; without one, the best that was found.
+  Residual residual;
+  std::vector<Margin> margins;
+  std::optional<Singularity> singularity;
+
+  /// Found without the machine's solver, which answers no machine without free rotary axes: the
+  /// tool already points the wanted way and the linear axes alone carry it.
+  bool isLinearOnly = false;
+
+  Reason reason = Reason::none;
+  double by = 0.0;                      ///< How far off: mm or degrees, as the reason says.
+  std::string text;                     ///< The reason in words; empty when reached.
+  std::vector<AxisOutside> outside;     ///< Axes of `position` outside their limits.
+  std::vector<std::string> conditions;  ///< What of machine or target the arm solver cannot do.
+};
+
+/// All positions of a target.
+struct Answers {
+  std::vector<Answer> positions;  ///< The nearest ones, nearest first.
+  std::vector<double> distances;  ///< Their distances from the start.
+  std::size_t total = 0;          ///< How many there are.
+
+  /// How many starts the list would take, when these were too many to try: then the list holds what
+  /// `nearest` gives.
+  std::optional<std::uint64_t> tooManySeeds;
+
+  std::optional<Answer> none;  ///< Why there is no position, when there is none.
+};
+
+/// Lists of more starts than this are not made.
+inline constexpr std::uint64_t kMostSeeds = 1'000'000;
+
+/// How many starts the list of all positions of the current tool takes: the start angles of every
+/// rotary axis in its chain, multiplied.
+KORVO_TOOLKIT_API std::uint64_t seedCount(const Machine& machine);
+
+/// Distance of two positions: the sum of the differences of all axes, a degree counted as a mm.
+/// What an axis moves less is never lost behind what another moves more.
+KORVO_TOOLKIT_API double distance(const zkin::KMachineValueBase& a,
+                                  const zkin::KMachineValueBase& b);
+
+/// Puts the tool on targets, and says the truth about it: every answer is verified forward,
+/// whatever code the library gave. Current tool, tool length, locks, strategy and limits are those
+/// of the machine when this is made, which is copied: solvers of one machine may run in many
+/// threads.
+class KORVO_TOOLKIT_API Solver {
+ public:
+  explicit Solver(const Machine& machine);
+
+  /// The position that the machine takes from `from`: the start picks the turn, the strategy the
+  /// branch. When that one is outside the limits, the nearest that is inside: of the other branch
+  /// and of other turns, else of all positions.
+  Answer nearest(const Target& target, const Position& from);
+
+  /// All positions inside the limits, by `distance` from `from`, at most `max` of them; ties in the
+  /// order of the library's list. Locked axes and linear axes without a part in the solution stay
+  /// where `from` has them.
+  Answers all(const Target& target, const Position& from, std::size_t max);
+
+  /// The shift of the tool tip by `delta` (mm, machine frame) at the same direction, by the
+  /// library's own `axisTranslation`, or by the linear axes alone where that gives none.
+  Answer translate(const zgeo::UVec3d& delta, const Position& from);
+
+  /// `nearest` for long tables, without the list of all positions: moves `at` and gives nothing
+  /// when the target is reached; else leaves `at` and says why.
+  std::optional<Answer> follow(const Target& target, Position& at, Residual& residual);
+
+ private:
+  bool isTurning() const { return hasRotary_ || isArm_; }
+  void solve(const Target& target, const Position& from, Position& out);
+  Answer best(const Target& target, const Position& from);
+  Answer linearOnly(const Target& target, const Position& from) const;
+  Answer judged(const Target& target, const Position& from, Position at) const;
+  std::uint64_t list(const Target& target, const Position& from, std::vector<Position>& out) const;
+  void explain(const Target& target, const Position& from, Answer& answer) const;
+
+  Machine machine_;
+  Position solved_;  // reused from target to target
+  bool hasRotary_ = false;
+  bool isArm_ = false;
+  bool mindsLocks_ = false;
+};
+
+}  // namespace korvo

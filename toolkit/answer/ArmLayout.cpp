@@ -1,0 +1,179 @@
+#include "toolkit/answer/ArmLayout.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "toolkit/Text.h"
+#include "toolkit/answer/Cone.h"
+#include "toolkit/answer/FreeAxes.h"
+#include "toolkit/answer/Words.h"
+
+using zgeo::UVec3d;
+using zkin::KMachine;
+using zkin::KMachineElem;
+using zkin::KMachineValueBase;
+
+namespace korvo {
+namespace {
+
+// Sines and cosines below this are zero for the solver, and lengths (mm) below it nothing.
+constexpr double kSmall = 1e-5;
+
+const UVec3d kUp(0, 0, 1);
+
+bool isRotary(const KMachineElem* e) { return e->getElemType() == KMachineElem::KMET_TYPE_AROT; }
+
+std::string nameOf(const KMachineElem* e) { return toUtf8(e->getElemName()); }
+
+UVec3d unitOf(const KMachineElem* e) { return e->getElemAxis().normalised(); }
+
+bool areSquare(const KMachineElem* a, const KMachineElem* b) {
+  return std::abs(unitOf(a) * unitOf(b)) < kSmall;
+}
+
+bool areParallel(const KMachineElem* a, const KMachineElem* b) {
+  return (unitOf(a) ^ unitOf(b)).norm() < kSmall;
+}
+
+// Distance of a point from the line of a joint.
+double fromLine(const UVec3d& point, const KMachineElem* line) {
+  return ((point - line->getElemPivot()) ^ unitOf(line)).norm();
+}
+
+}  // namespace
+
+ArmLayout::ArmLayout(const KMachine& machine)
+    : machine_(machine), chain_(machine.getToolChain(true, -1)) {
+  tool_ = machine.getElemByIndex(KMachineElem::_getToolIndex(machine.getCurrentTool()));
+  joints_.assign(std::find_if(chain_.begin(), chain_.end(), isRotary), chain_.end());
+  UVec3d centre;
+  const int wrist = machine.hasRotule(centre, machine.getCurrentTool());
+  if (wrist > 0) wrist_ = machine.getElemByIndex(wrist);
+}
+
+bool ArmLayout::isUpright() const {
+  return angleBetween(joints_[0]->getElemAxis(), kUp) < kSmall &&
+         fromLine(UVec3d(), joints_[0]) < kSmall;
+}
+
+bool ArmLayout::isFirstInChain() const {
+  const auto isAxis = [](const KMachineElem* e) { return e->getValueIndex() >= 0; };
+  return std::find_if(chain_.begin(), chain_.end(), isAxis) ==
+         std::find(chain_.begin(), chain_.end(), joints_[0]);
+}
+
+bool ArmLayout::hasLowestPlaces() const {
+  for (int i = 0; i < 3; ++i) {
+    if (joints_[static_cast<std::size_t>(i)]->getValueIndex() != i) return false;
+  }
+  return true;
+}
+
+bool ArmLayout::hasSquareShape() const {
+  return std::all_of(joints_.begin(), joints_.begin() + 4, isRotary) &&
+         areSquare(joints_[0], joints_[1]) && areParallel(joints_[1], joints_[2]);
+}
+
+bool ArmLayout::isToolOnLastJoint() const {
+  const auto last = std::find_if(chain_.rbegin(), chain_.rend(), isRotary);
+  return areParallel(*last, tool_) && fromLine(tool_->getElemPivot(), *last) < kSmall;
+}
+
+double ArmLayout::upperArm() const { return fromLine(joints_[2]->getElemPivot(), joints_[1]); }
+
+// Of the fourth joint's line from the third's.
+double ArmLayout::forearmOffset() const { return std::abs(joints_[3]->getDHmRef().a); }
+
+// Signed along the tool, from the tip back to the wrist centre.
+double ArmLayout::centreOffset() const {
+  return (wrist_->getElemPivot() - tool_->getElemPivot()) * unitOf(tool_) + tool_->getTHELength();
+}
+
+// A tool of a higher number behind the same last joint: that joint keeps the wrist length of it.
+const KMachineElem* ArmLayout::laterToolOnWrist() const {
+  const KMachineElem* found = nullptr;
+  for (int n = machine_.getCurrentTool() + 1; n <= machine_.getToolNumber(); ++n) {
+    const auto other = machine_.getToolChain(true, n);
+    if (std::find(other.begin(), other.end(), wrist_) != other.end()) found = other.back();
+  }
+  return found;
+}
+
+std::vector<std::string> ArmLayout::brokenByMachine() const {
+  if (joints_.size() < 4) return {"fewer than four elements from the first rotary axis on"};
+  std::vector<std::string> broken;
+  const auto require = [&](bool isKept, const std::string& text) {
+    if (!isKept) broken.push_back(text);
+  };
+  const std::string first = nameOf(joints_[0]);
+  require(isUpright(), first + " is not upright (+Z) on the machine's Z line");
+  require(isFirstInChain(), "an axis stands before " + first + ", the first joint");
+  require(hasLowestPlaces(), "the first three joints do not have the three lowest axis numbers");
+  require(hasSquareShape(),
+          "the first four joints are not rotary ones, the second square to the "
+          "first and the third parallel to the second");
+  if (!hasSquareShape()) return broken;
+  require(areSquare(joints_[2], joints_[3]), "the fourth joint is not square to the third");
+  require(upperArm() > kSmall, "the lines of the second and third joint are the same");
+  require(unitOf(joints_[1]) * unitOf(joints_[2]) > 0 || forearmOffset() < kSmall,
+          "the third joint is directed against the second, with an offset to the fourth");
+  require(wrist_ != nullptr, "the last three joints do not meet in one point");
+  require(isToolOnLastJoint(), "the tool does not lie on the line of the last joint");
+  require(!wrist_ || !laterToolOnWrist(),
+          "another tool hangs on the same wrist, and the wrist is solved with that one's length");
+  return broken;
+}
+
+std::vector<std::string> ArmLayout::brokenByTarget(const Target& target,
+                                                   const KMachineValueBase& from) const {
+  std::vector<std::string> broken;
+  if (!wrist_) return broken;
+  const UVec3d direction = target.direction.normalised();
+  const double miss = std::abs(centreOffset()) * (direction - kUp).norm();
+  if (miss > kReachedMm) {
+    broken.push_back("the tip is " + words(std::abs(centreOffset())) +
+                     " mm from the wrist centre and the tool is not wanted along +Z: that offset "
+                     "times the difference of the two directions is missed, " +
+                     words(miss) + " mm");
+  }
+  const UVec3d centre = target.tip + direction * centreOffset();
+  const double lateral = wrist_->getElemPivot() * unitOf(joints_[1]);
+  if (std::abs(centre.y) <= kSmall && std::abs(lateral) <= kSmall && centre.x < 0) {
+    broken.push_back(
+        "the wrist centre lies in the plane Y = 0 behind the first joint, which is put "
+        "to 0 there whatever the start: the third may come out a full turn away");
+  }
+  UVec3d wristAxis;
+  machine_.getElemAxis(from, wrist_->getElemIndex(), wristAxis);
+  const bool isStraight = angleBetween(wristAxis, toolDirection(machine_, from)) < kSmall;
+  if (tool_->getTHELength() > 0 && !isStraight) {
+    broken.push_back("the tool has a length and does not lie along the wrist's first axis (" +
+                     nameOf(wrist_) + ") at the start");
+  }
+  return broken;
+}
+
+// The wrist centre lies beside the first axis by `lateral`; in the plane of the arm that leaves two
+// circles about the shoulder, as the arm faces the centre or turns its back on it.
+std::optional<double> ArmLayout::outOfReach(const Target& target) const {
+  if (!brokenByMachine().empty()) return {};
+  const UVec3d shoulder = joints_[1]->getElemPivot(), centreAtZero = wrist_->getElemPivot();
+  const UVec3d centre = target.tip + target.direction.normalised() * centreOffset();
+  const double lateral = centreAtZero * unitOf(joints_[1]);
+  const double across = centre.x * centre.x + centre.y * centre.y - lateral * lateral;
+  if (across < 0) return std::abs(lateral) - std::hypot(centre.x, centre.y);
+  const UVec3d side = unitOf(joints_[1]);
+  const UVec3d flat = shoulder - side * (shoulder * side);  // shoulder in the plane of the arm
+  const double ahead = std::hypot(flat.x, flat.y), height = centre.z - flat.z;
+  const double arm = upperArm(), forearm = fromLine(centreAtZero, joints_[2]);
+  double missing = std::numeric_limits<double>::infinity();
+  for (const double reach : {std::sqrt(across), -std::sqrt(across)}) {
+    const double far = std::hypot(reach - ahead, height);
+    missing = std::min(missing, Band{std::abs(arm - forearm), arm + forearm}.missing(far));
+  }
+  if (missing <= kReachedMm) return {};
+  return missing;
+}
+
+}  // namespace korvo

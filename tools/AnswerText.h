@@ -1,0 +1,39 @@
+#pragma once
+
+#include <iosfwd>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "toolkit/answer/Answer.h"
+#include "tools/Session.h"
+
+namespace korvo::tools {
+
+/// A position that was found, for people: values, tip, direction, residuals, margins, singularity.
+void printFound(std::ostream& out, const Session& session, const Answer& answer);
+
+/// Why there is none.
+void printNone(std::ostream& out, const Session& session, const Answer& answer);
+
+nlohmann::json foundJson(const Session& session, const Answer& answer);
+nlohmann::json reasonJson(const Session& session, const Answer& answer);
+
+/// Margins of every axis, for people and for programs.
+void printMargins(std::ostream& out, const Session& session, const Position& at,
+                  const std::vector<Margin>& margins);
+nlohmann::json marginsJson(const Session& session, const std::vector<Margin>& margins);
+
+/// Whether the axis at that place is rotary, and the word of its unit.
+bool isRotary(const Session& session, int place);
+const char* unitWord(const Session& session, int place);
+
+/// Names of the axes outside.
+std::vector<std::string> namesOf(const Session& session, const std::vector<Margin>& margins);
+
+/// The unit of Answer::by: "degree", "mm" or "" when the reason has no amount.
+std::string unitOf(const Session& session, const Answer& answer);
+
+inline constexpr double kRadToDeg = 57.29577951308232;
+
+}  // namespace korvo::tools

@@ -1,0 +1,186 @@
+#include "tools/inverse.h"
+
+#include <iostream>
+#include <memory>
+
+#include "toolkit/answer/Answer.h"
+#include "tools/AnswerText.h"
+#include "tools/Messages.h"
+#include "tools/Numbers.h"
+#include "tools/PositionText.h"
+#include "tools/Verbs.h"
+
+using nlohmann::json;
+using zgeo::UVec3d;
+
+namespace korvo::tools {
+namespace {
+
+struct Asked {
+  Target target;  // in part zero
+  Position from;
+};
+
+std::string countText(const Answers& all, std::size_t shown) {
+  std::string text = std::to_string(all.total) + (all.total == 1 ? " position" : " positions");
+  if (shown < all.total) text += ", the nearest " + std::to_string(shown) + " shown";
+  return text;
+}
+
+std::string tooManyText(const Answers& all) {
+  return "korvo: expected up to " + std::to_string(kMostSeeds) +
+         " starts for the list of all positions, found " + std::to_string(*all.tooManySeeds) +
+         " (limits on the rotary axes, or --lock, make it shorter); the nearest position alone is "
+         "answered";
+}
+
+void printTop(std::ostream& out, const Session& session, const Asked& asked) {
+  out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
+      << "\nTarget     tip " << textOf(asked.target.tip) << ", direction "
+      << textOf(asked.target.direction.normalised()) << "\nFrom       " << textOf(asked.from)
+      << '\n';
+}
+
+void print(std::ostream& out, const Session& session, const Asked& asked, const Answers& all,
+           bool isList) {
+  printTop(out, session, asked);
+  if (all.none) return printNone(out, session, *all.none);
+  if (isList) out << "Found      " << countText(all, all.positions.size()) << '\n';
+  for (std::size_t i = 0; i < all.positions.size(); ++i) {
+    if (isList) {
+      out << "\nNumber " << i + 1 << ", distance from the start " << rounded(all.distances[i])
+          << '\n';
+    }
+    printFound(out, session, all.positions[i]);
+  }
+}
+
+json answerJson(const Session& session, const Asked& asked, const Answers& all, bool isList) {
+  json positions = json::array();
+  for (std::size_t i = 0; i < all.positions.size(); ++i) {
+    json found = foundJson(session, all.positions[i]);
+    found["distance"] = all.distances[i];
+    positions.push_back(std::move(found));
+  }
+  const UVec3d direction = asked.target.direction.normalised();
+  return {
+      {"schema", "korvo.inverse/1"},
+      {"units", unitsJson()},
+      {"machine", session.machineJson()},
+      {"settings", session.settingsJson()},
+      {"tip", {asked.target.tip.x, asked.target.tip.y, asked.target.tip.z}},
+      {"direction", {direction.x, direction.y, direction.z}},
+      {"from", jsonOf(asked.from)},
+      {"status", toString(all.none ? all.none->status : Status::reached)},
+      {"total", isList ? json(all.total) : json()},
+      {"positions", std::move(positions)},
+      {"reason", all.none ? reasonJson(session, *all.none) : json()},
+      {"best", all.none && all.none->reason != Reason::noDirection ? foundJson(session, *all.none)
+                                                                   : json()}};
+}
+
+Answers nearestOf(Solver& solver, const Target& target, const Position& from) {
+  Answers one;
+  Answer answer = solver.nearest(target, from);
+  if (answer.status != Status::reached) {
+    one.none.emplace(std::move(answer));
+    return one;
+  }
+  one.total = 1;
+  one.distances.push_back(distance(answer.position, from));
+  one.positions.push_back(std::move(answer));
+  return one;
+}
+
+std::size_t mostOf(const InverseOptions& o) {
+  if (!o.most) return 20;
+  const std::optional<int> most = integerOf(*o.most);
+  if (!most || *most < 1) failUsage("a number from 1 up after --max", inQuotes(*o.most));
+  return static_cast<std::size_t>(*most);
+}
+
+UVec3d directionOf(const std::string& text) {
+  const char* wanted = "i,j,k, not all 0, after --dir";
+  const UVec3d direction = vectorOf(text, wanted);
+  if (direction.normalised().norm2() == 0) failUsage(wanted, inQuotes(text));
+  return direction;
+}
+
+Exit answerOne(const InverseOptions& o, const Session& session, const Position& from) {
+  const Asked asked{{vectorOf(*o.point, "x,y,z (mm) after --point"), directionOf(*o.direction)},
+                    from};
+  const Target target = fromPartZero(session.machine(), asked.target);
+  Solver solver(session.machine());
+  const Answers all = o.all ? solver.all(target, from, mostOf(o)) : nearestOf(solver, target, from);
+  if (all.tooManySeeds) say(tooManyText(all));
+  if (o.common.json) {
+    std::cout << answerJson(session, asked, all, o.all).dump(2) << '\n';
+  } else {
+    print(std::cout, session, asked, all, o.all);
+  }
+  return all.none ? Exit::no : Exit::answered;
+}
+
+void checkTogether(const InverseOptions& o) {
+  const bool isOne = o.point || o.direction || o.all;
+  if (o.targets && isOne) failUsage("--targets, or --point and --dir", "both");
+  if (o.targets && o.targets->empty()) failUsage("a file or - after --targets", "''");
+  if (!o.targets && !(o.point && o.direction)) {
+    failUsage("--point x,y,z and --dir i,j,k, or --targets FILE", o.point       ? "no --dir"
+                                                                  : o.direction ? "no --point"
+                                                                                : "neither");
+  }
+  if (o.most && !o.all) failUsage("--max with --all", "it alone");
+  if (o.strict && !o.targets) failUsage("--strict with --targets", "it alone");
+  if (o.stats && !o.targets) failUsage("--stats with --targets", "it alone");
+}
+
+Exit run(const InverseOptions& o) {
+  checkTogether(o);
+  std::optional<LineBlocks> table;  // first: nothing is written when it cannot be read
+  if (o.targets) table.emplace(*o.targets);
+  Session session(o.common, o.targets);
+  const Position from =
+      o.from ? positionOf(session, *o.from, "--from") : session.machine().position();
+  const Exit exit = table ? answerTargets(o, session, from, *table) : answerOne(o, session, from);
+  session.closeTrace();
+  return exit;
+}
+
+}  // namespace
+
+void addInverse(CLI::App& app, Exit& exit) {
+  CLI::App* verb =
+      app.add_subcommand("inverse", "Say which axis values put the tool on a point and direction");
+  const auto o = std::make_shared<InverseOptions>();
+  addCommonOptions(*verb, o->common);
+  verb->add_option("--point", o->point, "Where the tool tip shall be: x,y,z in part zero, mm");
+  verb->add_option("--dir", o->direction,
+                   "Which way the tool shall point, from tip to spindle: i,j,k of any length");
+  verb->add_option(
+      "--from", o->from,
+      "Start: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]. It picks "
+      "the turn; locked axes stay at its values");
+  verb->add_flag("--all", o->all, "All positions, nearest to --from first")
+      ->disable_flag_override();
+  verb->add_option("--max", o->most, "How many of all are answered [20]");
+  verb->add_option(
+      "--targets", o->targets,
+      "Many targets: CSV file (, or ; between columns) with the columns tip_x, tip_y, "
+      "tip_z (or x, y, z), i, j, k, - for standard input; others are passed over. Each "
+      "is solved from where the row before ended, the first from --from");
+  verb->add_flag("--strict", o->strict, "Stop at the first row without a position")
+      ->disable_flag_override();
+  verb->add_flag("--stats", o->stats,
+                 "Say on standard error what was taken and how fast the rows were answered")
+      ->disable_flag_override();
+  verb->footer(
+      "Without --all: the position that the machine takes from --from, its strategy choosing "
+      "between two\nbranches; when that is outside the limits, the nearest one inside. Distances "
+      "are the sum over all\naxes, a degree counted as a mm. Every position is verified forward: "
+      "tip within 1e-6 mm, direction\nwithin 1e-8 rad. Exit code 1 and the reason when there is "
+      "none.");
+  verb->callback([o, &exit] { exit = run(*o); });
+}
+
+}  // namespace korvo::tools
