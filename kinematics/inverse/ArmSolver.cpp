@@ -287,11 +287,10 @@ int solveArm(const SolveView& view, const KMachineValueBase& current, const Targ
   const auto j1 = std::find_if(chain.begin(), chain.end(), [](const KMachineElem* e) {
     return e->getElemType() == KMachineElem::KMET_TYPE_AROT;
   });
-  if (j1 != chain.end()) {
-    if (chain.end() - j1 < 4) return -1;
-    solveJoints(view, target, chain, j1, rotule, mac2uni, out);
-  }
+  const bool isShort = j1 != chain.end() && chain.end() - j1 < 4;
+  if (j1 != chain.end() && !isShort) solveJoints(view, target, chain, j1, rotule, mac2uni, out);
   spare = std::move(chain);
+  if (isShort) return -1;
   turnWrist(view, target.dir, out);
   return 0;
 }
