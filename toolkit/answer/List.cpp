@@ -1,5 +1,6 @@
 // All positions of a target.
 #include <algorithm>
+#include <tuple>
 
 #include "toolkit/answer/Answer.h"
 #include "toolkit/answer/Candidates.h"
@@ -36,6 +37,7 @@ void takeOthers(const Machine& machine, const Position& from, Position& at) {
 
 struct Found {
   double distance;
+  std::size_t order;  // in which it was found: decides between equally near ones
   Position position;
 };
 
@@ -43,8 +45,9 @@ struct Found {
 // stand close together.
 void sortAndMerge(std::vector<Found>& found, const Position& from, std::vector<Position>& out) {
   const double near = 2e-5 * from.size();
-  std::stable_sort(found.begin(), found.end(),
-                   [](const Found& a, const Found& b) { return a.distance < b.distance; });
+  std::sort(found.begin(), found.end(), [](const Found& a, const Found& b) {
+    return std::tie(a.distance, a.order) < std::tie(b.distance, b.order);
+  });
   std::vector<double> distances;
   for (Found& f : found) {
     bool isKnown = false;
@@ -86,7 +89,7 @@ std::uint64_t Solver::list(const Target& target, const Position& from,
     machine->getConfigPlus(start, target.tip, target.direction, at);
     bringInside(machine, start, at);
     const Answer answer = judged(target, from, at);
-    if (answer.status == Status::reached) found.push_back({distance(at, from), at});
+    if (answer.status == Status::reached) found.push_back({distance(at, from), found.size(), at});
   }
   sortAndMerge(found, from, out);
   return seeds;
