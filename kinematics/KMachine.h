@@ -335,7 +335,6 @@ class KORVO_KINEMATICS_API KMachine {
   void initTools();
   _sUKine recordOf(int tool) const;
   SolveView solveView() const;
-  bool isInside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&)) const;
   int countOutside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&),
                    std::vector<int>* out) const;
 

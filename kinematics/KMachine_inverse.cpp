@@ -1,6 +1,5 @@
 // From a tool point and direction to axis values; all positions that have a direction.
 
-#include <algorithm>
 #include <memory>
 #include <new>
 
@@ -73,13 +72,6 @@ using OwnedValue = std::unique_ptr<KMachineValueBase, Release>;
 
 }  // namespace
 
-bool KMachine::isInside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&)) const {
-  return std::none_of(axisElems_.begin(), axisElems_.end(), [&](int rank) {
-    const KMachineElem& e = elements_[rank];
-    return isChecked(e) && e.getValueIndex() >= 0 && sideOfLimits(e, v[e.getValueIndex()]) != 0;
-  });
-}
-
 int KMachine::getPossibleAngles(const UVec3d& dir, std::vector<KMachineValueBase*>& out,
                                 int tool) const try {
   if (axisNum_ < 1 || axisNum_ > kMaxAxes) return 0;
@@ -94,7 +86,7 @@ int KMachine::getPossibleAngles(const UVec3d& dir, std::vector<KMachineValueBase
     // (TwoTools.StartsAreThoseOfTheToolAskedFor).
     if (getConfigPlus(*seed, UVec3d(), dir, *solved) != 0) {
       UTools::_trace(L"** NO SOLUTION");
-    } else if (isInside(*solved, isRotary) && !known.holds(*solved)) {
+    } else if (countOutside(*solved, isRotary, nullptr) == 0 && !known.holds(*solved)) {
       OwnedValue entry(newMachineValue(*solved));
       if (!entry) return 0;
       out.push_back(entry.get());
@@ -116,7 +108,7 @@ int KMachine::getPossibleConfigs(const UVec3d& dir, const UVec3d& pos,
   for (std::size_t i = 0; solved && i < out.size();) {
     solved->reset();
     const bool isReached = out[i] && getConfigPlus(*out[i], pos, dir, *solved) == 0;
-    if (isReached && isInside(*solved, isLinearOrGun)) {
+    if (isReached && countOutside(*solved, isLinearOrGun, nullptr) == 0) {
       *out[i++] = *solved;
     } else {
       KMachineValueBase::_release(out[i]);

@@ -30,29 +30,6 @@ MAY_INCLUDE = {
 # The one list of installed headers, and how its entries look.
 INSTALL_LIST = "cmake/KorvoInstall.cmake"
 HEADER = re.compile(r"\b(?:kinematics|platform|toolkit)/[\w/]+\.h\b")
-INCLUDE = {
-    "platform/rotations": [],
-    "platform/text": [],
-    "platform/os": ["platform/text"],
-    "platform/zgeo": ["platform/rotations", "platform/text", "platform/os"],
-    "kinematics": ["platform"],
-    "geometry": ["platform", "kinematics"],
-    "adapter": ["platform", "kinematics"],
-    "toolkit": ["interface", "platform/text", "platform/rotations"],
-    "tools": ["installed", "platform/text", "platform/rotations"],
-    "examples": ["toolkit"],
-    "benchmarks": ["platform", "kinematics", "geometry", "adapter", "toolkit", "tests/support"],
-    "fuzz": ["platform", "kinematics", "geometry", "adapter", "toolkit", "tests/support"],
-    "tests": ["platform", "kinematics", "geometry", "adapter", "toolkit", "tools"],
-}
-
-# The headers below zgeo and kinematics that hosts include; the rest of kinematics is internal.
-INTERFACE = re.compile(
-    r"platform/zgeo/\w+\.h|kinematics/(Export|KMachine|KMachineElem|KMachineValue)\.h"
-)
-# Headers that are installed must not lead into headers that are not.
-INSTALLED = re.compile(INTERFACE.pattern + r"|toolkit/\w+\.h")
-
 INCLUDE = re.compile(r'\s*#\s*include\s*(["<])([^">]+)[">]')
 
 
