@@ -78,10 +78,8 @@ int KMachine::getPossibleAngles(const UVec3d& dir, std::vector<KMachineValueBase
   const OwnedValue seed(newMachineValue()), solved(newMachineValue());
   if (!seed || !solved) return 0;
   SolutionList known(out);
-  const Seeds seeds({elements_, axisValueIndex_}, ChainWalk(elements_, toolElem(tool)));
-  const std::uint64_t count = seeds.count();
-  for (std::uint64_t i = 0; i < count; ++i) {
-    seeds.get(i, *seed);
+  Seeds seeds({elements_, axisValueIndex_}, ChainWalk(elements_, toolElem(tool)));
+  while (seeds.next(*seed)) {
     // Deliberate: seeds come from `tool`'s chain, the current tool is solved
     // (TwoTools.StartsAreThoseOfTheToolAskedFor).
     if (getConfigPlus(*seed, UVec3d(), dir, *solved) != 0) {

@@ -22,21 +22,26 @@ std::vector<double> Seeds::_anglesOf(const KMachineElem& axis) {
 
 Seeds::Seeds(const MachineView& machine, const ChainWalk& chain) {
   for (const KMachineElem* e : chain) {
-    if (isRotary(*e) && hasPlace(machine, *e)) axes_.push_back({e->getValueIndex(), _anglesOf(*e)});
+    if (!isRotary(*e) || !hasPlace(machine, *e)) continue;
+    axes_.push_back({e->getValueIndex(), _anglesOf(*e)});
+    hasNext_ = hasNext_ && !axes_.back().angles.empty();
   }
 }
 
-std::uint64_t Seeds::count() const {
-  std::uint64_t product = 1;
-  for (const Axis& axis : axes_) product *= axis.angles.size();
-  return product;
+bool Seeds::next(KMachineValueBase& v) {
+  if (!hasNext_) return false;
+  for (const Axis& axis : axes_) v[axis.place] = axis.angles[axis.at];
+  hasNext_ = advance();
+  return true;
 }
 
-void Seeds::get(std::uint64_t i, KMachineValueBase& v) const {
-  for (const Axis& axis : axes_) {
-    v[axis.place] = axis.angles[i % axis.angles.size()];
-    i /= axis.angles.size();
+// Like a counter: the first axis turns over before the next one moves.
+bool Seeds::advance() {
+  for (Axis& axis : axes_) {
+    if (++axis.at < axis.angles.size()) return true;
+    axis.at = 0;
   }
+  return false;
 }
 
 }  // namespace zkin

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <vector>
 
 #include "kinematics/ChainWalk.h"
@@ -17,11 +17,10 @@ class Seeds {
   /// @param chain  Rotary axes without a place in positions are left out.
   Seeds(const MachineView& machine, const ChainWalk& chain);
 
-  /// Number of seeds: 1 without rotary axes, 0 when the limits of an axis leave no angle.
-  std::uint64_t count() const;
-
-  /// Writes the angles (degrees) of seed `i` to the places of their axes; the rest is left.
-  void get(std::uint64_t i, KMachineValueBase& v) const;
+  /// Writes the angles (degrees) of the next seed to the places of their axes; the rest is left.
+  /// False when all were given: there is one without rotary axes, none when the limits of an axis
+  /// leave no angle.
+  bool next(KMachineValueBase& v);
 
   /// Start angles of one axis, in the order in which they are tried.
   static std::vector<double> _anglesOf(const KMachineElem& axis);
@@ -30,9 +29,13 @@ class Seeds {
   struct Axis {
     int place;
     std::vector<double> angles;
+    std::size_t at = 0;
   };
 
+  bool advance();
+
   std::vector<Axis> axes_;
+  bool hasNext_ = true;
 };
 
 }  // namespace zkin

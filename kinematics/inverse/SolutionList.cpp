@@ -23,8 +23,8 @@ constexpr double kCell = 100 * kSumsEqual;
 // Beyond this (mm or degrees) values count as this, so that sums of huge ones lose no digits.
 constexpr double kFar = 1e6;
 
-// What two endless axes give at most, with room: their list grows without making the index anew.
-constexpr std::size_t kUsualGrowth = 64;
+// Room for what two endless axes give at most.
+constexpr std::size_t kFirstSlots = 128;
 
 double sumOf(const KMachineValueBase& v) {
   const double* const values = v.get();
@@ -38,6 +38,12 @@ std::int64_t cellOf(double sum) {
   return std::isnan(sum) ? 0 : static_cast<std::int64_t>(std::floor(sum / kCell));
 }
 
+// Cells of neighbours differ in their last bits, slots are told by those too.
+std::size_t slotOf(std::int64_t cell, std::size_t slots) {
+  const std::uint64_t mixed = static_cast<std::uint64_t>(cell) * 0x9E3779B97F4A7C15u;
+  return static_cast<std::size_t>(mixed >> 32) & (slots - 1);
+}
+
 bool areEqual(const KMachineValueBase& a, const KMachineValueBase& b) {
   const int size = a.size();
   if (size != b.size()) return false;
@@ -49,18 +55,37 @@ bool areEqual(const KMachineValueBase& a, const KMachineValueBase& b) {
 
 }  // namespace
 
-SolutionList::SolutionList(const std::vector<KMachineValueBase*>& list) {
-  cells_.reserve(list.size() + kUsualGrowth);
+SolutionList::SolutionList(const std::vector<KMachineValueBase*>& list) : slots_(kFirstSlots) {
   for (const KMachineValueBase* v : list) {
     if (v) add(*v);
   }
 }
 
-void SolutionList::add(const KMachineValueBase& v) { cells_.emplace(cellOf(sumOf(v)), &v); }
+void SolutionList::add(const KMachineValueBase& v) {
+  if (2 * (count_ + 1) > slots_.size()) grow(2 * slots_.size());
+  put(v);
+  ++count_;
+}
+
+void SolutionList::put(const KMachineValueBase& v) {
+  std::size_t i = slotOf(cellOf(sumOf(v)), slots_.size());
+  while (slots_[i]) i = (i + 1) & (slots_.size() - 1);
+  slots_[i] = &v;
+}
+
+void SolutionList::grow(std::size_t slots) {
+  std::vector<const KMachineValueBase*> old(slots);
+  old.swap(slots_);
+  for (const KMachineValueBase* v : old) {
+    if (v) put(*v);
+  }
+}
 
 bool SolutionList::holdsAt(std::int64_t cell, const KMachineValueBase& v) const {
-  const auto [first, last] = cells_.equal_range(cell);
-  return std::any_of(first, last, [&v](const auto& entry) { return areEqual(*entry.second, v); });
+  for (std::size_t i = slotOf(cell, slots_.size()); slots_[i]; i = (i + 1) & (slots_.size() - 1)) {
+    if (areEqual(*slots_[i], v)) return true;
+  }
+  return false;
 }
 
 bool SolutionList::holds(const KMachineValueBase& v) const {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <unordered_map>
 #include <vector>
 
 #include "kinematics/KMachineValue.h"
@@ -24,8 +24,13 @@ class SolutionList {
 
  private:
   bool holdsAt(std::int64_t cell, const KMachineValueBase& v) const;
+  void put(const KMachineValueBase& v);
+  void grow(std::size_t slots);
 
-  std::unordered_multimap<std::int64_t, const KMachineValueBase*> cells_;
+  // Open addressing: an entry stands in the first empty slot from that of its cell on. The number
+  // of slots is a power of two, at most half of them are taken.
+  std::vector<const KMachineValueBase*> slots_;
+  std::size_t count_ = 0;
 };
 
 }  // namespace zkin
