@@ -439,6 +439,47 @@ TEST(Arm, MovesLockedJointsAndIsToldSo) {
   EXPECT_EQ(answer.text, "the arm solver moves locked axes: J1");
 }
 
+// Two sides of the base, two elbows, two wrists: a ball-wrist arm reaches a place in eight ways.
+// Within half a turn of every joint each way counts once; J6 only turns the tool about itself.
+TEST(Arm, ListsEverySideElbowAndWristFromAnyStart) {
+  Machine machine = example("arm-puma560");
+  for (int place = 0; place < 6; ++place) {
+    axisAt(machine, place).setMin(-180, true);
+    axisAt(machine, place).setMax(180, true);
+  }
+  const Target target{{500, -150, 900}, UVec3d(0.3, 0.2, -1).normalised()};
+  for (const double start : {-100.0, 0.0, 70.0}) {
+    const korvo::Position from = machine.position({{"J1", start}, {"J3", -start}, {"J6", 12.0}});
+    const Answers all = Solver(machine).all(target, from, 100);
+    EXPECT_EQ(all.total, 8u);
+    for (const Answer& answer : all.positions) {
+      expectReached(answer);
+      EXPECT_EQ(answer.position[5], 12.0);
+    }
+    EXPECT_TRUE(std::is_sorted(all.distances.begin(), all.distances.end()));
+  }
+}
+
+// J4 and J5 have a second turn within 266 degrees whenever the first lies beyond 94.
+TEST(Arm, ListsTheTurnsOfItsJoints) {
+  Machine machine = example("arm-puma560");
+  const Target target{{500, -150, 900}, UVec3d(0.3, 0.2, -1).normalised()};
+  const Answers all = Solver(machine).all(target, machine.position(), 100);
+  ASSERT_GT(all.total, 0u);
+  for (const Answer& answer : all.positions) {
+    const double j4 = answer.position[3];
+    const double other = j4 > 0 ? j4 - 360 : j4 + 360;
+    const auto isOther = [&](const Answer& a) {
+      return std::abs(a.position[3] - other) < 1e-6 &&
+             std::abs(a.position[4] - answer.position[4]) < 1e-6 &&
+             std::abs(a.position[0] - answer.position[0]) < 1e-6 &&
+             std::abs(a.position[2] - answer.position[2]) < 1e-6;
+    };
+    EXPECT_EQ(std::any_of(all.positions.begin(), all.positions.end(), isOther),
+              std::abs(other) <= 266);
+  }
+}
+
 // Six joints without limits: nine starts each.
 TEST(Arm, ListsOfTooManyStartsAreRefusedWithTheirNumber) {
   Machine machine = example("arm-puma560");

@@ -138,7 +138,7 @@ struct Answers {
   std::optional<Answer> none;  ///< Why there is no position, when there is none.
 };
 
-/// Lists of more starts than this are not made.
+/// Lists of more starts than this are not made; arms start from their first three joints alone.
 inline constexpr std::uint64_t kMostSeeds = 1'000'000;
 
 /// How many starts the list of all positions of the current tool takes: the start angles of every
@@ -182,6 +182,9 @@ class KORVO_TOOLKIT_API Solver {
   Answer best(const Target& target, const Position& from);
   Answer linearOnly(const Target& target, const Position& from) const;
   Answer judged(const Target& target, const Position& from, Position at) const;
+  std::vector<Position> candidates(const Machine& machine, const Target& target,
+                                   const Position& from) const;
+  std::vector<Position> armCandidates(const Target& target, const Position& from) const;
   std::uint64_t list(const Target& target, const Position& from, std::vector<Position>& out) const;
   void explain(const Target& target, const Position& from, Answer& answer) const;
 
