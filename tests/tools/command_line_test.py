@@ -679,27 +679,27 @@ class Refusals(CommandLine):
         point = self.write("p.def", TABLE_AC + "rotationpoint=1,,3\n")
         ring = self.write("r.def", "frame\naxis=X,1,x\npart\naxis=Y,2,y\npart\ntool=z,0,0,0\n")
         for verb in ("info", "forward"):
-            self.assert_fails(REFUSED, f"{point}:12: expected a number in each of the first 12 "
+            self.assert_fails(REFUSED, f"{point}:12:15: error: expected a number in each of the first 12 "
                               "operands of a rotation point, found '' as operand 2", verb, point)
-            self.assert_fails(REFUSED, f"{ring}:4: expected chains of elements that end, found a "
+            self.assert_fails(REFUSED, f"{ring}:4: error: expected chains of elements that end, found a "
                               "ring", verb, ring)
 
     def test_machines_that_are_not_found_name_the_examples(self):
         self.assert_fails(REFUSED, "no-such-machine: expected a definition file or an example (",
                           "info", "no-such-machine")
         path = os.path.join(self.folder, "none.def")
-        self.assert_fails(REFUSED, f"{path}: expected a readable file", "info", path)
+        self.assert_fails(REFUSED, f"{path}: error: expected a readable file", "info", path)
 
     def test_what_is_no_machine_is_refused(self):
         for name, text in (("empty", ""), ("binary", bytes(range(256)) * 40), ("nul", b"\0" * 99),
                            ("text", "hello\n"), ("long", "x" * 10000000)):
             with self.subTest(name):
                 path = self.write(name, text)
-                self.assert_fails(REFUSED, f"{path}: expected one frame line, found none", "info",
+                self.assert_fails(REFUSED, f"{path}: error: expected one frame line, found none", "info",
                                   path)
-        self.assert_fails(REFUSED, f"{self.folder}: expected a readable file, found a folder",
+        self.assert_fails(REFUSED, f"{self.folder}: error: expected a readable file, found a folder",
                           "info", self.folder)
-        self.assert_fails(REFUSED, "/dev/null: expected a readable file, found a pipe or a device",
+        self.assert_fails(REFUSED, "/dev/null: error: expected a readable file, found a pipe or a device",
                           "info", "/dev/null")
         self.assert_fails(USAGE, "found ''", "info", "")
         self.assert_fails(USAGE, "no machine is read from standard input", "info", "-")
@@ -747,7 +747,7 @@ class Refusals(CommandLine):
 
     def test_axis_numbers_that_fill_the_memory_are_refused(self):
         machine = self.write("n.def", TWO_TOOLS.replace("V,2", "V,2000000000"))
-        self.assert_fails(REFUSED, f"{machine}:5: expected axis numbers up to 10000, found "
+        self.assert_fails(REFUSED, f"{machine}:5: error: expected axis numbers up to 10000, found "
                           "2000000000", "info", machine)
 
     def test_an_output_that_is_full_is_said(self):
