@@ -56,10 +56,14 @@ namespace {
 
 // What was found but for notes, and a hint when the file looks like the other format version.
 std::string linesOf(const Loaded& loaded) {
+  constexpr int kMost = 20;
   std::string text;
+  int count = 0;
   for (const Diagnostic& d : loaded.reasons) {
-    if (d.severity != Severity::note) text += (text.empty() ? "" : "\n") + toString(d);
+    if (d.severity == Severity::note) continue;
+    if (++count <= kMost) text += (text.empty() ? "" : "\n") + toString(d);
   }
+  if (count > kMost) text += "\nkorvo: and " + std::to_string(count - kMost) + " more";
   if (!loaded) text += "\nkorvo: 'korvo check' says how to mend it";
   const int taken = loaded.format.version, likely = loaded.likely.version;
   if (text.empty() || likely == 0 || likely == taken) return text;

@@ -48,7 +48,7 @@ std::size_t lostLineEnd(const SourceLine& line) {
 
 Findings lineEnds(const Source& source) {
   const Document& document = source.document;
-  if (document.isUtf16) return {};
+  if (document.isUtf16 || document.nulLine) return {};  // no text: that is said already
   const Words whole("carriage returns alone: the whole file is one line",
                     "des retours chariot seuls : tout le fichier est une ligne");
   if (document.lineCount == 1 && document.carriageReturns > 0) return {Finding({}, {whole})};
