@@ -43,12 +43,13 @@ Document readDocument(std::FILE* file) {
   std::wstring line;
   while (lines.next(line)) {
     note(document, line, lines.lineNumber());
+    std::string raw = bytesOf(line);
+    if (lines.wasCut()) raw = wholeCharacters(std::move(raw));
+    line.resize(raw.size());
     text::CleanLine clean = text::cleanLine(line);
     if (clean.text.empty()) continue;
     text::Statement statement = text::statementOf(clean);
     const text::Keyword keyword = text::keywordOf(statement.keyword.text);
-    std::string raw = bytesOf(line);
-    if (lines.wasCut()) raw = wholeCharacters(std::move(raw));
     document.lines.push_back({lines.lineNumber(), std::move(raw), lines.wasCut(),
                               std::move(clean.text), std::move(clean.columns), keyword,
                               std::move(statement)});
