@@ -15,20 +15,27 @@ using nlohmann::json;
 namespace korvo::tools {
 namespace {
 
-[[noreturn]] void failCode(const std::vector<RulePage>& pages, const std::string& code,
-                           Language language) {
+// " (did you mean 'X'?)" when a code is as near as a slip of the pen: a third of the letters.
+std::string nearestCode(const std::vector<RulePage>& pages, const std::string& code,
+                        Language language) {
   const auto nearest =
       std::min_element(pages.begin(), pages.end(), [&](const RulePage& a, const RulePage& b) {
         return letterDistance(a.code, code) < letterDistance(b.code, code);
       });
+  const auto allowed = static_cast<int>(code.size() / 3);
+  if (static_cast<int>(letterDistance(nearest->code, code)) > allowed) return "";
+  return in(language, " (did you mean '", " (vouliez-vous dire '") + nearest->code +
+         in(language, "'?)", "' ?)");
+}
+
+[[noreturn]] void failCode(const std::vector<RulePage>& pages, const std::string& code,
+                           Language language) {
   throw Failure(Exit::usage, in(language,
                                 "korvo: expected the code of a rule or 'all' after --explain, "
                                 "found ",
                                 "korvo: code d'une règle ou « all » attendu après --explain, "
                                 "trouvé : ") +
-                                 inQuotes(code) +
-                                 in(language, " (did you mean '", " (vouliez-vous dire '") +
-                                 nearest->code + in(language, "'?)", "' ?)"));
+                                 inQuotes(code) + nearestCode(pages, code, language));
 }
 
 std::string titled(const std::string& title, const RulePage& page, Language language) {
@@ -91,7 +98,7 @@ void printExamples(std::ostream& out, const RulePage& page, const TextStyle& sty
       << titled(in(language, "Right", "Juste"), page, language) << exampleText(page.right);
   const std::string finding = findingText(page, style);
   if (finding.empty()) return;
-  out << in(language, "Of the wrong one it is said:\n", "Du faux il est dit :\n")
+  out << in(language, "Of the wrong one it is said:\n", "Message pour l'exemple faux :\n")
       << indented(finding);
 }
 

@@ -117,7 +117,7 @@ CheckedFile checkedFile(const std::filesystem::path& path, Format format, Langua
 void printSummary(const Counts& counts, bool hasFixed, Language language) {
   std::cout << countText(counts, language);
   if (counts.fixes > 0 && !hasFixed) {
-    std::cout << in(language, "; --fix mends ", "; --fix en corrige ") << counts.fixes;
+    std::cout << in(language, "; --fix mends ", " ; --fix en corrige ") << counts.fixes;
   }
   std::cout << '\n';
 }

@@ -17,6 +17,16 @@ namespace {
 
 constexpr int kMostSteps = 1'000'000;
 
+// The linear axes that the library may correct with: it takes the first three of the chain.
+int freeLinear(const Session& session) {
+  int count = 0;
+  for (const zkin::KMachineElem* e : session.machine()->getToolChain(false, -1)) {
+    const bool isLinear = e->getElemType() == zkin::KMachineElem::KMET_TYPE_ALIN;
+    count += isLinear && !e->isLocked() && e->getValueIndex() >= 0;
+  }
+  return count;
+}
+
 struct InterpolateOptions {
   CommonOptions common;
   std::string from, to, steps;
@@ -90,11 +100,19 @@ void printStep(std::ostream& out, const Step& step) {
   out << '\n';
 }
 
+std::string correctionText(const Session& session, bool raw) {
+  if (raw) return "Every axis for itself";
+  const int count = freeLinear(session);
+  if (count >= 3) return "The tip brought towards the straight line by one linear step";
+  return "Every axis for itself: bringing the tip onto the straight line takes three free linear "
+         "axes, and there " +
+         std::string(count == 1 ? "is 1" : "are " + std::to_string(count));
+}
+
 void answerText(std::ostream& out, const Session& session, const Way& way, int steps, bool raw) {
   out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
-      << "\nFrom       " << textOf(way.from()) << "\nTo         " << textOf(way.to())
-      << (raw ? "\nEvery axis for itself\n"
-              : "\nThe tip brought onto the straight line by one linear step\n");
+      << "\nFrom       " << textOf(way.from()) << "\nTo         " << textOf(way.to()) << '\n'
+      << correctionText(session, raw) << '\n';
   double largest = 0.0;
   for (int i = 0; i <= steps; ++i) {
     const Step step = way.at(static_cast<double>(i) / steps);
@@ -149,10 +167,12 @@ void addInterpolate(CLI::App& app, Exit&) {
   verb->add_flag("--raw", o->raw, "Every axis for itself: the tip is not brought onto the line")
       ->disable_flag_override();
   verb->footer(
-      "Rotary axes turn the short way and are not brought back into any range, so the last "
-      "position may\nbe full turns from --to. Deviations are those of the tip from its place on "
-      "the straight line\nbetween both ends; they stay where fewer than three linear axes are "
-      "free.");
+      "A rotary axis with more than half a turn to go goes one full turn less: the short way up to "
+      "540\ndegrees, and one turn less beyond. Values are not brought back into any range, so the "
+      "last position\nmay be a full turn from --to. Deviations are those of the tip from its place "
+      "on the straight line\nbetween both ends; they stay where fewer than three linear axes are "
+      "free, as on an arm. --lock keeps\nlinear axes out of the step onto the line alone: a locked "
+      "axis too goes from --from to --to.");
   verb->callback([o] { run(*o); });
 }
 

@@ -161,7 +161,9 @@ void addInverse(CLI::App& app, Exit& exit) {
       "--from", o->from,
       "Start: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]. It picks "
       "the turn; locked axes stay at its values");
-  verb->add_flag("--all", o->all, "All positions, nearest to --from first")
+  verb->add_flag("--all", o->all,
+                 "All positions, nearest to --from first, with all full turns inside the limits; "
+                 "without limits those within one turn of zero and of --from")
       ->disable_flag_override();
   verb->add_option("--max", o->most, "How many of all are answered [20]");
   verb->add_option(
@@ -176,10 +178,11 @@ void addInverse(CLI::App& app, Exit& exit) {
       ->disable_flag_override();
   verb->footer(
       "Without --all: the position that the machine takes from --from, its strategy choosing "
-      "between two\nbranches; when that is outside the limits, the nearest one inside. Distances "
-      "are the sum over all\naxes, a degree counted as a mm. Every position is verified forward: "
-      "tip within 1e-6 mm, direction\nwithin 1e-8 rad. Exit code 1 and the reason when there is "
-      "none.");
+      "between two\nbranches; when that is outside the limits, the nearest one inside. Linear axes "
+      "beyond three stay at\n--from unless the others end outside their limits. Distances are the "
+      "sum over all axes, a degree\ncounted as a mm. Every position is verified forward: tip "
+      "within "
+      "1e-6 mm, direction within 1e-8 rad.\nExit code 1 and the reason when there is none.");
   verb->callback([o, &exit] { exit = run(*o); });
 }
 

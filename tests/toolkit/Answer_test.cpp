@@ -1,10 +1,6 @@
-#include "toolkit/answer/Answer.h"
+#include "tests/toolkit/Answers.h"
 
-#include <cmath>
-#include <numbers>
-#include <utility>
-
-#include "tests/support/TempFile.h"
+#include <algorithm>
 
 using korvo::Answer;
 using korvo::Answers;
@@ -15,64 +11,9 @@ using korvo::Solver;
 using korvo::Status;
 using korvo::Target;
 using zgeo::UVec3d;
+using namespace korvo::test;
 
 namespace {
-
-constexpr double kDegToRad = std::numbers::pi / 180.0;
-const double kHalf = std::sqrt(0.5);  // sine and cosine of 45 degrees
-const UVec3d kUp(0, 0, 1);
-
-Machine example(const std::string& name) {
-  korvo::Loaded loaded = korvo::load(std::filesystem::path(KORVO_MACHINES) / (name + ".def"));
-  EXPECT_TRUE(loaded);
-  return std::move(*loaded.machine);
-}
-
-Machine machineOf(const std::string& text) {
-  const korvo::test::TempDir folder;
-  korvo::Loaded loaded = korvo::load(folder.write("m.def", text));
-  EXPECT_TRUE(loaded);
-  return std::move(*loaded.machine);
-}
-
-zkin::KMachineElem& axisAt(Machine& machine, int place) {
-  return *machine->getElemByIndex(std::as_const(*machine).getAxisElem(place + 1)->getElemIndex());
-}
-
-Machine withLock(Machine machine, int place) {
-  axisAt(machine, place).setLocked(true);
-  return machine;
-}
-
-UVec3d fromZ(double degrees, double heading) {
-  const double t = degrees * kDegToRad, h = heading * kDegToRad;
-  return {std::sin(t) * std::cos(h), std::sin(t) * std::sin(h), std::cos(t)};
-}
-
-// A tip 100 mm from where the trunnion's cradle turns, along the tool: near the middle of all
-// travels.
-Target above(const UVec3d& direction) { return {UVec3d(0, 0, 60) + direction * 100, direction}; }
-
-void expectValues(const Position& at, const std::vector<double>& values, double tolerance = 1e-9) {
-  for (int i = 0; i < at.size(); ++i) {
-    EXPECT_NEAR(at[i], values[static_cast<std::size_t>(i)], tolerance) << at.names()[i];
-  }
-}
-
-void expectReached(const Answer& answer) {
-  EXPECT_EQ(answer.status, Status::reached) << answer.text;
-  EXPECT_LE(answer.residual.pointMm, korvo::kReachedMm);
-  EXPECT_LE(answer.residual.directionRad, korvo::kReachedRad);
-  EXPECT_EQ(answer.reason, Reason::none);
-  EXPECT_TRUE(answer.text.empty());
-}
-
-void expectMissed(const Answer& answer, Reason reason, double by, double tolerance = 1e-9) {
-  EXPECT_NE(answer.status, Status::reached);
-  EXPECT_EQ(answer.reason, reason) << answer.text;
-  EXPECT_NEAR(answer.by, by, tolerance) << answer.text;
-  EXPECT_FALSE(answer.text.empty());
-}
 
 // --- a trunnion: the part turns about Z, then about the line y = -0.5, z = 60 along X. With A =
 // -45
@@ -402,16 +343,14 @@ TEST(Puma560, SaysHowFarATargetIsOutOfReach) {
                50.05);
 }
 
-// A flange 85 mm from the wrist centre: the solver takes it for 85 mm along +Z.
-TEST(Irb2400, MissesByItsOffsetTimesTheDifferenceOfDirections) {
+// A flange 85 mm from the wrist centre.
+TEST(Irb2400, PointsItsToolAnyWay) {
   const Machine machine = example("arm-irb2400");
-  const UVec3d start(-1, 0, 0);
-  for (const UVec3d& direction : {start, fromZ(30, 0), fromZ(60, 180)}) {
+  for (const UVec3d& direction : {UVec3d(-1, 0, 0), fromZ(30, 0), fromZ(60, 180)}) {
     const Answer answer = Solver(machine).nearest({{800, 0, 1200}, direction}, machine.position());
-    expectMissed(answer, Reason::missed, 85 * (direction - kUp).norm(), 1e-6);
-    ASSERT_EQ(answer.conditions.size(), 1u);
-    EXPECT_EQ(answer.conditions[0].rfind("the tip is 85 mm from the wrist centre", 0), 0u);
+    EXPECT_LE(answer.residual.pointMm, korvo::kReachedMm) << answer.text;
     EXPECT_LE(answer.residual.directionRad, korvo::kReachedRad);
+    EXPECT_NE(answer.status, Status::notReached);
   }
 }
 
@@ -547,9 +486,6 @@ INSTANTIATE_TEST_SUITE_P(
                "do not meet in one point"},
         ArmRow{"ToolBeside", "tool=-z,400,0,1100", "tool=-z,430,0,1100",
                "the tool does not lie on the line of the last joint"},
-        ArmRow{"TwoTools", "tool=-z,400,0,1100\n",
-               "tool=-z,400,0,1000\nlien=J6\ntool=-z,400,0,1050\n",
-               "another tool hangs on the same wrist"},
         ArmRow{"RailBefore", "lien=BATI\n", "lien=BATI\naxis=RAIL,7,+y\n",
                "an axis stands before J1"}),
     [](const auto& row) { return std::string(row.param.label); });

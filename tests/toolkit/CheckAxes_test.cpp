@@ -41,9 +41,15 @@ INSTANTIATE_TEST_SUITE_P(
         FindingRow{"WrittenZeroIsNotSaidTwice", "axis-place", "axis=W,0,z\n", {}},
         FindingRow{"WithoutNumber",
                    "axis-place",
+                   "axis=W,a.stl\n",
+                   {"1:6+1 expected an axis number from 1 up behind the name, found 'W' without "
+                    "one, which never moves"}},
+        FindingRow{"WithADirectionForIt", "axis-place", "axis=W,z\n", {}},
+        FindingRow{"WithADirectionForItIsAnError",
+                   "axis-number-missing",
                    "axis=W,z\n",
-                   {"1:6+1 expected an axis number from 1 up (in version 2 a name X, Y, Z, A, B or "
-                    "C), found 'W' without, which never moves"}},
+                   {"1:8+1 expected an axis number behind the axis name in format 1, found the "
+                    "direction 'z'"}},
         FindingRow{"TooLarge",
                    "axis-number",
                    "axis=W, 20000,z\n",
@@ -52,12 +58,26 @@ INSTANTIATE_TEST_SUITE_P(
                    "axis-number-twice",
                    "axis=X,1,x\n\nrotation=C,1,z,0,0,0,0,0\n",
                    {"3:12+1 expected each axis number once, found 1 again, after line 1"}},
+        FindingRow{
+            "Version2HasNoNumberTwice", "axis-number-twice", "axis=X,x\naxis=X,y\n", {}, kV2},
         FindingRow{"Version2NameTwice",
-                   "axis-number-twice",
+                   "axis-name-twice",
                    "axis=X,x\naxis=AXE_x,y\n",
-                   {"2:6+5 expected each axis number once, found 1 again, after line 1"},
+                   {"2:6+5 expected each axis name once, found 'X' again, after line 1"},
                    kV2}),
     korvo::test::labelOf);
+
+// Each gets the lowest number that none has, and that none before it got.
+TEST(CheckAxes, AnAxisWithoutNumberGetsTheNextFreeOne) {
+  const auto some = korvo::test::findingsOf(
+      "axis=X,1,x\naxis=Y,+y\naxis=Z,3,z\nrotation=B, 0,1,0, 0,0,0,0,9\naxis=W,w.stl\n",
+      "axis-number-missing", Format::version1);
+  ASSERT_EQ(some.size(), 2u);
+  EXPECT_EQ(some[0].suggestion, "write the axis number between name and direction: axis=Y,2,+y");
+  EXPECT_EQ(some[1].suggestion,
+            "write the axis number between name and direction: rotation=B,4,0,1,0,0,0,0,0,9");
+  EXPECT_EQ(some[0].severity, korvo::Severity::error);
+}
 
 std::vector<std::string> gap(const std::string& place, const std::string& numbers) {
   return {place + " expected axis numbers without a gap, found none between " + numbers};

@@ -15,15 +15,32 @@ using korvo::test::TempDir;
 namespace {
 
 // What these rules say; the lines are no whole machines, and others say so.
-const std::vector<std::string> kCodes = {
-    "number-partial",       "number-not-finite",   "decimal-comma",
-    "operand-semicolon",    "axis-number-missing", "axis-number-unwanted",
-    "vector-two-numbers",   "vector-unread",       "axis-direction",
-    "tool-direction",       "direction-not-unit",  "rotary-point-swallowed",
-    "rotary-point-missing", "frame-direction",     "file-is-number",
-    "operands-left",        "colour-partial",      "colour-range",
-    "part-position",        "part-axes-replaced",  "part-axes",
-    "name-quotes",          "number-blanks"};
+const std::vector<std::string> kCodes = {"number-partial",
+                                         "number-hexadecimal",
+                                         "number-not-finite",
+                                         "decimal-comma",
+                                         "operand-semicolon",
+                                         "axis-number-missing",
+                                         "axis-number-unwanted",
+                                         "vector-two-numbers",
+                                         "vector-unread",
+                                         "axis-direction",
+                                         "tool-direction",
+                                         "direction-not-unit",
+                                         "rotary-point-swallowed",
+                                         "rotary-point-missing",
+                                         "frame-direction",
+                                         "file-is-number",
+                                         "operands-left",
+                                         "numbers-left",
+                                         "colour-partial",
+                                         "colour-range",
+                                         "part-position",
+                                         "part-axes-replaced",
+                                         "part-axes",
+                                         "name-quotes",
+                                         "number-blanks",
+                                         "operand-blanks"};
 
 std::vector<Diagnostic> diagnosticsOf(const std::string& text, Format format) {
   const TempDir folder;
@@ -81,6 +98,12 @@ INSTANTIATE_TEST_SUITE_P(
                         "expected a number, found '1_000', of which 1 is read"},
                     Row{"ColourInPercent", "geom=a.stl,50%,0,0", "number-partial", 12, 3,
                         "expected a number, found '50%', of which 50 is read"},
+                    Row{"ExponentWithoutDigits", "tool=z,0,0,1e", "number-partial", 12, 2,
+                        "expected a number, found '1e', of which 1 is read"},
+                    Row{"SignedExponentWithoutDigits", "limits=X,-1,2E+", "number-partial", 13, 3,
+                        "expected a number, found '2E+', of which 2 is read"},
+                    Row{"Hexadecimal", "tool=z,0,0,0x1E", "number-hexadecimal", 12, 4,
+                        "expected a decimal number, found '0x1E', which is read as 30"},
                     Row{"TooLargeForADouble", "tool=z,0,0,1e999", "number-not-finite", 12, 5,
                         "expected a finite number, found '1e999'"},
                     Row{"NoNumber", "rotation=C,3,z,0,0,0,nan,0", "number-not-finite", 22, 3,
@@ -110,10 +133,27 @@ INSTANTIATE_TEST_SUITE_P(
             "expected one number, found more, as if '-0,5' had a decimal comma"},
         Row{"DecimalCommaOfAHook", "loop=X,0,0,70,2", "decimal-comma", 12, 4,
             "expected 3 numbers, found more, as if '70,2' had a decimal comma"},
+        Row{"DecimalCommasWithZerosInLimits", "limits=X,-300,000,300,000", "decimal-comma", 10, 16,
+            "expected 2 numbers, found more, as if '-300,000,300,000' had a decimal comma"},
+        Row{"DecimalCommasWithZeros", "tool=z,0,000,0,000,120,500", "decimal-comma", 8, 19,
+            "expected 3 numbers, found more, as if '0,000,0,000,120,500' had a decimal comma"},
+        Row{"DecimalCommaInOneDirection", "axis=X,1,0,707,0,0,707", "decimal-comma", 10, 13,
+            "expected 3 numbers, found more, as if '0,707,0,0,707' had a decimal comma"},
+        // 100,0 is as likely as 12,5.
+        Row{"DecimalCommaThatMayBeAnyOne", "tool=z,100,0,12,5", "decimal-comma", 8, 10,
+            "expected 3 numbers, found more, as if '100,0,12,5' had a decimal comma"},
+        Row{"DecimalPointAndComma", "tool=z,0,0,1.000,5", "file-is-number", 18, 1,
+            "expected a geometry file or nothing more, found '5'"},
         Row{"Semicolons", "tool=z;0;0;100", "operand-semicolon", 6, 9,
             "expected commas between operands, found semicolons in 'z;0;0;100'"},
         Row{"SemicolonsAndDecimalCommas", "tool=z;0;0;100,5", "operand-semicolon", 6, 9,
             "expected commas between operands, found semicolons in 'z;0;0;100'"},
+        Row{"BlanksForAllCommas", "rotation= B 5 +y 0 0 0 0 215", "operand-blanks", 11, 18,
+            "expected commas between operands, found blanks in 'B 5 +y 0 0 0 0 215'"},
+        Row{"BlanksForAllCommasOfATool", "tool=z 0 0 100", "operand-blanks", 6, 9,
+            "expected commas between operands, found blanks in 'z 0 0 100'"},
+        Row{"BlanksForAllCommasAndAFile", "part=x\ty p.stl", "operand-blanks", 6, 9,
+            "expected commas between operands, found blanks in 'x\ty p.stl'"},
         Row{"SemicolonBehindTheName", "limits=X,-1;1", "operand-semicolon", 10, 4,
             "expected commas between operands, found semicolons in '-1;1'"}),
     rowName);
@@ -129,7 +169,7 @@ INSTANTIATE_TEST_SUITE_P(
             "expected a direction or point of three numbers, found only '0,100'"},
         Row{"FileThatBeginsWithADigit", "tool=z,0,100,2head.stl,1,2,3", "vector-two-numbers", 8, 5,
             "expected a direction or point of three numbers, found only '0,100'"},
-        Row{"DirectionOfTwoNumbers", "axis=X,1,0.6,0.8", "vector-two-numbers", 10, 7,
+        Row{"DirectionOfTwoNumbers", "axis=Y,2,y\naxis=X,1,0.6,0.8", "vector-two-numbers", 10, 7,
             "expected a direction or point of three numbers, found only '0.6,0.8'"},
         Row{"BlanksForCommas", "tool=z,0 0 100", "number-blanks", 8, 7,
             "expected a number without blanks, found '0 0 100', which is read as '00100'"},
@@ -197,14 +237,14 @@ INSTANTIATE_TEST_SUITE_P(
             12, "expected two integers and a point, found the point '0.5,-2,100.5' alone"},
         Row{"PointAloneAndAFile", "rotation=B,5,y,1,2,3,a.stl,9,9,9", "rotary-point-swallowed", 16,
             5, "expected two integers and a point, found the point '1,2,3' alone"},
-        Row{"NoPoint", "rotation=C,3,z", "rotary-point-missing", 0, 0,
+        Row{"NoPoint", "rotation=C,3,z", "rotary-point-missing", 1, 8,
             "expected a point on the axis 'C', found none"},
-        Row{"NoPointButAFile", "rotation=C,3,z,table.stl", "rotary-point-missing", 0, 0,
+        Row{"NoPointButAFile", "rotation=C,3,z,table.stl", "rotary-point-missing", 1, 8,
             "expected a point on the axis 'C', found none"},
-        Row{"IntegersOnly", "rotation=C,3,z,0,0", "rotary-point-missing", 0, 0,
+        Row{"IntegersOnly", "rotation=C,3,z,0,0", "rotary-point-missing", 1, 8,
             "expected a point on the axis 'C', found none"},
         // What is swallowed is zero: nothing is lost.
-        Row{"OriginAlone", "rotation=C,3,z,0,0,0", "rotary-point-missing", 0, 0,
+        Row{"OriginAlone", "rotation=C,3,z,0,0,0", "rotary-point-missing", 1, 8,
             "expected a point on the axis 'C', found none"}),
     rowName);
 
@@ -240,12 +280,12 @@ INSTANTIATE_TEST_SUITE_P(
                         "expected a geometry file or nothing more, found '5'"},
                     Row{"SecondDirection", "axis=X,1,x,y", "file-is-number", 12, 1,
                         "expected a geometry file or nothing more, found 'y'"},
-                    Row{"FourthColour", "axis=X,1,x,a.stl,1,2,3,250", "operands-left", 24, 3,
-                        "expected no more operands, found '250'"},
+                    Row{"FourthColour", "axis=X,1,x,a.stl,1,2,3,250", "numbers-left", 24, 3,
+                        "expected no more numbers, found '250'"},
                     Row{"SecondFile", "geom=a.stl, b.stl", "operands-left", 13, 5,
                         "expected no more operands, found 'b.stl'"},
-                    Row{"ThirdLimit", "limits=X,-1.5,1.5,0", "operands-left", 19, 1,
-                        "expected no more operands, found '0'"},
+                    Row{"ThirdLimit", "limits=X,-1.5,1.5,0", "numbers-left", 19, 1,
+                        "expected no more numbers, found '0'"},
                     Row{"SecondStrategy", "strategy=1,5", "operands-left", 12, 1,
                         "expected no more operands, found '5'"},
                     Row{"BehindAHook", "loop=X,z,1", "operands-left", 10, 1,
@@ -327,6 +367,8 @@ INSTANTIATE_TEST_SUITE_P(
         Quiet{"AxisNamedLikeAnother", "axis=1,1,x"}, Quiet{"HookOnAWord", "loop=X,z"},
         Quiet{"HookWithoutPoint", "loop=X"},
         Quiet{"TwelveNumbers", "rotationpoint=1,2,3,4,5,6,7,8,9,10,11,12"},
+        Quiet{"FileOfSeveralWords", "frame=base plate 2"},
+        Quiet{"NameOfWords", "frame=left bed.stl"},
         Quiet{"Collisions", "collisions=tool,BATI,PIECE,1,2,3"},
         Quiet{"UnknownKeyword", "tol=0,0"}),
     rowName);
@@ -360,17 +402,37 @@ TEST_P(OperandFixes, ChangeWhatCanOnlyBeMeant) {
 
 INSTANTIATE_TEST_SUITE_P(
     Table, OperandFixes,
-    testing::Values(FixRow{"PointAlone", "rotation=B,5,y, 0,0,100",
-                           "write two integers in front of the point, such as 0,0",
-                           "rotation=B,5,y, 0,0,0,0,100"},
-                    FixRow{"Semicolons", "tool= z; 0; 0; 100",
-                           "write commas, and decimal points in numbers", "tool= z, 0, 0, 100"},
-                    FixRow{"SemicolonsAndCommas", "tool=z;0;0;100,5",
-                           "write commas, and decimal points in numbers", nullptr},
-                    FixRow{"DecimalComma", "tool=z,0,0,100,5", "write a decimal point: '100.5'",
-                           nullptr},
-                    FixRow{"NotOfLengthOne", "tool=0,0,20,0,0,0",
-                           "if the direction is right, '0,0,1' is the same", nullptr}),
+    testing::Values(
+        FixRow{"PointAlone", "rotation=B,5,y, 0,0,100",
+               "write two integers in front of the point, such as 0,0",
+               "rotation=B,5,y, 0,0,0,0,100"},
+        FixRow{"Semicolons", "tool= z; 0; 0; 100", "write commas, and decimal points in numbers",
+               "tool= z, 0, 0, 100"},
+        FixRow{"Blanks", "rotation= B  5 +y 0 0 0 0 215 # head",
+               "write a comma for each blank between operands",
+               "rotation= B,5,+y,0,0,0,0,215 # head"},
+        FixRow{"SemicolonsAndCommas", "tool=z;0;0;100,5",
+               "write commas, and decimal points in numbers", nullptr},
+        FixRow{"DecimalComma", "tool=z,0,0,100,5", "write a decimal point: '100.5'", nullptr},
+        FixRow{"DecimalCommasWithZerosInLimits", "limits=X,-300,000,300,000",
+               "write a decimal point: '-300.000,300.000'", nullptr},
+        FixRow{"DecimalCommasWithZeros", "tool=z,0,000,0,000,120,500",
+               "write a decimal point: '0.000,0.000,120.500'", nullptr},
+        FixRow{"DecimalCommaWithZeros", "tool=z,0,0,120,000", "write a decimal point: '120.000'",
+               nullptr},
+        FixRow{"DecimalCommaOfATurn", "limits=C,0,360,0", "write a decimal point: '360.0'",
+               nullptr},
+        FixRow{"DecimalCommasInADirection", "tool=0,707,0,0,707,0,0,100",
+               "write a decimal point: '0.707,0,0.707,0,0,100'", nullptr},
+        FixRow{"DecimalCommasInBothLimits", "limits=X,-300,5,300,5",
+               "write a decimal point: '-300.5,300.5'", nullptr},
+        FixRow{"DecimalCommaBelowZero", "rotation=A,1,+x,0,0,0,-0,5,60,25",
+               "write a decimal point: '0,0,0,-0.5,60.25'", nullptr},
+        FixRow{"DecimalCommaThatMayBeAnyOne", "tool=z,100,0,12,5", "", nullptr},
+        FixRow{"DecimalPointAndComma", "tool=z,0,0,1.000,5",
+               "remove what is too many, and write decimal points, not commas", nullptr},
+        FixRow{"NotOfLengthOne", "tool=0,0,20,0,0,0",
+               "if the direction is right, '0,0,1' is the same", nullptr}),
     rowName);
 
 TEST(CheckOperands, SeverityIsErrorWhereNumbersAreLost) {
@@ -379,6 +441,9 @@ TEST(CheckOperands, SeverityIsErrorWhereNumbersAreLost) {
   };
   EXPECT_EQ(severityOf("rotation=B,5,y,0,0,100"), Severity::error);
   EXPECT_EQ(severityOf("tool=z,0,0,100,5"), Severity::error);
+  EXPECT_EQ(severityOf("tool=z,0,0,0,0"), Severity::error);
+  EXPECT_EQ(severityOf("tool=z,0,0,1.000,5"), Severity::error);
+  EXPECT_EQ(severityOf("limits=X,-1.5,1.5,0"), Severity::error);
   EXPECT_EQ(severityOf("part=x,y,0,0,50"), Severity::warning);
   EXPECT_EQ(severityOf("rotation=C,3,z"), Severity::note);
 }

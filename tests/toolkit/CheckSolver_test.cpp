@@ -99,6 +99,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Row{"AlmostAlongTheTool", head(kXyz + "rotation=C,6,0,0.0008,1,0,0,0,0,0\n"),
             "8:6 axes-almost-parallel\n"},
+        Row{"ANullDirectionHasNoSense",
+            head(kXyz + "rotation=C,6,0,0,0,0,0,0,0,0\nrotation=B,5,y,0,0,0,0,215\n"), ""},
         Row{"AlmostAgainstTheTool", head(kXyz + "rotation=A,4,0,0.0008,-1,0,0,0,0,0\n"),
             "7:14 axis-sense\n8:6 axes-almost-parallel\n"},
         Row{"InclinedToTheTool", head(kXyz + "rotation=C,6,0,0.0009,1,0,0,0,0,0\n"), ""},

@@ -203,6 +203,64 @@ TEST(CheckStructureSuggestions, ANameAlmostRightIsSuggested) {
   EXPECT_EQ(found[0].severity, Severity::error);
 }
 
+// That it may not be written is not told by how to write one.
+TEST(CheckStructureSuggestions, ASecondFrameOrPartIsToBeRemoved) {
+  for (const char* code : {"one-frame", "one-part"}) {
+    const auto found =
+        korvo::test::findingsOf("frame\npart\n bati\n piece=x,y\n", code, Format::version1);
+    ASSERT_EQ(found.size(), 1u) << code;
+    EXPECT_EQ(found[0].suggestion, "remove this line, or the other one");
+    EXPECT_EQ(found[0].column, 2);
+  }
+}
+
+struct NameRow {
+  const char* label;
+  const char* lines;  // the last one has the name
+  const char* code;
+  const char* suggestion;
+  const char* mended;  // the last line then; null: no fix
+};
+
+class NamesOfKinds : public testing::TestWithParam<NameRow> {};
+
+#define KINDS "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,x\ntool=z,0,0,0\n"
+
+// A keyword is not the name of what it declares.
+TEST_P(NamesOfKinds, AreSuggested) {
+  const NameRow& row = GetParam();
+  const std::string text = row.lines;
+  const auto found = korvo::test::findingsOf(text, row.code, Format::version1);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].suggestion, row.suggestion);
+  ASSERT_EQ(found[0].fix.has_value(), row.mended != nullptr);
+  if (!row.mended) return;
+  const std::string changed = korvo::test::mended(text, row.code, Format::version1);
+  EXPECT_EQ(changed.substr(changed.rfind('\n', changed.size() - 2) + 1), row.mended);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CheckStructureSuggestions, NamesOfKinds,
+    testing::Values(NameRow{"Frame", KINDS "lien=frame\n", "link-unknown", "did you mean 'BATI'?",
+                            "lien=BATI\n"},
+                    NameRow{"Part", KINDS "lien=Part\n", "link-unknown", "did you mean 'PIECE'?",
+                            "lien=PIECE\n"},
+                    NameRow{"Table", KINDS "lien=table\n", "link-unknown", "did you mean 'PIECE'?",
+                            "lien=PIECE\n"},
+                    NameRow{"Tool", KINDS "lien=tool\n", "link-unknown", "did you mean 'OUTIL'?",
+                            "lien=OUTIL\n"},
+                    NameRow{"OneOfTwoTools", KINDS "lien=X\ntool=z,0,0,9\nlien=tool\n",
+                            "link-unknown", "did you mean 'OUTIL'?", nullptr},
+                    NameRow{"AccentOfLatin1", KINDS "lien=b\xE2ti\n", "link-unknown",
+                            "did you mean 'BATI'?", "lien=BATI\n"},
+                    NameRow{"NearMiss", KINDS "lien=PIECES\n", "link-unknown",
+                            "did you mean 'PIECE'?", nullptr},
+                    NameRow{"InAPair", KINDS "collisions=tool,table\n", "collision-unknown",
+                            "did you mean 'PIECE'?", "collisions=tool,PIECE\n"},
+                    NameRow{"OfALoop", KINDS "loop=frame,0,0,0\n", "loop-unknown",
+                            "did you mean 'BATI'?", "loop=BATI,0,0,0\n"}),
+    [](const auto& row) { return std::string(row.param.label); });
+
 TEST(CheckStructureSuggestions, ANameLikeNoneHasNone) {
   const auto found = korvo::test::findingsOf("frame\nlien=SPINDLE\n", "link-unknown", kV2);
   ASSERT_EQ(found.size(), 1u);

@@ -233,9 +233,9 @@ INSTANTIATE_TEST_SUITE_P(
                    "expected a direction for every axis, found none for 'C'"},
         WarningRow{"DirectionNotFinite", "axis=Y,2,0,inf,0\n", "axis-direction", 6,
                    "expected a direction for every axis, found one that is not finite for 'Y'"},
-        WarningRow{"AxisWithoutNumber", "\naxis=W,+z\n", "axis-place", 7,
-                   "expected an axis number from 1 up (in version 2 a name X, Y, Z, A, B or C), "
-                   "found 'W' without, which never moves"},
+        WarningRow{"AxisWithoutNumber", "\naxis=W,w.stl\n", "axis-place", 7,
+                   "expected an axis number from 1 up behind the name, found 'W' without one, "
+                   "which never moves"},
         WarningRow{"NumberTwice", "axis=Y,1,y\n", "axis-number-twice", 6,
                    "expected each axis number once, found 1 again, after line 4"},
         WarningRow{"BehindTheTool", "axis=Y,2,y\n", "axis-off-chain", 6,

@@ -173,13 +173,22 @@ class CheckFrench(Check):
         lines = self.lines_of(DOUBTFUL, ANSWERED, ["--lang", "fr"])
         self.assertTrue(any(": avertissement: " in line for line in lines), lines)
 
+    def test_words_agree_with_what_they_say(self):
+        for text, said in (("frame\n", "une ligne de pièce attendue, trouvé : aucune"),
+                           (GOOD + "frame\n",
+                            "une ligne de bâti attendue, trouvé : une autre, après la ligne 1"),
+                           ("#\n", "trouvé : aucune sur 1 ligne ["),
+                           (GOOD + "lien=Q\n", "lien vers un élément du fichier attendu")):
+            with self.subTest(said):
+                self.assertIn(said, "\n".join(self.lines_of(text, NO, ["--lang", "fr"])))
+
     def test_two_are_plural(self):
         twice = [self.write(f"{i}.def", BAD) for i in range(2)]
         self.assertTrue(self.check(*twice, "--format", "1", "--lang", "fr", code=NO).endswith(
             "\n2 erreurs, 0 avertissement, 0 note\n"))
 
     def test_the_offer_to_fix_is_french(self):
-        self.assertIn("; --fix en corrige 1", self.lines_of(MISSPELT, NO, ["--lang", "fr"])[-1])
+        self.assertIn(" ; --fix en corrige 1", self.lines_of(MISSPELT, NO, ["--lang", "fr"])[-1])
 
     def test_english_is_the_default(self):
         self.assertEqual(self.lines_of(BAD), self.lines_of(BAD, arguments=["--lang", "en"]))
@@ -453,7 +462,7 @@ point, found 'zero' as operand 3 [rotation-point-number]
     def test_says_it_in_french(self):
         page = self.check("--explain", "rotation-point-number", "--lang", "fr")
         for words in ("rotation-point-number (erreur)\n", "\nComment corriger : n'écrivez que",
-                      "\nFaux :\n", "\nJuste :\n", "\nDu faux il est dit :\n",
+                      "\nFaux :\n", "\nJuste :\n", "\nMessage pour l'exemple faux :\n",
                       ": erreur: un nombre attendu"):
             self.assertIn(words, page)
 
@@ -482,6 +491,10 @@ point, found 'zero' as operand 3 [rotation-point-number]
                           "'rotation-point-number'?)", "check", "--explain", "rotation-point-numbr")
         self.assert_fails(USAGE, "(vouliez-vous dire 'axis-number' ?)",
                           "check", "--explain", "axis-nummer", "--lang", "fr")
+        run = self.run_korvo("check", "--explain", "xxx")
+        self.assertEqual(run.returncode, USAGE)
+        self.assertIn("found 'xxx'", run.stderr)
+        self.assertNotIn("did you mean", run.stderr)
 
     def test_is_answered_without_a_folder_for_temporary_files(self):
         env = {**os.environ, "TMPDIR": "/nonexistent"}
@@ -575,6 +588,15 @@ class CheckPages(Check):
     def test_are_those_of_the_table(self):
         run = self.script("--check", KORVO)
         self.assertEqual((run.returncode, run.stdout, run.stderr), (0, "", ""))
+
+    def test_no_page_is_a_wall(self):
+        folder = os.path.join(ROOT, "docs", "checks")
+        for name in os.listdir(folder):
+            if name == "README.md":
+                continue
+            with self.subTest(name), open(os.path.join(folder, name), encoding="utf-8") as file:
+                self.assertLess(len(file.read().splitlines()), 70)
+                self.assertLess(os.path.getsize(os.path.join(folder, name)), 3000)
 
     def test_bad_arguments_say_how(self):
         self.assertEqual(self.script("--wrong").returncode, 2)

@@ -728,15 +728,15 @@ class Refusals(CommandLine):
                          "name\n")
 
     def test_suspicious_files_are_answered_with_warnings(self):
-        machine = self.write("w.def", TWO_TOOLS + "lien=BATI\naxis=S,4\naxis=T,z\n")
+        machine = self.write("w.def", TWO_TOOLS + "lien=BATI\naxis=S,4\naxis=T\n")
         for verb in ("info", "forward"):
             run = self.run_korvo(verb, machine)
             self.assertEqual(run.returncode, ANSWERED)
             self.assertEqual(run.stderr.splitlines(), [
                 f"{machine}:11: warning: expected a direction for every axis, found none for 'S' "
                 "[axis-direction]",
-                f"{machine}:12:6: warning: expected an axis number from 1 up (in version 2 a name "
-                "X, Y, Z, A, B or C), found 'T' without, which never moves [axis-place]"])
+                f"{machine}:12:6: warning: expected an axis number from 1 up behind the name, found "
+                "'T' without one, which never moves [axis-place]"])
 
     def test_bytes_that_move_the_cursor_are_spelled_out(self):
         run = self.run_korvo("info", "a\x1b[2J\rb")
@@ -745,8 +745,8 @@ class Refusals(CommandLine):
 
     def test_the_wrong_format_is_refused(self):
         machine = self.write("u.def", TWO_TOOLS)
-        self.assert_fails(REFUSED, "expected 1 to 12 numbered axes, found 0", "info", machine,
-                          "--format", "2")
+        self.assert_fails(REFUSED, "expected axis lines of format 2, as asked for, found those of "
+                          "format 1", "info", machine, "--format", "2")
         hint = "korvo: read as format 2, but the axis lines look like 1: try --format 1"
         self.assert_fails(REFUSED, hint, "info", machine, "--format", "2")
         xyz = self.write("x.def", "frame\npart\nlien=BATI\naxis=X,1,x\ntool=z,0,0,0\n")

@@ -41,6 +41,15 @@ class Limits(CommandLine):
         self.assertEqual((run.returncode, len(run.stdout.splitlines())), (REFUSED, 3))
         self.assertIn("1 positions answered", run.stderr)
 
+    # Columns that `inverse --targets` writes are passed over, a stray one may be a misspelt axis.
+    def test_columns_of_inverse_are_passed_over_and_others_refused(self):
+        written = self.write("w.csv", "line,status,A,C,point_error,direction_error,outside_limits,"
+                             "reason,by\n2,ok,-20,0,0,0,,,\n")
+        self.assertIn("2,ok,,A,50", self.answer("limits", self.machine, "--positions", written))
+        other = self.write("o.csv", "A,feed\n-20,100\n")
+        for verb in ("limits", "forward"):
+            self.assert_fails(REFUSED, "found 'feed'", verb, self.machine, "--positions", other)
+
     def test_what_is_no_question_is_a_usage_error(self):
         for arguments, message in (
                 (["--at", "Q=1"], "in --at, found 'Q'"),
@@ -70,6 +79,33 @@ class Interpolate(CommandLine):
         self.assertLess(corrected["largestDeviation"], 1e-9)
         self.assert_near(corrected["steps"][1]["tip"], [25, 25, 150])
         self.assertEqual([s["t"] for s in corrected["steps"]], [0, 0.5, 1])
+
+    # Half a turn and more goes one turn less, and no further turn.
+    def test_one_turn_at_most_is_taken_off(self):
+        for to, end in ((180, 180), (181, -179), (540, 180), (900, 540), (-900, -540)):
+            answer = self.json("interpolate", self.machine, "--from", "C=0", "--to", f"C={to}",
+                               "--steps", "1", "--raw")
+            self.assertEqual(answer["steps"][1]["position"][4]["value"], end)
+
+    def test_the_text_says_what_was_done_to_the_tip(self):
+        steps = ("--steps", "1")
+        for arguments, said in (
+                ((self.machine, "--from", "X=50", "--to", "C=90"),
+                 "\nThe tip brought towards the straight line by one linear step\n"),
+                ((self.machine, "--from", "X=50", "--to", "C=90", "--raw"),
+                 "\nEvery axis for itself\n"),
+                ((self.machine, "--from", "X=50", "--to", "C=90", "--lock", "X"),
+                 "takes three free linear axes, and there are 2\n"),
+                (("arm-puma560", "--from", "J1=0", "--to", "J1=9"),
+                 "takes three free linear axes, and there are 0\n")):
+            self.assertIn(said, self.answer("interpolate", *arguments, *steps))
+
+    def test_locked_axes_go_their_way_too(self):
+        answer = self.json("interpolate", self.machine, "--from", "C=0", "--to", "C=90", "--steps",
+                           "1", "--lock", "C")
+        self.assertEqual(answer["steps"][1]["position"][4]["value"], 90)
+        text = self.answer("interpolate", "--help")
+        self.assertIn("--lock keeps", text)
 
     # With X locked two linear axes are left, and no correction is made.
     def test_without_three_free_linear_axes_nothing_is_corrected(self):
@@ -103,6 +139,13 @@ class Translate(CommandLine):
         self.assert_near([v["value"] for v in answer["increments"]], [10, 0, 0, 0, 0])
         self.assert_near([v["value"] for v in answer["reached"]["position"]], [15, 0, 0, 0, 90])
         self.assert_near(answer["reached"]["tip"], [0, 15, 150])
+
+    # At A = -30 the shift lies in the plane of Y and Z.
+    def test_a_locked_axis_that_need_not_move_is_no_matter(self):
+        answer = self.json("translate", "table-ac", "--at", "A=-30", "--by", "0,0,5", "--lock", "X")
+        x, y, z = (v["value"] for v in answer["increments"][:3])
+        self.assertEqual(x, 0)
+        self.assertAlmostEqual(math.hypot(y, z), 5, delta=1e-9)
 
     def test_shifts_are_given_in_part_zero(self):
         answer = self.json("translate", self.machine, "--by", "10,0,0", "--frame", "0,0,0,0,0,90")

@@ -92,10 +92,11 @@ enum class Reason {
   outsideCone,    ///< The rotary axes do not turn the tool so far; by degrees.
   outsideLimits,  ///< See Answer::outside; by mm or degrees of the first of them.
   outOfReach,     ///< An arm is too short, or too long; by mm.
-  linearAxes,     ///< The free linear axes do not span space; by mm.
+  linearAxes,     ///< The free linear axes do not carry the tool there; by mm.
   lockedAxis,     ///< An arm's solver moved a locked axis.
   startOfArm,     ///< From this start the arm's solver turns to the wrong side; by mm.
-  missed,         ///< The solver answers beside the target; by mm. See Answer::conditions.
+  noSolver,       ///< No solver knows such a machine; by mm.
+  missed,         ///< An arm's solver answers beside the target; by mm. See Answer::conditions.
 };
 
 /// "reached", "outside-limits", "not-reached".
@@ -114,8 +115,8 @@ struct Answer {
   std::vector<Margin> margins;
   std::optional<Singularity> singularity;
 
-  /// Found without the machine's solver, which answers no machine without free rotary axes: the
-  /// tool already points the wanted way and the linear axes alone carry it.
+  /// Found without the machine's solver, where no rotary axis is free: the tool already points the
+  /// wanted way and the linear axes alone carry it.
   bool isLinearOnly = false;
 
   Reason reason = Reason::none;
@@ -159,17 +160,28 @@ class KORVO_TOOLKIT_API Solver {
   explicit Solver(const Machine& machine);
 
   /// The position that the machine takes from `from`: the start picks the turn, the strategy the
-  /// branch. When that one is outside the limits, the nearest that is inside: of the other branch
-  /// and of other turns, else of all positions.
+  /// branch. When that one is outside the limits, the nearest that is inside: of the other branch,
+  /// of other turns and of other linear axes, else of all positions.
+  ///
+  /// Of more than three free linear axes the first three that can carry the tool do, counted from
+  /// it, and the others stay. Where that ends outside the limits, or these three nearly lie in one
+  /// plane, every other three are tried, and axes at their limits with the rest carrying on.
+  /// Fewer than three may carry as well. Arms with the tool on the last joint's line are aimed at
+  /// the wrist centre, so that tool point and tool length may lie anywhere on it.
   Answer nearest(const Target& target, const Position& from);
 
   /// All positions inside the limits, by `distance` from `from`, at most `max` of them; ties in the
-  /// order of the library's list. Locked axes and linear axes without a part in the solution stay
-  /// where `from` has them.
+  /// order of the library's list. What `nearest` gives is one of them. Every branch has all its
+  /// full turns: of an axis without one of its limits (or with limits more than a hundred turns
+  /// apart) those within one turn either way of zero and of `from`; those of the library's starts
+  /// alone when these are more than a million. Locked axes and linear axes without a part in the
+  /// solution stay where `from` has them, and so does an axis that only turns an arm's tool about
+  /// itself.
   Answers all(const Target& target, const Position& from, std::size_t max);
 
-  /// The shift of the tool tip by `delta` (mm, machine frame) at the same direction, by the
-  /// library's own `axisTranslation`, or by the linear axes alone where that gives none.
+  /// The shift of the tool tip by `delta` (mm, machine frame) at the same direction: what the
+  /// library's own `axisTranslation` does, and where that does not reach, or leaves the limits, the
+  /// linear axes as in `nearest`.
   Answer translate(const zgeo::UVec3d& delta, const Position& from);
 
   /// `nearest` for long tables, without the list of all positions: moves `at` and gives nothing
@@ -178,21 +190,28 @@ class KORVO_TOOLKIT_API Solver {
 
  private:
   bool isTurning() const { return hasRotary_ || isArm_; }
+  bool isDoubtful(const Position& at) const;
   void solve(const Target& target, const Position& from, Position& out);
+  void polish(const Target& target, const zgeo::UVec3d& centre, Position& out) const;
   Answer best(const Target& target, const Position& from);
+  Answer carriedOn(const Target& target, const Position& from, Answer answer) const;
   Answer linearOnly(const Target& target, const Position& from) const;
   Answer judged(const Target& target, const Position& from, Position at) const;
-  std::vector<Position> candidates(const Machine& machine, const Target& target,
+  std::vector<Position> candidates(Machine machine, const Target& target,
                                    const Position& from) const;
-  std::vector<Position> armCandidates(const Target& target, const Position& from) const;
-  std::uint64_t list(const Target& target, const Position& from, std::vector<Position>& out) const;
+  std::vector<Position> armCandidates(const Target& target, const Position& from);
+  std::uint64_t list(const Target& target, const Position& from, std::vector<Position>& out);
   void explain(const Target& target, const Position& from, Answer& answer) const;
+  void approach(const Target& target, const Position& from, Answer& answer);
 
   Machine machine_;
   Position solved_;  // reused from target to target
   bool hasRotary_ = false;
   bool isArm_ = false;
   bool mindsLocks_ = false;
+  bool hasTurnedSpare_ = false;
+  std::optional<Machine> aimed_;  // of arms: the tool point in the wrist centre
+  double tipToCentre_ = 0.0;
 };
 
 }  // namespace korvo

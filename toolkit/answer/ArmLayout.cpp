@@ -159,12 +159,28 @@ double ArmLayout::forearmOffset() const { return std::abs(joints_[3]->getDHmRef(
 
 // Signed along the tool, from the tip back to the wrist centre.
 double ArmLayout::centreOffset() const {
-  return (wrist_->getElemPivot() - tool_->getElemPivot()) * unitOf(tool_) + tool_->getTHELength();
+  const bool isGun = tool_->getElemType() == KMachineElem::KMET_TYPE_DGUN;  // its tip stays
+  return (wrist_->getElemPivot() - tool_->getElemPivot()) * unitOf(tool_) +
+         (isGun ? 0.0 : tool_->getTHELength());
 }
 
 std::optional<double> ArmLayout::toolOffset() const {
   if (!wrist_) return {};
   return std::abs(centreOffset());
+}
+
+std::optional<double> ArmLayout::tipToCentre() const {
+  if (!wrist_ || joints_.size() < 4 || toolFault()) return {};
+  return centreOffset();
+}
+
+// The joint records are derived anew: those of shared joints may have been another tool's.
+Machine ArmLayout::aimedAtCentre(const Machine& machine) const {
+  Machine aimed = machine;
+  aimed->getElemByIndex(tool_->getElemIndex())->setElemPivot(wrist_->getElemPivot());
+  aimed->setTHELength(0.0, -1);
+  aimed->initDHm(machine->getCurrentTool());
+  return aimed;
 }
 
 // A tool of a higher number behind the same last joint: that joint keeps the wrist length of it.
@@ -204,13 +220,26 @@ std::vector<ArmFault> ArmLayout::faults() const {
 
 std::vector<std::string> ArmLayout::brokenByMachine() const {
   std::vector<std::string> broken;
-  for (const ArmFault& fault : faults()) broken.push_back(textOf(fault));
+  for (const ArmFault& fault : faults()) {
+    if (fault.condition != ArmCondition::wristOfOneTool) broken.push_back(textOf(fault));
+  }
   return broken;
+}
+
+std::vector<std::string> ArmLayout::brokenBehind(const Target& target) const {
+  if (!wrist_) return {};
+  const UVec3d centre = target.tip + target.direction.normalised() * centreOffset();
+  const double lateral = wrist_->getElemPivot() * unitOf(joints_[1]);
+  const bool isBehind = std::abs(centre.y) <= kSmall && std::abs(lateral) <= kSmall && centre.x < 0;
+  if (!isBehind) return {};
+  return {
+      "the wrist centre lies in the plane Y = 0 behind the first joint, which is put to 0 there "
+      "whatever the start: the third may come out a full turn away"};
 }
 
 std::vector<std::string> ArmLayout::brokenByTarget(const Target& target,
                                                    const KMachineValueBase& from) const {
-  std::vector<std::string> broken;
+  std::vector<std::string> broken = brokenBehind(target);
   if (!wrist_) return broken;
   const UVec3d direction = target.direction.normalised();
   const double miss = std::abs(centreOffset()) * (direction - kUp).norm();
@@ -219,13 +248,6 @@ std::vector<std::string> ArmLayout::brokenByTarget(const Target& target,
                      " mm from the wrist centre and the tool is not wanted along +Z: that offset "
                      "times the difference of the two directions is missed, " +
                      words(miss) + " mm");
-  }
-  const UVec3d centre = target.tip + direction * centreOffset();
-  const double lateral = wrist_->getElemPivot() * unitOf(joints_[1]);
-  if (std::abs(centre.y) <= kSmall && std::abs(lateral) <= kSmall && centre.x < 0) {
-    broken.push_back(
-        "the wrist centre lies in the plane Y = 0 behind the first joint, which is put "
-        "to 0 there whatever the start: the third may come out a full turn away");
   }
   UVec3d wristAxis;
   machine_.getElemAxis(from, wrist_->getElemIndex(), wristAxis);
@@ -240,7 +262,7 @@ std::vector<std::string> ArmLayout::brokenByTarget(const Target& target,
 // The wrist centre lies beside the first axis by `lateral`; in the plane of the arm that leaves two
 // circles about the shoulder, as the arm faces the centre or turns its back on it.
 std::optional<double> ArmLayout::outOfReach(const Target& target) const {
-  if (!faults().empty()) return {};
+  if (!brokenByMachine().empty()) return {};
   const UVec3d shoulder = joints_[1]->getElemPivot(), centreAtZero = wrist_->getElemPivot();
   const UVec3d centre = target.tip + target.direction.normalised() * centreOffset();
   const double lateral = centreAtZero * unitOf(joints_[1]);

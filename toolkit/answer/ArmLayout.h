@@ -35,7 +35,8 @@ struct ArmFault {
 ///
 /// The solver knows one layout: first joint upright on the machine's Z line, second square to it,
 /// third parallel to the second, a ball wrist, and the tool on the last joint's line. Everything
-/// else it answers too, beside the target.
+/// else it answers too, beside the target. It aims the wrist centre, and a tip beyond it is met
+/// only along the machine's Z: see `aimedAtCentre` for what brings every tip there.
 class ArmLayout {
  public:
   explicit ArmLayout(const zkin::KMachine& machine);
@@ -43,14 +44,28 @@ class ArmLayout {
   /// What the machine is that the solver does not know; empty for the one layout.
   std::vector<ArmFault> faults() const;
 
-  /// The same in words for the machine's builder.
+  /// The same in words for the machine's builder, without the tools behind the same joint: a
+  /// machine aimed at its wrist centre does not mind them.
   std::vector<std::string> brokenByMachine() const;
 
   /// How far (mm) the tool point is from the wrist centre; nothing without a ball wrist.
   std::optional<double> toolOffset() const;
 
-  /// What of a target, asked from a position, the solver cannot do: a tip away from the wrist
-  /// centre when the tool is not wanted upright, a tool length when the wrist is bent.
+  /// How far (mm) from the tip to the wrist centre, along the tool; nothing where the tool does not
+  /// lie on the last joint's line, or without a ball wrist: no shift of the target helps there.
+  std::optional<double> tipToCentre() const;
+
+  /// The machine with the tool point of the current tool in the wrist centre and no tool length.
+  /// Ask only where `tipToCentre` has a value.
+  Machine aimedAtCentre(const Machine& machine) const;
+
+  /// What of a target no start and no shift changes: the wrist centre straight behind the first
+  /// joint, without a lateral offset.
+  std::vector<std::string> brokenBehind(const Target& target) const;
+
+  /// What of a target the library's solver, asked with this very target from a position, cannot do:
+  /// also a tip away from the wrist centre when the tool is not wanted upright, and a tool length
+  /// when the wrist is bent.
   std::vector<std::string> brokenByTarget(const Target& target,
                                           const zkin::KMachineValueBase& from) const;
 

@@ -1,7 +1,6 @@
 #include "toolkit/answer/Candidates.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -49,35 +48,6 @@ double turnOf(double angle) { return angle < -100 ? 0.0 : angle * 180.0 / std::n
 
 bool isStaying(double angle) { return std::abs(turnOf(angle)) < kOnLimit; }
 
-using Triple = std::array<StandingAxis, 3>;
-
-// In the order in which the library tries them.
-std::optional<Triple> independentTriple(const std::vector<StandingAxis>& fromTool, UVec3d way,
-                                        UVec3d& xyz) {
-  for (auto i = fromTool.begin(); i != fromTool.end(); ++i) {
-    for (auto j = i + 1; j != fromTool.end(); ++j) {
-      for (auto k = j + 1; k != fromTool.end(); ++k) {
-        const int code = UAlgo::_solveXYZ(way, i->direction, j->direction, k->direction, xyz);
-        if (code == 0) return Triple{*i, *j, *k};
-      }
-    }
-  }
-  return {};
-}
-
-std::vector<StandingAxis> linearFromTool(const Machine& machine, const Position& at) {
-  auto axes = freeAxes(*machine, at, KMachineElem::KMET_TYPE_ALIN);
-  std::reverse(axes.begin(), axes.end());
-  return axes;
-}
-
-KMachineElem* mutableElem(Machine& machine, const KMachineElem* e) {
-  for (int r = 0; r < machine->getElemNumber(); ++r) {
-    if (machine->getElemByRank(r) == e) return machine->getElemByRank(r);
-  }
-  return nullptr;
-}
-
 }  // namespace
 
 void bringInside(const Machine& machine, const Position& from, Position& at) {
@@ -111,17 +81,46 @@ std::vector<Position> otherBranches(const Machine& machine, const Position& at) 
   return branches;
 }
 
-void lockSpareLinear(Machine& machine, const Position& from) {
-  const auto axes = linearFromTool(machine, from);
-  UVec3d xyz;
-  const auto triple = independentTriple(axes, UVec3d(), xyz);
-  if (!triple) return;
-  for (const StandingAxis& axis : axes) {
-    const bool isUsed = std::any_of(triple->begin(), triple->end(), [&](const StandingAxis& used) {
-      return used.element == axis.element;
-    });
-    if (!isUsed) mutableElem(machine, axis.element)->setLocked(true);
-  }
+namespace {
+
+// Where a joint carries a point by a turn of one radian.
+UVec3d motionOf(const Machine& machine, const StandingAxis& joint, const UVec3d& point,
+                const Position& at) {
+  UVec3d direction, onLine;
+  machine->getElemAxis(at, joint.element->getElemIndex(), direction, onLine);
+  return direction.normalised() ^ (point - onLine);
+}
+
+void turnWrist(const Machine& machine, const UVec3d& direction, Position& at) {
+  const auto axes = wristAxes(*machine, at);
+  std::vector<zgeo::UVec2d> pairs;
+  UAlgo::_solveRot_conical(toolDirection(*machine, at), direction, axes[0].direction,
+                           axes[1].direction, pairs);
+  const auto cost = [](const zgeo::UVec2d& turns) {
+    return std::abs(turnOf(turns.x)) + std::abs(turnOf(turns.y));
+  };
+  const auto least = std::min_element(
+      pairs.begin(), pairs.end(), [&](const auto& a, const auto& b) { return cost(a) < cost(b); });
+  if (least == pairs.end()) return;
+  at[axes[0].place()] += turnOf(least->x);
+  at[axes[1].place()] += turnOf(least->y);
+}
+
+}  // namespace
+
+void polishArm(const Machine& machine, const UVec3d& centre, const UVec3d& way,
+               const UVec3d& direction, Position& at) {
+  const auto joints = jointsOf(*machine, at);
+  if (joints.size() < 3) return;
+  UVec3d turns;
+  const auto motion = [&](int i) {
+    return motionOf(machine, joints[static_cast<std::size_t>(i)], centre, at);
+  };
+  if (UAlgo::_solveXYZ(way, motion(0), motion(1), motion(2), turns) != 0) return;
+  at[joints[0].place()] += turns.x * 180.0 / std::numbers::pi;
+  at[joints[1].place()] += turns.y * 180.0 / std::numbers::pi;
+  at[joints[2].place()] += turns.z * 180.0 / std::numbers::pi;
+  turnWrist(machine, direction, at);
 }
 
 void pinLocked(Machine& machine, const Position& from) {
@@ -133,19 +132,6 @@ void pinLocked(Machine& machine, const Position& from) {
     e->setMin(from[place], true);
     e->setMax(from[place], true);
   }
-}
-
-Position carried(const Machine& machine, const Target& target, const Position& from) {
-  Position at = from;
-  UVec3d nose, direction, xyz;
-  machine->getTool(from, nose, direction, -1);
-  const UVec3d way = target.tip - (nose - direction * machine->getTHELength(-1));
-  const auto triple = independentTriple(linearFromTool(machine, from), way, xyz);
-  if (!triple) return at;
-  at[(*triple)[0].place()] += xyz.x;
-  at[(*triple)[1].place()] += xyz.y;
-  at[(*triple)[2].place()] += xyz.z;
-  return at;
 }
 
 }  // namespace korvo

@@ -12,18 +12,13 @@ void bringInside(const Machine& machine, const Position& from, Position& at);
 /// axes that turn it (of an arm: of the wrist). The linear axes and an arm stay where they are.
 std::vector<Position> otherBranches(const Machine& machine, const Position& at);
 
-/// The first three independent free linear axes, counted from the tool, are enough: locks the other
-/// linear ones, which then stay where they are.
-///
-/// The library gives the code of the last three of more than three axes, solved or not, and its
-/// lists go by that code.
-void lockSpareLinear(Machine& machine, const Position& from);
+/// Brings an arm whose wrist centre misses its place by `way`, a hair, there by one step along the
+/// first three joints, and turns the wrist onto `direction` the nearest way. Nothing where these
+/// joints lose a degree of freedom.
+void polishArm(const Machine& machine, const zgeo::UVec3d& centre, const zgeo::UVec3d& way,
+               const zgeo::UVec3d& direction, Position& at);
 
 /// Gives locked rotary axes their value at `from` as limits, so that a list holds no other.
 void pinLocked(Machine& machine, const Position& from);
-
-/// The position of a tool that points the wanted way already, carried onto the target by the first
-/// three independent free linear axes, counted from the tool; `from` where there are none.
-Position carried(const Machine& machine, const Target& target, const Position& from);
 
 }  // namespace korvo

@@ -1,7 +1,7 @@
 #include "toolkit/answer/Explain.h"
 
+#include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numbers>
 
 #include "toolkit/answer/ArmLayout.h"
@@ -57,22 +57,24 @@ std::vector<Cone> conesOf(const Machine& machine, const std::vector<StandingAxis
   return cones;
 }
 
+// The one that misses the direction by the least.
+const Cone& nearestCone(const std::vector<Cone>& cones, const UVec3d& direction) {
+  return *std::min_element(cones.begin(), cones.end(), [&](const Cone& a, const Cone& b) {
+    return a.missing(direction) < b.missing(direction);
+  });
+}
+
 void explainDirection(const Machine& machine, const Target& target, const Position& from,
                       Answer& answer) {
   const auto axes = freeAxes(*machine, from, KMachineElem::KMET_TYPE_AROT);
-  double least = std::numeric_limits<double>::infinity();
-  std::string names;
-  for (const Cone& cone : conesOf(machine, axes, toolDirection(*machine, from))) {
-    const double missing = cone.missing(target.direction);
-    if (missing >= least) continue;
-    least = missing;
-    names = cone.names;
-  }
+  const std::vector<Cone> cones = conesOf(machine, axes, toolDirection(*machine, from));
+  const Cone& nearest = nearestCone(cones, target.direction);
+  const double least = nearest.missing(target.direction);
   const double degrees = least * kRadToDeg;
   give(answer, Reason::outsideCone, degrees,
        "the direction lies " + words(degrees) + " degrees beside " +
            (axes.size() == 1 ? "the cone that the tool describes about " : "what is reached by ") +
-           names);
+           nearest.names);
 }
 
 // An arm turns its wrist alone: what it left is what the wrist cannot do.
@@ -91,9 +93,9 @@ void explainNoRotary(const Machine& machine, Answer& answer) {
 }
 
 void explainNoSolver(Answer& answer) {
-  give(answer, Reason::missed, answer.residual.pointMm,
-       "no solver: the machine has neither three independent linear axes nor two rotary axes that "
-       "turn the tool");
+  give(answer, Reason::noSolver, answer.residual.pointMm,
+       "no solver for such a machine: it has neither three independent linear axes nor two rotary "
+       "axes that turn the tool");
 }
 
 // --- the point
@@ -101,13 +103,15 @@ void explainNoSolver(Answer& answer) {
 void explainLinear(const Machine& machine, Answer& answer) {
   const auto axes = freeAxes(*machine, answer.position, KMachineElem::KMET_TYPE_ALIN);
   give(answer, Reason::linearAxes, answer.residual.pointMm,
-       (axes.size() < 3 ? std::to_string(axes.size()) + " free linear axes, and it takes three"
-                        : std::string("no three free linear axes in independent directions")) +
+       (axes.size() < 3
+            ? std::to_string(axes.size()) +
+                  (axes.size() == 1 ? " free linear axis does" : " free linear axes do") +
+                  " not carry the tool there"
+            : std::string("no three free linear axes in independent directions")) +
            ": the point is missed by " + words(answer.residual.pointMm) + " mm");
 }
 
-void explainArm(const Machine& machine, const Target& target, const Position& from,
-                Answer& answer) {
+void explainArm(const Machine& machine, const Target& target, Answer& answer) {
   const ArmLayout arm(*machine);
   if (const auto missing = arm.outOfReach(target)) {
     give(answer, Reason::outOfReach, *missing,
@@ -119,7 +123,7 @@ void explainArm(const Machine& machine, const Target& target, const Position& fr
       "missed by the arm solver, by " + words(answer.residual.pointMm) + " mm";
   give(answer, Reason::missed, answer.residual.pointMm, missed);
   answer.conditions = arm.brokenByMachine();
-  if (answer.conditions.empty()) answer.conditions = arm.brokenByTarget(target, from);
+  if (answer.conditions.empty()) answer.conditions = arm.brokenBehind(target);
   if (!answer.conditions.empty()) return;
   give(answer, Reason::startOfArm, answer.residual.pointMm,
        missed +
@@ -147,10 +151,28 @@ void explainMiss(const Machine& machine, const Target& target, const Position& f
   } else if (!isTurned) {
     explainDirection(machine, target, from, answer);
   } else if (isArm && hasRotary) {
-    explainArm(machine, target, from, answer);
+    explainArm(machine, target, answer);
   } else {
     explainLinear(machine, answer);
   }
+}
+
+// At the same heading about the first axis, any where the target lies along it.
+std::optional<UVec3d> nearestDirection(const Machine& machine, const Target& target,
+                                       const Position& from) {
+  constexpr double kInside = 1e-7;
+  const auto axes = freeAxes(*machine, from, KMachineElem::KMET_TYPE_AROT);
+  if (axes.size() < 2) return {};
+  const std::vector<Cone> cones = conesOf(machine, axes, toolDirection(*machine, from));
+  const Cone& cone = nearestCone(cones, target.direction);
+  const UVec3d along = cone.axis->normalised();
+  UVec3d across = target.direction.normalised() - along * (target.direction.normalised() * along);
+  if (across.norm() < kInside)
+    across = along ^ (std::abs(along.x) < 0.5 ? UVec3d(1, 0, 0) : UVec3d(0, 1, 0));
+  const double margin = std::min(kInside, (cone.band.high - cone.band.low) / 2);
+  const double angle = std::clamp(angleBetween(along, target.direction), cone.band.low + margin,
+                                  cone.band.high - margin);
+  return along * std::cos(angle) + across.normalised() * std::sin(angle);
 }
 
 std::vector<AxisOutside> outsideOf(const std::vector<Margin>& margins) {

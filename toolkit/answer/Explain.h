@@ -9,6 +9,11 @@ namespace korvo {
 void explainMiss(const Machine& machine, const Target& target, const Position& from,
                  Answer& answer);
 
+/// The direction nearest to the target's that the free rotary axes can turn the tool to, a hair
+/// inside what they reach; nothing without two of them.
+std::optional<zgeo::UVec3d> nearestDirection(const Machine& machine, const Target& target,
+                                             const Position& from);
+
 /// The same for a position that is reached outside the limits; fills in `outside` as well.
 void explainOutside(const Machine& machine, Answer& answer);
 

@@ -33,6 +33,14 @@ std::vector<StandingAxis> freeAxes(const KMachine& machine, const KMachineValueB
   return axes;
 }
 
+std::vector<StandingAxis> jointsOf(const KMachine& machine, const KMachineValueBase& v) {
+  std::vector<StandingAxis> joints;
+  for (const KMachineElem* e : machine.getToolChain(false, -1)) {
+    if (isRotary(e)) joints.push_back(standing(machine, v, e));
+  }
+  return joints;
+}
+
 std::vector<StandingAxis> wristAxes(const KMachine& machine, const KMachineValueBase& v) {
   const std::vector<const KMachineElem*> chain = machine.getToolChain(true, -1);
   std::vector<StandingAxis> axes;

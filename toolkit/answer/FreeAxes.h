@@ -18,6 +18,9 @@ struct StandingAxis {
 std::vector<StandingAxis> freeAxes(const zkin::KMachine& machine, const zkin::KMachineValueBase& v,
                                    zkin::KMachineElem::KME_TYPE type);
 
+/// All rotary axes with a place in positions, locked or not, root first.
+std::vector<StandingAxis> jointsOf(const zkin::KMachine& machine, const zkin::KMachineValueBase& v);
+
 /// The two axes that an arm's solver turns the wrist with, nearer the root first: the last one that
 /// is not parallel to the tool and the last before it not parallel to that. Empty without such.
 std::vector<StandingAxis> wristAxes(const zkin::KMachine& machine,

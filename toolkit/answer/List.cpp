@@ -4,8 +4,10 @@
 
 #include "toolkit/answer/Answer.h"
 #include "toolkit/answer/Candidates.h"
+#include "toolkit/answer/Carry.h"
 #include "toolkit/answer/Explain.h"
 #include "toolkit/answer/FreeAxes.h"
+#include "toolkit/answer/Turns.h"
 
 using zkin::KMachineElem;
 
@@ -58,27 +60,6 @@ std::vector<Position> startsOfArm(const Machine& machine, const Position& from) 
   return starts;
 }
 
-// The same place of every joint that turns the tool, with all its full turns inside the limits. The
-// last joint turns about the tool and stays where it is.
-std::vector<Position> turnsOf(const Machine& machine, const Position& from, const Position& at) {
-  constexpr double kTurn = 360.0;
-  std::vector<Position> all{at};
-  for (int i = 0; i < at.size(); ++i) {
-    const KMachineElem& axis = *machine->getAxisElem(i + 1);
-    if (axis.getElemType() != KMachineElem::KMET_TYPE_AROT || at[i] == from[i]) continue;
-    const double low = axis.hasMin() ? axis.getMin() : -kTurn;
-    const double high = axis.hasMax() ? axis.getMax() : kTurn;
-    for (std::size_t k = 0, count = all.size(); k < count; ++k) {
-      for (const double turn : {-2 * kTurn, -kTurn, kTurn, 2 * kTurn}) {
-        if (at[i] + turn < low || at[i] + turn > high) continue;
-        all.push_back(all[k]);
-        all.back()[i] += turn;
-      }
-    }
-  }
-  return all;
-}
-
 // --- distances
 
 struct Found {
@@ -117,56 +98,81 @@ std::uint64_t seedCount(const Machine& machine) {
   return count;
 }
 
-std::vector<Position> Solver::armCandidates(const Target& target, const Position& from) const {
-  std::vector<Position> arms;
-  Position at = from;
-  for (const Position& start : startsOfArm(machine_, from)) {
-    *at = *start;
-    machine_->getConfigPlus(start, target.tip, target.direction, at);
-    bringInside(machine_, start, at);
-    const bool isKnown = std::find(arms.begin(), arms.end(), at) != arms.end();
-    if (!isKnown && korvo::residual(machine_, at, target).isReached()) arms.push_back(at);
+namespace {
+
+// All full turns of positions, each once; as they are where these would be too many.
+std::vector<Position> withTurns(const Machine& machine, bool isArm, const Position& from,
+                                std::vector<Position> found) {
+  const std::vector<int> places = turningPlaces(machine, isArm);
+  Met met;
+  std::vector<Position> apart;
+  for (Position& at : found) {
+    bringInside(machine, from, at);
+    apart.push_back(at);
+    unwind(machine, places, from, apart.back());
+    if (!met.isNew(apart.back())) apart.pop_back();
   }
+  const double most = static_cast<double>(apart.size()) * mostTurns(machine, places, from);
+  if (most > static_cast<double>(kMostSeeds)) return found;
   std::vector<Position> all;
-  for (const Position& arm : arms) {
-    std::vector<Position> branches = otherBranches(machine_, arm);
-    branches.push_back(arm);
-    for (Position& branch : branches) {
-      bringInside(machine_, from, branch);
-      for (Position& turned : turnsOf(machine_, from, branch)) all.push_back(std::move(turned));
-    }
+  for (const Position& at : apart) {
+    for (Position& turned : turnsOf(machine, places, from, at)) all.push_back(std::move(turned));
   }
   return all;
 }
 
-std::vector<Position> Solver::candidates(const Machine& machine, const Target& target,
+}  // namespace
+
+std::vector<Position> Solver::armCandidates(const Target& target, const Position& from) {
+  std::vector<Position> arms;
+  for (const Position& start : startsOfArm(machine_, from)) {
+    solve(target, start, solved_);
+    bringInside(machine_, start, solved_);
+    const bool isKnown = std::find(arms.begin(), arms.end(), solved_) != arms.end();
+    if (!isKnown && korvo::residual(machine_, solved_, target).isReached()) arms.push_back(solved_);
+  }
+  std::vector<Position> all;
+  for (const Position& arm : arms) {
+    all.push_back(arm);
+    for (Position& branch : otherBranches(machine_, arm)) all.push_back(std::move(branch));
+  }
+  return withTurns(machine_, isArm_, from, std::move(all));
+}
+
+// Directions first: the library's lists go by the code of the last three linear axes, solved or
+// not.
+std::vector<Position> Solver::candidates(Machine machine, const Target& target,
                                          const Position& from) const {
+  lockLinear(machine);
   PositionList angles;
   machine->getPossibleAngles(target.direction, angles.raw(), -1);
-  std::vector<Position> all;
+  std::vector<Position> turned;
   Position start = from;
   for (const zkin::KMachineValueBase* entry : angles) {
     *start = *entry;
     takeOthers(machine, from, start);
-    all.push_back(start);
-    machine->getConfigPlus(start, target.tip, target.direction, all.back());
-    bringInside(machine, start, all.back());
+    turned.push_back(start);
+    machine->getConfigPlus(start, target.tip, target.direction, turned.back());
+    bringInside(machine, start, turned.back());
   }
-  return all;
+  turned = withTurns(machine, isArm_, from, std::move(turned));
+  for (Position& at : turned) at = carriedOn(target, from, judged(target, from, at)).position;
+  return turned;
 }
 
-std::uint64_t Solver::list(const Target& target, const Position& from,
-                           std::vector<Position>& out) const {
+std::uint64_t Solver::list(const Target& target, const Position& from, std::vector<Position>& out) {
   Machine machine = machine_;
   pinLocked(machine, from);
-  lockSpareLinear(machine, from);
   const std::uint64_t seeds = seedCount(machine);
   if (!isArm_ && seeds > kMostSeeds) return seeds;
   std::vector<Found> found;
+  const auto take = [&](const Answer& answer) {
+    if (answer.status != Status::reached) return;
+    found.push_back({distance(answer.position, from), found.size(), answer.position});
+  };
+  take(best(target, from));
   for (Position& at : isArm_ ? armCandidates(target, from) : candidates(machine, target, from)) {
-    const Answer answer = judged(target, from, at);
-    if (answer.status != Status::reached) continue;
-    found.push_back({distance(at, from), found.size(), std::move(at)});
+    take(judged(target, from, std::move(at)));
   }
   sortAndMerge(found, from, out);
   return seeds;

@@ -2,7 +2,9 @@
 #include <cmath>
 
 #include "toolkit/answer/Answer.h"
+#include "toolkit/answer/ArmLayout.h"
 #include "toolkit/answer/Candidates.h"
+#include "toolkit/answer/Carry.h"
 #include "toolkit/answer/Explain.h"
 #include "toolkit/answer/FreeAxes.h"
 
@@ -27,12 +29,21 @@ double totalOutside(const Answer& answer) {
   return sum;
 }
 
-// Of two reached positions the nearer one, of two outside the limits the one less far outside. The
-// earlier of equal ones.
+// Of two reached positions the nearer one, of two outside the limits the one less far outside, of
+// two beside the target the one less far beside. The earlier of equal ones.
 bool isBetter(const Answer& a, const Answer& b, const Position& from) {
   if (a.status != b.status) return a.status < b.status;
   if (a.status == Status::reached) return distance(a.position, from) < distance(b.position, from);
-  return a.status == Status::outsideLimits && totalOutside(a) < totalOutside(b);
+  if (a.status == Status::outsideLimits) return totalOutside(a) < totalOutside(b);
+  return a.residual.directionRad <= kReachedRad && a.residual.pointMm < b.residual.pointMm;
+}
+
+// The linear axes back where they started.
+void takeLinear(const Machine& machine, const Position& from, Position& at) {
+  for (int i = 0; i < at.size(); ++i) {
+    const KMachineElem& axis = *machine->getAxisElem(i + 1);
+    if (axis.getElemType() == KMachineElem::KMET_TYPE_ALIN) at[i] = from[i];
+  }
 }
 
 }  // namespace
@@ -48,12 +59,36 @@ Solver::Solver(const Machine& machine)
   }
   isArm_ = isArm_ && !wristAxes(*machine_, solved_).empty();
   mindsLocks_ = hasLock && isArm_;  // the other solvers leave locked axes alone
+  hasTurnedSpare_ = korvo::hasTurnedSpare(machine_);
+  if (!isArm_) return;
+  const ArmLayout arm(*machine_);
+  const std::optional<double> tipToCentre = arm.tipToCentre();
+  if (!tipToCentre) return;
+  aimed_.emplace(arm.aimedAtCentre(machine_));
+  tipToCentre_ = *tipToCentre;
 }
 
 // The code is not asked: it says neither that a point was reached nor that it was not.
 void Solver::solve(const Target& target, const Position& from, Position& out) {
   *out = *from;
-  machine_->getConfigPlus(from, target.tip, target.direction, out);
+  if (aimed_) {
+    const UVec3d centre = target.tip + target.direction.normalised() * tipToCentre_;
+    (*aimed_)->getConfigPlus(from, centre, target.direction, out);
+    polish(target, centre, out);
+  } else {
+    machine_->getConfigPlus(from, target.tip, target.direction, out);
+  }
+}
+
+// The arm's solver takes angles from their cosines, which near 0 and half a turn know them to 1e-8
+// alone: a forearm of a metre then misses by 1e-5 mm.
+void Solver::polish(const Target& target, const UVec3d& centre, Position& out) const {
+  constexpr double kHair = 1e-3;
+  const Residual missed = korvo::residual(machine_, out, target);
+  if (missed.isReached() || !(missed.pointMm <= kHair)) return;
+  UVec3d nose, direction;
+  (*aimed_)->getTool(out, nose, direction, -1);
+  polishArm(machine_, nose, centre - nose, target.direction, out);
 }
 
 Answer Solver::judged(const Target& target, const Position& from, Position at) const {
@@ -73,10 +108,27 @@ void Solver::explain(const Target& target, const Position& from, Answer& answer)
   if (answer.status == Status::notReached) explainMiss(machine_, target, from, answer);
 }
 
+// Reached, and yet by axes that travel far for little.
+bool Solver::isDoubtful(const Position& at) const {
+  return hasTurnedSpare_ && isNearlyDependent(machine_, at);
+}
+
+// The tool points the wanted way: the best of what the free linear axes can do for its point.
+Answer Solver::carriedOn(const Target& target, const Position& from, Answer answer) const {
+  if (isArm_ || !(answer.residual.directionRad <= kReachedRad)) return answer;
+  if (answer.status == Status::reached && !isDoubtful(answer.position)) return answer;
+  Position start = answer.position;
+  takeLinear(machine_, from, start);
+  for (Position& way : carriedWays(machine_, target, start)) {
+    bringInside(machine_, from, way);
+    Answer other = judged(target, from, std::move(way));
+    if (isBetter(other, answer, from)) answer = std::move(other);
+  }
+  return answer;
+}
+
 Answer Solver::linearOnly(const Target& target, const Position& from) const {
-  Position at = carried(machine_, target, from);
-  bringInside(machine_, from, at);
-  Answer answer = judged(target, from, std::move(at));
+  Answer answer = carriedOn(target, from, judged(target, from, from));
   answer.isLinearOnly = answer.residual.isReached();
   return answer;
 }
@@ -86,10 +138,12 @@ Answer Solver::best(const Target& target, const Position& from) {
   const auto solvedFrom = [&](const Position& start) {
     solve(target, start, solved_);
     bringInside(machine_, from, solved_);
-    return judged(target, from, solved_);
+    return carriedOn(target, from, judged(target, from, solved_));
   };
   Answer best = solvedFrom(from);
-  if (best.status != Status::outsideLimits) return best;
+  const bool mayBranch = best.status == Status::outsideLimits ||
+                         (!isArm_ && best.residual.directionRad <= kReachedRad);
+  if (best.status == Status::reached || !mayBranch) return best;
   for (const Position& start : otherBranches(machine_, best.position)) {
     Answer answer = solvedFrom(start);
     if (isBetter(answer, best, from)) best = std::move(answer);
@@ -99,10 +153,12 @@ Answer Solver::best(const Target& target, const Position& from) {
 
 namespace {
 
-// Whether other starts may lead where this one did not: to other values, or to another side of an
-// arm. What machine or target cannot do stays so from everywhere.
+// Whether other starts may lead where this one did not: to other values, into the reach of few
+// linear axes, or to another side of an arm. What machine or target cannot do stays so from
+// everywhere.
 bool mayLieElsewhere(const Answer& answer) {
-  return answer.reason == Reason::outsideLimits || answer.reason == Reason::startOfArm;
+  return answer.reason == Reason::outsideLimits || answer.reason == Reason::startOfArm ||
+         answer.reason == Reason::linearAxes;
 }
 
 Answer refused(const Position& from) {
@@ -114,10 +170,22 @@ Answer refused(const Position& from) {
 
 }  // namespace
 
+// A direction out of reach leaves the library where it starts: the best is the nearest direction.
+void Solver::approach(const Target& target, const Position& from, Answer& answer) {
+  if (answer.reason != Reason::outsideCone || isArm_) return;
+  const std::optional<UVec3d> direction = nearestDirection(machine_, target, from);
+  if (!direction) return;
+  Answer nearer = judged(target, from, best({target.tip, *direction}, from).position);
+  if (nearer.residual.directionRad >= answer.residual.directionRad) return;
+  explain(target, from, nearer);
+  answer = std::move(nearer);
+}
+
 Answer Solver::nearest(const Target& target, const Position& from) {
   if (!isTarget(target)) return refused(from);
   Answer answer = best(target, from);
   explain(target, from, answer);
+  approach(target, from, answer);
   if (!mayLieElsewhere(answer) || !isTurning()) return answer;
   std::vector<Position> all;
   list(target, from, all);
@@ -160,12 +228,13 @@ Answer Solver::translate(const UVec3d& delta, const Position& from) {
   const UVec3d tip = nose - direction * machine_->getTHELength(-1);
   const Target target{tip + delta, direction};
   if (!isTarget(target)) return refused(from);
-  solved_ = from;
-  zkin::KMachineValueBase* increments = machine_->axisTranslation(&*from, delta);
-  if (increments) *solved_ += *increments;
-  zkin::KMachineValueBase::_release(increments);
-  Answer answer = judged(target, from, solved_);
-  if (answer.status == Status::notReached && !isTurning()) answer = linearOnly(target, from);
+  if (isTurning()) {
+    solve(target, from, solved_);
+  } else {
+    solved_ = from;
+  }
+  Answer answer = carriedOn(target, from, judged(target, from, solved_));
+  answer.isLinearOnly = !isTurning() && answer.residual.isReached();
   explain(target, from, answer);
   return answer;
 }
@@ -175,7 +244,8 @@ std::optional<Answer> Solver::follow(const Target& target, Position& at, Residua
   if (isTurning() && !mindsLocks_) {
     solve(target, at, solved_);
     residual = korvo::residual(machine_, solved_, target);
-    if (residual.isReached() && machine_->checkLimitsFull(solved_, nullptr) == 0) {
+    const bool isInside = machine_->checkLimitsFull(solved_, nullptr) == 0;
+    if (residual.isReached() && isInside && !isDoubtful(solved_)) {
       *at = *solved_;
       return {};
     }

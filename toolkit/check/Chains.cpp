@@ -157,4 +157,19 @@ int rankOf(const LinkedElements& linked, KMachineElem::KME_TYPE type) {
   return -1;
 }
 
+// --- axis numbers
+
+FreeNumbers::FreeNumbers(const LinkedElements& linked) {
+  for (const KMachineElem& e : linked.elements) {
+    if (isMovingAxis(e)) taken_.insert(e.getElemIndex());
+  }
+}
+
+int FreeNumbers::next() {
+  do {
+    ++last_;
+  } while (taken_.count(last_));
+  return last_;
+}
+
 }  // namespace korvo::checking

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <vector>
 
 #include "toolkit/check/Links.h"
@@ -58,5 +59,16 @@ inline bool isAxis(const zkin::KMachineElem& e) {
 inline bool isMovingAxis(const zkin::KMachineElem& e) {
   return isAxis(e) && zkin::KMachineElem::_isIndexAxis(e.getElemIndex());
 }
+
+/// The axis numbers that no axis has, from 1 up.
+class FreeNumbers {
+ public:
+  explicit FreeNumbers(const LinkedElements& linked);
+  int next();  ///< The lowest that is free; it is taken then.
+
+ private:
+  std::set<int> taken_;
+  int last_ = 0;
+};
 
 }  // namespace korvo::checking

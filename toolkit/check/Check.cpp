@@ -4,8 +4,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <system_error>
 #include <tuple>
+#include <utility>
 
 #include "kinematics/KMachine.h"
 #include "toolkit/Path.h"
@@ -15,6 +17,7 @@
 #include "toolkit/check/Document.h"
 #include "toolkit/check/FormatGuess.h"
 #include "toolkit/check/Links.h"
+#include "toolkit/check/Misread.h"
 #include "toolkit/check/Rule.h"
 
 namespace korvo {
@@ -28,7 +31,7 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 
 // Of what openRead does not open.
 Words whatIsThere(const std::filesystem::path& path) {
-  const Words noPermission("no permission", "aucun droit de lecture");
+  Words noPermission("no permission", "aucun droit de lecture");
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(path, error);
   if (error == std::errc::permission_denied) return noPermission;
@@ -57,6 +60,9 @@ const SourceLine* lineOf(const Document& document, int number) {
 }
 
 std::string suggestionOf(const Rule& rule, const Finding& finding, Language language) {
+  if (finding.advice) {
+    return language == Language::french ? finding.advice->french : finding.advice->english;
+  }
   const bool needsWords =
       std::string_view(rule.suggestion.english).find("{0}") != std::string_view::npos;
   if (needsWords && finding.suggested.empty()) return {};
@@ -108,17 +114,41 @@ class Run {
     return !hasError(found_);
   }
 
+  // Of a file that is read as the other format than it is written in, only that is told: not what
+  // its lines lack in this format alone. What they lack in both stays, and what would never end.
+  void keepWhatHoldsIn(const Run& other) {
+    std::set<std::pair<int, std::string>> both;
+    for (const Diagnostic& d : other.found_) both.emplace(d.line, d.code);
+    bool isErrorLost = false;
+    std::vector<Diagnostic> kept;
+    for (Diagnostic& d : found_) {
+      const bool isKept = d.isEndless || d.code == kFormatCode || both.count({d.line, d.code}) > 0;
+      isErrorLost = isErrorLost || (!isKept && d.severity == Severity::error);
+      if (isKept) kept.push_back(std::move(d));
+    }
+    found_ = std::move(kept);
+    for (Diagnostic& d : found_) {
+      if (isErrorLost && d.code == kFormatCode) d.severity = Severity::error;
+    }
+  }
+
+  bool hasErrors() const { return hasError(found_); }
+
   // By place; what is about the same one stays in the order of the table.
   std::vector<Diagnostic> take() {
     std::vector<std::tuple<int, int, std::size_t>> order;
+    order.reserve(found_.size());
     for (const Diagnostic& d : found_) order.emplace_back(d.line, d.column, order.size());
     std::sort(order.begin(), order.end());
     std::vector<Diagnostic> sorted;
+    sorted.reserve(found_.size());
     for (const auto& place : order) sorted.push_back(std::move(found_[std::get<2>(place)]));
     return sorted;
   }
 
  private:
+  static constexpr std::string_view kFormatCode = "format-version";
+
   // Without them there is no machine, whatever is left out.
   static bool isNeeded(const Rule& rule) {
     const std::string_view code = rule.code;
@@ -138,6 +168,18 @@ std::optional<Machine> loaded(const std::filesystem::path& path, int version) {
   return Machine(machine);
 }
 
+// Whether the machine may be loaded.
+bool askLines(Run& run, const Run& fresh, const Source& source, Checks checks) {
+  run.ask(Stage::lines, source);
+  if (checks == Checks::all && isOfOtherFormat(source.format, source.likely)) {
+    Run other = fresh;
+    const LinkedElements linked = linkElements(source.document, source.likely.version);
+    other.ask(Stage::lines, {source.document, linked, source.likely, source.likely, source.folder});
+    run.keepWhatHoldsIn(other);
+  }
+  return !run.hasErrors();
+}
+
 struct Names {
   std::filesystem::path path;   ///< What is read.
   std::filesystem::path shown;  ///< What messages say, and where geometry files may lie.
@@ -145,7 +187,8 @@ struct Names {
 
 Checked checkFile(const Names& names, Format format, Language language, Checks checks) {
   Checked checked;
-  Run run(utf8Of(names.shown), language, checks);
+  const Run fresh(utf8Of(names.shown), language, checks);
+  Run run = fresh;
   const File file = openRead(names.path);
   const Document document = file ? readDocument(file.get()) : Document{};
   LinkedElements linked;
@@ -155,7 +198,7 @@ Checked checkFile(const Names& names, Format format, Language language, Checks c
     source.format = chooseFormat(document, format);
     source.likely = chooseFormat(document, Format::automatic);
     linked = linkElements(document, source.format.version);
-    if (run.ask(Stage::lines, source)) {
+    if (askLines(run, fresh, source, checks)) {
       checked.machine = loaded(names.path, source.format.version);
       source.machine = checked.machine ? &*checked.machine : nullptr;
       run.ask(Stage::machine, source);

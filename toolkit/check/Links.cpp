@@ -81,15 +81,15 @@ class Linker {
       e.setPrevIndex(KMachineElem::KMET_NONE);
     }
     link_ = e.getElemIndex();
-    add(std::move(e), line);
+    add(e, line);
   }
 
   // The first element of an index or a name is the one that is found.
-  void add(KMachineElem e, const SourceLine& line) {
+  void add(const KMachineElem& e, const SourceLine& line) {
     const int rank = static_cast<int>(linked_.elements.size());
     rankOfIndex_.emplace(e.getElemIndex(), rank);
     rankOfName_.emplace(UTools::_low(e.getElemName()), rank);
-    linked_.elements.push_back(std::move(e));
+    linked_.elements.push_back(e);
     linked_.lines.push_back(line.number);
     linked_.declarations.push_back(&line);
   }

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
+#include <utility>
 
 #include "kinematics/KMachineElem.h"
 #include "platform/text/Number.h"
+#include "toolkit/check/Commas.h"
 #include "toolkit/check/Numbers.h"
 
 namespace korvo::checking {
@@ -83,44 +86,13 @@ Misread pointMisread(const SourceLine& line, const Steps& steps) {
 
 // --- numbers too many
 
-bool isDigits(std::wstring_view text) {
-  return !text.empty() &&
-         std::all_of(text.begin(), text.end(), [](wchar_t c) { return c >= L'0' && c <= L'9'; });
-}
-
-bool isInteger(std::wstring_view text) {
-  if (text.starts_with(L'+') || text.starts_with(L'-')) text.remove_prefix(1);
-  return isDigits(text);
-}
-
 bool isPositiveInteger(std::wstring_view text) { return isDigits(text) && !isZero(text); }
 
-// Of the operands that may be behind a decimal comma the shortest one, the last of several. Zeros
-// alone are written by nobody there.
-int likeliestFraction(const SourceLine& line, int first, int count) {
-  int best = -1;
-  for (int i = first + 1; i < first + count; ++i) {
-    if (!isPositiveInteger(operandOf(line, i))) continue;
-    if (best < 0 || operandOf(line, i).size() <= operandOf(line, best).size()) best = i;
-  }
-  return best;
-}
-
-// Whether `count` numbers, of which `wanted` are read, are so many because of decimal commas: all
-// are integers, and enough of them can go on behind the comma of the one before.
-Misread decimalComma(const SourceLine& line, int first, int count, int wanted) {
-  const int surplus = count - wanted;
-  if (surplus < 1 || runFrom(line, first, isInteger) < count) return {};
-  int fractions = 0;
-  for (int i = first + count - 1; i > first; --i) {
-    if (!isPositiveInteger(operandOf(line, i))) continue;
-    ++fractions;
-    --i;  // what stands before a fraction is not itself one
-  }
-  if (fractions < surplus) return {};
-  const int pair = likeliestFraction(line, first, count);
-  if (surplus == 1) return {Misreading::decimalComma, pair - 1, 2, wanted, pair};
-  return {Misreading::decimalComma, first, count, wanted, pair};
+Misread decimalComma(const SourceLine& line, int first, int count, const std::vector<Slot>& slots) {
+  std::optional<SplitNumbers> split = splitNumbers(line, first, count, slots);
+  if (!split) return {};
+  return {Misreading::decimalComma, split->first, split->count, static_cast<int>(slots.size()),
+          std::move(split->mended)};
 }
 
 // --- what stands behind the vectors
@@ -134,6 +106,21 @@ int vectorsBegin(const Steps& steps) {
   return first;
 }
 
+// What the numbers from operand `begin` up to the file are for.
+std::vector<Slot> slotsFrom(const Steps& steps, int begin) {
+  std::vector<Slot> slots;
+  for (const Step& step : steps) {
+    if (step.role == Role::file) break;
+    if (step.first < begin) continue;
+    const bool isDirection = isVector(step.role) && step.role != Role::point &&
+                             step.role != Role::position && step.count == 3;
+    const Slot other = step.role == Role::skipped ? Slot::integer : Slot::number;
+    slots.insert(slots.end(), static_cast<std::size_t>(step.count),
+                 isDirection ? Slot::direction : other);
+  }
+  return slots;
+}
+
 Misread fileMisread(const SourceLine& line, const Steps& steps) {
   const Step* const file = stepOf(steps, Role::file);
   if (!file || file->count == 0) return {};
@@ -143,7 +130,7 @@ Misread fileMisread(const SourceLine& line, const Steps& steps) {
   int begin = file->first;
   while (begin > vectorsBegin(steps) && isWholeNumber(operandOf(line, begin - 1))) --begin;
   const int count = runFrom(line, begin, isWholeNumber);
-  const Misread comma = decimalComma(line, begin, count, file->first - begin);
+  const Misread comma = decimalComma(line, begin, count, slotsFrom(steps, begin));
   if (comma.why != Misreading::none) return comma;
   return {Misreading::operandAsFile, file->first, 1};
 }
@@ -158,6 +145,18 @@ Misread frameMisread(const SourceLine& line, int version) {
   return {Misreading::frameDirection, 0, isDirectionWord(operandOf(line, 0)) ? 1 : 3};
 }
 
+bool isNumberLost(const SourceLine& line, int first) {
+  const text::Keyword k = line.keyword;
+  const bool isLimits =
+      k == text::Keyword::limits || k == text::Keyword::minimum || k == text::Keyword::maximum;
+  return (isLimits || text::isElementKeyword(k)) && isNumberLike(operandOf(line, first));
+}
+
+Misread leftFrom(const SourceLine& line, int first) {
+  const Misreading why = isNumberLost(line, first) ? Misreading::numbersLeft : Misreading::left;
+  return {why, first, sizeOf(line) - first};
+}
+
 Misread restMisread(const SourceLine& line, const Steps& steps) {
   const Step* const rest = stepOf(steps, Role::rest);
   if (!rest || isBlankFrom(line, rest->first)) return {};
@@ -165,7 +164,7 @@ Misread restMisread(const SourceLine& line, const Steps& steps) {
   const int read = colour ? colour->count : 0;
   const bool isColour =
       read > 0 || rest->count >= 3 || beginsAsNumber(operandOf(line, rest->first));
-  if (read == 3 || !isColour) return {Misreading::left, rest->first, rest->count};
+  if (read == 3 || !isColour) return leftFrom(line, rest->first);
   return {Misreading::colourParts, rest->first - read, rest->count + read};
 }
 
@@ -216,17 +215,27 @@ Misread otherFormat(const SourceLine& line, int version) {
   return isThere ? Misread{Misreading::otherFormat, number->first, 1} : Misread{};
 }
 
+// A direction where format 1 wants the axis number.
+Misread numberMisread(const SourceLine& line, const Steps& steps, int version) {
+  if (version == 2 || !isAxisLine(line)) return {};
+  const Step* const number = stepOf(steps, Role::number);
+  const Step* const direction = stepOf(steps, Role::direction);
+  if (number->count > 0 || direction->count == 0) return {};
+  return {Misreading::otherFormat, direction->first, direction->count};
+}
+
 // --- lines that declare no element
 
 Misread restFrom(const SourceLine& line, int first) {
   if (isBlankFrom(line, first)) return {};
-  return {Misreading::left, first, sizeOf(line) - first};
+  return leftFrom(line, first);
 }
 
-Misread surplus(const SourceLine& line, int first, int wanted) {
+Misread surplus(const SourceLine& line, int first, int wanted, Slot slot = Slot::number) {
   if (isBlankFrom(line, first + wanted)) return {};
   const int count = runFrom(line, first, isWholeNumber);
-  const Misread comma = decimalComma(line, first, count, wanted);
+  const std::vector<Slot> slots(static_cast<std::size_t>(wanted), slot);
+  const Misread comma = decimalComma(line, first, count, slots);
   return comma.why != Misreading::none ? comma : restFrom(line, first + wanted);
 }
 
@@ -239,7 +248,7 @@ Misread loopMisread(const SourceLine& line) {
 
 // Two limits with a blank alone between them are one operand.
 Misread limitsMisread(const SourceLine& line) {
-  if (sizeOf(line) != 2) return surplus(line, 1, 2);
+  if (sizeOf(line) != 2) return surplus(line, 1, 2, Slot::limit);
   const std::string_view written = writtenOf(line, 1);
   const bool isTorn = isTornNumber(written) || isGroupedNumber(written);
   return isTorn ? Misread{Misreading::tornVector, 1, 1} : Misread{};
@@ -252,7 +261,7 @@ Misread settingMisread(const SourceLine& line) {
       return restFrom(line, 1);
     case text::Keyword::minimum:
     case text::Keyword::maximum:
-      return surplus(line, 1, 1);
+      return surplus(line, 1, 1, Slot::limit);
     case text::Keyword::limits:
       return limitsMisread(line);
     case text::Keyword::rotationPoint:
@@ -270,8 +279,12 @@ Misread misreadOf(const SourceLine& line, int version) {
   if (line.keyword == text::Keyword::none) return {};
   const int whole = runFrom(line, 0, [](std::wstring_view text) { return !hasSemicolon(text); });
   if (whole < sizeOf(line)) return {Misreading::semicolon, whole, 1};
+  if (isSplitByBlanks(line)) return {Misreading::blanks, 0, 1};
   if (!text::isElementKeyword(line.keyword)) return settingMisread(line);
-  const Misread found = elementMisread(line, stepsOf(line, version), version);
+  const Steps steps = stepsOf(line, version);
+  const Misread number = numberMisread(line, steps, version);
+  if (number.why != Misreading::none) return number;
+  const Misread found = elementMisread(line, steps, version);
   if (found.why == Misreading::none || !isAxisLine(line)) return found;
   const Misread other = otherFormat(line, version);
   return other.why != Misreading::none ? other : found;

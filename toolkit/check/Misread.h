@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "toolkit/Format.h"
 #include "toolkit/check/Document.h"
 
@@ -9,6 +11,7 @@ namespace korvo::checking {
 enum class Misreading {
   none,
   semicolon,        ///< Operands with semicolons between them: for the readers they are one.
+  blanks,           ///< The same with blanks between them, and no comma at all.
   quoted,           ///< An operand in quotes where a direction or a point is wanted.
   otherFormat,      ///< An axis line with a number in format 2, or without one in format 1.
   shortVector,      ///< One or two numbers where a direction or a point is wanted.
@@ -20,16 +23,17 @@ enum class Misreading {
   decimalComma,     ///< More numbers than are read; decimal commas would explain it.
   operandAsFile,    ///< A number or a direction word where only a file name can be.
   colourParts,      ///< Not three integers behind the geometry file.
-  left,             ///< Operands that nothing reads.
+  numbersLeft,      ///< Numbers of an element or of limits that nothing reads.
+  left,             ///< Other operands that nothing reads.
 };
 
 /// The first misreading of a line and where it is.
 struct Misread {
   Misreading why = Misreading::none;
-  int first = 0;   ///< Operand.
-  int count = 0;   ///< How many of them.
-  int wanted = 0;  ///< decimalComma: how many numbers are read.
-  int pair = -1;   ///< decimalComma: the operand that most likely goes on behind its comma.
+  int first = 0;          ///< Operand.
+  int count = 0;          ///< How many of them.
+  int wanted = 0;         ///< decimalComma: how many numbers are read.
+  std::wstring mended{};  ///< decimalComma: with decimal points; empty when that is not certain.
 };
 
 /// What is wrong first with the operands of a line, as far as it shows in their order and number.

@@ -46,6 +46,14 @@ std::vector<Numeric> settingNumbers(const SourceLine& line) {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
+// "1e" is scanned whole, and is 1: the exponent is missing. Of "0x1e" the e is a digit.
+std::size_t withoutEmptyExponent(std::wstring_view scanned) {
+  const std::size_t last = scanned.find_last_not_of(L"+-");
+  const bool isHexadecimal = scanned.find_first_of(L"xX") != scanned.npos;
+  const bool isExponent = last != scanned.npos && (scanned[last] == L'e' || scanned[last] == L'E');
+  return isExponent && !isHexadecimal ? last : scanned.size();
+}
+
 }  // namespace
 
 std::vector<Numeric> numbersOf(const SourceLine& line, int version) {
@@ -62,7 +70,7 @@ std::vector<Numeric> numbersOf(const SourceLine& line, int version) {
 std::size_t usedOf(std::wstring_view text, bool isInteger) {
   double value = 0.0;
   const text::Scan scan = text::scanDouble(text, value);
-  if (!isInteger) return scan.length;
+  if (!isInteger) return withoutEmptyExponent(text.substr(0, scan.length));
   int integer = 0;
   const text::Scan used = text::scanInt(text, integer);
   return scan.length == text.size() && value == integer ? text.size() : used.length;

@@ -4,6 +4,7 @@
 
 #include "kinematics/KMachineElem.h"
 #include "platform/text/Number.h"
+#include "toolkit/check/Characters.h"
 
 using zkin::KMachineElem;
 
@@ -93,6 +94,40 @@ void walkPart(Walk& walk) {
 
 bool isLetter(wchar_t c) { return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z'); }
 
+bool isAxisKeyword(text::Keyword keyword) {
+  return keyword == text::Keyword::linearAxis || keyword == text::Keyword::rotaryAxis;
+}
+
+// How many words a line has at least that are operands: "left column" is a name, and "1 000" may
+// be a number. 0: its operand may be anything.
+std::size_t leastWords(text::Keyword keyword) {
+  switch (keyword) {
+    case text::Keyword::minimum:
+    case text::Keyword::maximum:
+    case text::Keyword::tool:
+    case text::Keyword::drillGun:
+    case text::Keyword::part:
+      return 2;
+    case text::Keyword::frame:
+    case text::Keyword::linearAxis:
+    case text::Keyword::rotaryAxis:
+    case text::Keyword::limits:
+      return 3;
+    default:
+      return 0;
+  }
+}
+
+std::vector<std::string> splitAtBlanks(std::string_view text) {
+  std::vector<std::string> words;
+  for (std::size_t at = text.find_first_not_of(kBlanks); at != text.npos;) {
+    const std::size_t end = std::min(text.find_first_of(kBlanks, at), text.size());
+    words.emplace_back(text.substr(at, end - at));
+    at = text.find_first_not_of(kBlanks, end);
+  }
+  return words;
+}
+
 }  // namespace
 
 std::vector<Step> stepsOf(const SourceLine& line, int version) {
@@ -128,6 +163,15 @@ const Step* stepOf(const std::vector<Step>& steps, Role role) {
 
 std::wstring_view operandOf(const SourceLine& line, int i) {
   return line.statement.operands[static_cast<std::size_t>(i)].text;
+}
+
+std::string listOf(const SourceLine& line, int first, int count) {
+  std::wstring list;
+  for (int i = first; i < first + count; ++i) {
+    if (i > first) list += L',';
+    list += operandOf(line, i);
+  }
+  return "'" + utf8OfText(list) + "'";
 }
 
 std::string_view writtenOf(const SourceLine& line, int i) {
@@ -177,6 +221,21 @@ bool looksLikeFile(std::wstring_view text) {
 bool isQuoted(std::wstring_view text) {
   const bool begins = text.starts_with(L'"') || text.starts_with(L'\'');
   return begins && text.size() > 2 && text.back() == text.front();
+}
+
+std::vector<std::string> wordsOf(const SourceLine& line) {
+  const std::size_t least = leastWords(line.keyword);
+  if (least == 0 || line.statement.operands.size() != 1) return {};
+  std::vector<std::string> words = splitAtBlanks(writtenOf(line, 0));
+  if (words.size() < least) return {};
+  const std::size_t first =
+      text::isElementKeyword(line.keyword) && !isAxisKeyword(line.keyword) ? 0 : 1;
+  for (std::size_t i = first; i < words.size(); ++i) {
+    const std::wstring word(words[i].begin(), words[i].end());
+    const bool isFile = i + 1 == words.size() && i > first && looksLikeFile(word);
+    if (!isFile && !isWholeNumber(word) && !isDirectionWord(word)) return {};
+  }
+  return words;
 }
 
 bool isBlankFrom(const SourceLine& line, int first) {

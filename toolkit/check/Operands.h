@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -43,6 +44,9 @@ std::wstring_view operandOf(const SourceLine& line, int i);
 /// The same as it stands in the file, blanks included.
 std::string_view writtenOf(const SourceLine& line, int i);
 
+/// Operands with commas between them, in quotes: '1,0,0'.
+std::string listOf(const SourceLine& line, int first, int count);
+
 /// The white space that is removed from lines, LF apart.
 inline constexpr std::string_view kBlanks = " \t\r\v\f";
 inline bool isBlank(char c) { return kBlanks.find(c) != std::string_view::npos; }
@@ -67,6 +71,11 @@ bool looksLikeFile(std::wstring_view text);
 
 /// Whether `text` stands in quotes: they mean nothing to the library.
 bool isQuoted(std::wstring_view text);
+
+/// The words of the only operand of a line that has blanks where commas should be: the first may
+/// be a name, the others are numbers and directions, and a file at last. Empty for other lines.
+std::vector<std::string> wordsOf(const SourceLine& line);
+inline bool isSplitByBlanks(const SourceLine& line) { return !wordsOf(line).empty(); }
 
 /// Whether all operands from `first` on are empty, as behind a comma at the end of a line.
 bool isBlankFrom(const SourceLine& line, int first);

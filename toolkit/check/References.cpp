@@ -1,6 +1,7 @@
 #include "toolkit/check/References.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <span>
 
@@ -8,6 +9,8 @@
 #include "toolkit/Text.h"
 #include "toolkit/check/Chains.h"
 #include "toolkit/check/Closest.h"
+#include "toolkit/check/MeantKeyword.h"
+#include "toolkit/check/Operands.h"
 
 using korvo::text::Keyword;
 using zgeo::UTools;
@@ -31,7 +34,7 @@ bool isLimitLine(const Reference& reference) {
 
 // Operands with semicolons between them are one operand to the library: no name was meant.
 bool isName(const Reference& reference) {
-  return reference.line->statement.hasOperandPart && !hasSemicolon(*reference.line);
+  return reference.line->statement.hasOperandPart && !isUnsplit(*reference.line);
 }
 
 // The first operands of lines with an unknown keyword. One of them may have been meant to declare
@@ -87,7 +90,44 @@ bool isAscii(const std::wstring& text) {
   return std::all_of(text.begin(), text.end(), [](wchar_t c) { return c < 0x80; });
 }
 
+struct KindWord {
+  std::wstring_view word;
+  KMachineElem::KME_TYPE type;
+};
+
+// Words of the file, accents apart, that name an element of which a machine has one: in links and
+// pairs it has another name.
+constexpr KindWord kKindWords[] = {
+    {L"frame", KMachineElem::KMET_TYPE_BATI},     {L"bati", KMachineElem::KMET_TYPE_BATI},
+    {L"bed", KMachineElem::KMET_TYPE_BATI},       {L"base", KMachineElem::KMET_TYPE_BATI},
+    {L"part", KMachineElem::KMET_TYPE_PART},      {L"table", KMachineElem::KMET_TYPE_PART},
+    {L"piece", KMachineElem::KMET_TYPE_PART},     {L"tool", KMachineElem::KMET_TYPE_TOOL},
+    {L"workpiece", KMachineElem::KMET_TYPE_PART}, {L"outil", KMachineElem::KMET_TYPE_TOOL},
+    {L"spindle", KMachineElem::KMET_TYPE_TOOL},   {L"broche", KMachineElem::KMET_TYPE_TOOL},
+};
+
+// The ranks of the elements above a line that are of the kind that its word says.
+std::vector<int> ranksOfKind(const LinkedElements& linked, const Reference& reference) {
+  const std::wstring word = plain(reference.written);
+  const auto* const kind = std::find_if(std::begin(kKindWords), std::end(kKindWords),
+                                        [&](const KindWord& row) { return row.word == word; });
+  std::vector<int> ranks;
+  for (int i = 0; kind != std::end(kKindWords) && i < reference.above; ++i) {
+    if (linked.elements[static_cast<std::size_t>(i)].getElemType() == kind->type)
+      ranks.push_back(i);
+  }
+  return ranks;
+}
+
 void suggestName(Finding& finding, const LinkedElements& linked, const Reference& reference) {
+  const std::vector<int> kin =
+      isLimitLine(reference) ? std::vector<int>{} : ranksOfKind(linked, reference);
+  if (!kin.empty()) {
+    const std::wstring& name = linked.elements[static_cast<std::size_t>(kin[0])].getElemName();
+    finding.suggest({inQuotes(name)});
+    if (kin.size() == 1) finding.mend(placeOf(reference), toUtf8(name));
+    return;
+  }
   const auto name = closest(reference.written, candidates(linked, reference));
   if (name) finding.suggest({inQuotes(*name)});
 }
@@ -129,7 +169,9 @@ int NamedElements::rankOf(const std::wstring& key) const {
   return at == ranks_.end() ? -1 : at->second;
 }
 
-bool hasSemicolon(const SourceLine& line) { return line.text.find(L';') != std::wstring::npos; }
+bool isUnsplit(const SourceLine& line) {
+  return line.text.find(L';') != std::wstring::npos || isSplitByBlanks(line);
+}
 
 bool isToolWord(const std::wstring& word) {
   static constexpr const wchar_t* kWords[] = {L"axe_outil", L"outil", L"tool", L"gun", L"gundrill"};

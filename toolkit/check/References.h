@@ -43,9 +43,9 @@ class NamedElements {
 /// element that stands below or that the prefix hides.
 Findings findingsFor(const Source& source, std::initializer_list<text::Keyword> keywords, Lost why);
 
-/// Whether a line has semicolons, most likely between its operands: that is told for the line, and
-/// what its operands are nobody knows.
-bool hasSemicolon(const SourceLine& line);
+/// Whether a line has semicolons or blanks alone, most likely between its operands: that is told
+/// for the line, and what its operands are nobody knows.
+bool isUnsplit(const SourceLine& line);
 
 /// Where a reference stands.
 Place placeOf(const Reference& reference);

@@ -7,8 +7,8 @@ namespace korvo::checking {
 std::vector<const Rule*> rules() {
   std::vector<const Rule*> all;
   for (const std::span<const Rule> table :
-       {fileRules(), operandRules(), axisRules(), limitRules(), structureRules(), settingRules(),
-        geometryRules(), unitRules(), solverRules()}) {
+       {fileRules(), operandRules(), misreadRules(), axisRules(), limitRules(), structureRules(),
+        settingRules(), geometryRules(), unitRules(), solverRules()}) {
     for (const Rule& rule : table) all.push_back(&rule);
   }
   return all;

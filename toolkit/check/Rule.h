@@ -69,6 +69,11 @@ struct Finding {
     return *this;
   }
 
+  Finding& advise(Words instead) {
+    advice = std::move(instead);
+    return *this;
+  }
+
   Finding& mend(Place gone, std::string text) {
     fix = Edit{gone, std::move(text)};
     return *this;
@@ -77,6 +82,7 @@ struct Finding {
   Place place;
   std::vector<Words> found;      ///< For the sentence's {0}, {1}, ...
   std::vector<Words> suggested;  ///< For the suggestion's; a suggestion with {0} needs it.
+  std::optional<Words> advice;   ///< Instead of the rule's suggestion, where that does not fit.
   std::optional<Edit> fix;       ///< Only what cannot do harm.
 };
 using Findings = std::vector<Finding>;
@@ -99,6 +105,7 @@ struct Rule {
 /// The tables by topic; each is defined in the file of rules/ that has its name.
 std::span<const Rule> fileRules();       ///< Encoding, length, keywords: is it what it looks like?
 std::span<const Rule> operandRules();    ///< Numbers, vectors, names of element lines.
+std::span<const Rule> misreadRules();    ///< Operands that are not read as they were meant.
 std::span<const Rule> axisRules();       ///< Numbers, names, directions of axes.
 std::span<const Rule> limitRules();      ///< Travels.
 std::span<const Rule> structureRules();  ///< Frame, part, tools, links, chains, hooks.

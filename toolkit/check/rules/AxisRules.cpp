@@ -41,8 +41,7 @@ std::vector<AxisLine> axesOf(const Source& source) {
   for (std::size_t i = 0; i < source.linked.elements.size(); ++i) {
     const KMachineElem& e = source.linked.elements[i];
     const SourceLine& line = *source.linked.declarations[i];
-    if (isAxis(e) && line.statement.hasOperandPart && !hasSemicolon(line))
-      axes.push_back({e, line});
+    if (isAxis(e) && line.statement.hasOperandPart && !isUnsplit(line)) axes.push_back({e, line});
   }
   return axes;
 }
@@ -85,27 +84,33 @@ Findings axisNumbersBelowOne(const Source& source) {
   return findings;
 }
 
+// Where a direction stands instead of the number a rule of its own says so.
 Findings axisPlaces(const Source& source) {
   if (source.format.version == 2) return {};
   Findings findings;
   for (const AxisLine& axis : axesOf(source)) {
     if (isMovingAxis(axis.element) || hasNumber(axis, source.format.version)) continue;
+    if (misreadOf(axis.line, source.format.version).why == Misreading::otherFormat) continue;
     findings.push_back(Finding(axis.placeOfName(), {axis.name()}));
   }
   return findings;
 }
 
-Findings axisNumbersTwice(const Source& source) {
+// In format 2 the name is the number: then the rule about names says it.
+Findings axesTwice(const Source& source, bool isByName) {
+  if (isByName != (source.format.version == 2)) return {};
   Findings findings;
   std::unordered_map<int, int> lineOf;
   for (const AxisLine& axis : movingAxesOf(source)) {
     const auto [first, isNew] = lineOf.emplace(axis.number(), axis.line.number);
     if (isNew) continue;
-    findings.push_back(
-        Finding(axis.placeOfNumber(source.format.version), {axis.number(), first->second}));
+    const Words which = isByName ? Words(axis.name()) : Words(axis.number());
+    findings.push_back(Finding(axis.placeOfNumber(source.format.version), {which, first->second}));
   }
   return findings;
 }
+
+Findings axisNumbersTwice(const Source& source) { return axesTwice(source, false); }
 
 // X is 1, Y 2, Z 3, A 4, B 5 and C 6, as format 2 has it: a machine without some of them leaves
 // their numbers out, and format 2 has no choice.
@@ -124,6 +129,7 @@ bool isHoleOfLetters(const AxisLine& before, const AxisLine& after) {
 Findings axisNumberGaps(const Source& source) {
   std::vector<AxisLine> axes = movingAxesOf(source);
   std::vector<const AxisLine*> sorted;
+  sorted.reserve(axes.size());
   for (const AxisLine& axis : axes) sorted.push_back(&axis);
   const auto rank = [](const AxisLine* a) { return std::pair(a->number(), a->line.number); };
   std::sort(sorted.begin(), sorted.end(),
@@ -166,8 +172,8 @@ Findings axisNamesUnknown(const Source& source) {
 
 // Of one number they are one axis twice, which is told by its own rule.
 Findings axisNamesTwice(const Source& source) {
+  Findings findings = axesTwice(source, true);
   std::unordered_map<std::wstring, AxisLine> firsts;
-  Findings findings;
   for (const AxisLine& axis : movingAxesOf(source)) {
     if (axis.element.getElemName().empty()) continue;
     const auto [at, isNew] = firsts.emplace(zgeo::UTools::_low(axis.element.getElemName()), axis);
@@ -254,18 +260,18 @@ constexpr Rule kRules[] = {
      .find = axisCount},
     {.code = "axis-place",
      .severity = Severity::warning,
-     .sentence = {"expected an axis number from 1 up (in version 2 a name X, Y, Z, A, B or C), "
-                  "found {0} without, which never moves",
-                  "numéro d'axe à partir de 1 attendu (en version 2 un nom X, Y, Z, A, B ou C), "
-                  "trouvé : {0} sans numéro, qui ne bouge jamais"},
-     .suggestion = {"write the number after the name: translation=W,4,z",
-                    "écrivez le numéro après le nom : translation=W,4,z"},
+     .sentence = {"expected an axis number from 1 up behind the name, found {0} without one, which "
+                  "never moves",
+                  "numéro d'axe à partir de 1 attendu après le nom, trouvé : {0} sans numéro, qui "
+                  "ne bouge jamais"},
+     .suggestion = {"write number and direction behind the name",
+                    "écrivez le numéro et la direction après le nom"},
      .meaning = {"An axis without a number from 1 up has no place in positions: it stands in the "
                  "chain, but no value moves it.",
                  "Un axe sans numéro à partir de 1 n'a pas de place dans les positions : il est "
                  "dans la chaîne, mais aucune valeur ne le déplace."},
-     .wrong = "translation=W,z\n",
-     .right = "translation=W,1,z\n",
+     .wrong = "translation=W,column.stl\n",
+     .right = "translation=W,1,z,column.stl\n",
      .exampleFormat = Format::version1,
      .find = axisPlaces},
     {.code = "axis-number-twice",

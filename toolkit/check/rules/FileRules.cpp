@@ -6,7 +6,7 @@
 #include "platform/text/Number.h"
 #include "toolkit/Text.h"
 #include "toolkit/check/Characters.h"
-#include "toolkit/check/Closest.h"
+#include "toolkit/check/MeantKeyword.h"
 #include "toolkit/check/Misread.h"
 #include "toolkit/check/Numbers.h"
 #include "toolkit/check/Operands.h"
@@ -65,7 +65,10 @@ Findings empty(const Source& source) {
   const Document& document = source.document;
   const bool isRead = source.unreadable.english.empty() && !document.isUtf16;
   if (!isRead || !document.lines.empty() || document.carriageReturns > 0) return {};
-  return {Finding({}, {document.lineCount})};
+  const std::string count = std::to_string(document.lineCount);
+  const bool isOne = document.lineCount == 1, isFew = document.lineCount < 2;
+  return {Finding(
+      {}, {Words(count + (isOne ? " line" : " lines"), count + (isFew ? " ligne" : " lignes"))})};
 }
 
 // What is lost may be a comment, or blanks at the end of a line of a fixed width.
@@ -84,59 +87,6 @@ Findings longLines(const Source& source) {
 }
 
 // --- keywords
-
-struct Foreign {
-  std::wstring_view word;
-  std::wstring_view keyword;
-};
-
-// Words that say what a keyword says, and are none.
-constexpr Foreign kForeign[] = {
-    {L"link", L"lien"},        {L"linear", L"translation"},    {L"rotary", L"rotation"},
-    {L"workpiece", L"part"},   {L"spindle", L"tool"},          {L"minimum", L"courseminimum"},
-    {L"broche", L"outil"},     {L"maximum", L"coursemaximum"}, {L"lineaire", L"translation"},
-    {L"rotatif", L"rotation"},
-};
-
-const std::vector<std::wstring>& keywords() {
-  static const std::vector<std::wstring> words = [] {
-    std::vector<std::wstring> all;
-    for (const text::KeywordRow& row : text::keywordTable()) all.emplace_back(row.word);
-    return all;
-  }();
-  return words;
-}
-
-// Whether the operands are those that a keyword can do something with.
-bool suits(const SourceLine& line, Keyword keyword) {
-  if (keyword == Keyword::frame || keyword == Keyword::part) return true;
-  if (line.statement.operands.empty()) return false;
-  const bool isSetting = keyword == Keyword::strategy || keyword == Keyword::mode;
-  return !isSetting || isWholeNumber(line.statement.operands[0].text);
-}
-
-std::wstring lowered(std::wstring word) {
-  for (wchar_t& c : word) c = c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + 32) : c;
-  return word;
-}
-
-// The keyword that an unknown one was meant to be.
-std::optional<std::wstring> meantKeyword(const SourceLine& line) {
-  const std::wstring word = lowered(line.statement.keyword.text);
-  std::optional<std::wstring> meant = closest(word, keywords());
-  for (const Foreign& row : kForeign) {
-    if (word == row.word) meant = std::wstring(row.keyword);
-  }
-  if (meant && !suits(line, text::keywordOf(*meant))) meant.reset();
-  return meant;
-}
-
-// Of a word of three letters one change leaves too little to be sure.
-bool isSlip(const std::wstring& word, const std::wstring& meant) {
-  const auto isNear = [&](const std::wstring& k) { return editDistance(word, k) == 1; };
-  return word.size() > 3 && isNear(meant) &&
-         std::count_if(keywords().begin(), keywords().end(), isNear) == 1;
-}
 
 // "tool z,0,0,0" and "tool: z,0,0,0"
 struct MissingEquals {
@@ -192,17 +142,23 @@ Findings equalsMissing(const Source& source) {
   return findings;
 }
 
+// "word=operands": a statement, whatever the word. Of several words it is a sentence.
+bool isStatement(const SourceLine& line) {
+  const text::Token& word = line.statement.keyword;
+  const bool isOneWord = line.placeOf(word).length == static_cast<int>(word.text.size());
+  return line.text.find(L'=') != std::wstring::npos && !word.text.empty() && isOneWord;
+}
+
 Findings unknownKeywords(const Source& source) {
   Findings findings;
   for (const SourceLine& line : source.document.lines) {
     if (line.keyword != Keyword::none || missingEquals(line)) continue;
-    const std::wstring& word = line.statement.keyword.text;
-    const std::optional<std::wstring> meant = meantKeyword(line);
-    if (!meant) continue;
+    const std::optional<MeantKeyword> meant = meantKeyword(line);
+    if (!meant && !isStatement(line)) continue;
     const Place place = line.placeOf(line.statement.keyword);
-    Finding finding(place, {inQuotes(word)});
-    finding.suggest({inQuotes(*meant)});
-    if (isSlip(word, *meant)) finding.mend(place, std::string(meant->begin(), meant->end()));
+    Finding finding(place, {inQuotes(line.statement.keyword.text)});
+    if (meant) finding.suggest({inQuotes(meant->word)});
+    if (meant && meant->isCertain) finding.mend(place, toUtf8(meant->word));
     findings.push_back(std::move(finding));
   }
   return findings;
@@ -218,6 +174,7 @@ Findings ignoredLines(const Source& source) {
   Findings findings;
   for (const SourceLine& line : source.document.lines) {
     if (line.keyword != Keyword::none || missingEquals(line) || meantKeyword(line)) continue;
+    if (isStatement(line)) continue;
     findings.push_back(
         Finding(line.placeOf(line.statement.keyword), {shortened(line.statement.keyword.text)}));
   }
@@ -304,7 +261,7 @@ std::vector<Named> namesOf(const Source& source, Role role) {
   for (const SourceLine& line : source.document.lines) {
     const std::vector<Step> steps = stepsOf(line, source.format.version);
     const Step* const step = stepOf(steps, role);
-    if (!step || step->count == 0) continue;
+    if (!step || step->count == 0 || isSplitByBlanks(line)) continue;
     const Named name{line, step->first};
     const std::wstring& text = name.token().text;
     if (!text.empty() && !isWholeNumber(text) && !isQuoted(text)) names.push_back(name);
@@ -335,13 +292,27 @@ bool isTorn(const Named& number) {
 Findings tornNumbers(const Source& source) {
   Findings findings;
   for (const SourceLine& line : source.document.lines) {
-    if (line.keyword == Keyword::none) continue;
+    if (line.keyword == Keyword::none || isSplitByBlanks(line)) continue;
     for (int i = 0; i < std::ssize(line.statement.operands); ++i) {
       const Named number{line, i};
       if (!number.hasBlanks() || !beginsAsNumber(number.token().text)) continue;
       if (!isTorn(number)) continue;
       findings.push_back(Finding(number.place(), {"'" + utf8OfLine(number.written()) + "'",
                                                   inQuotes(number.token().text)}));
+    }
+  }
+  return findings;
+}
+
+// Read as most people mean them, but blanks are also what is left of a lost comma.
+Findings spacedNumbers(const Source& source) {
+  Findings findings;
+  for (const SourceLine& line : source.document.lines) {
+    for (const Numeric& numeric : numbersOf(line, source.format.version)) {
+      const Named number{line, numeric.operand};
+      if (!number.hasBlanks() || isTorn(number) || !isWholeNumber(number.token().text)) continue;
+      findings.push_back(Finding(number.place(), {"'" + utf8OfLine(number.written()) + "'",
+                                                  utf8OfText(number.token().text)}));
     }
   }
   return findings;
@@ -443,8 +414,8 @@ constexpr Rule kRules[] = {
     {.code = "file-empty",
      .severity = Severity::error,
      .stage = Stage::file,
-     .sentence = {"expected the lines of a machine, found none among {0} lines",
-                  "lignes d'une machine attendues, trouvé : aucune sur {0} lignes"},
+     .sentence = {"expected the lines of a machine, found none among {0}",
+                  "lignes d'une machine attendues, trouvé : aucune sur {0}"},
      .suggestion = {"begin with one of the machines that \"korvo new\" prints",
                     "partez d'une des machines que « korvo new » affiche"},
      .meaning =
@@ -591,6 +562,20 @@ constexpr Rule kRules[] = {
      .wrong = "limits=X,-400 400\n",
      .right = "limits=X,-400,400\n",
      .find = tornNumbers},
+    {.code = "number-spaced",
+     .severity = Severity::note,
+     .sentence = {"expected a number without blanks, found {0}, which is read as {1}",
+                  "nombre sans blanc attendu, trouvé : {0}, lu comme {1}"},
+     .suggestion = {"remove the blank, or write a comma if there are two numbers",
+                    "supprimez le blanc, ou écrivez une virgule s'il y a deux nombres"},
+     .meaning = {"Every blank of a line is removed: 1 000 is 1000, and - 5 is -5. Most often that "
+                 "is what is meant; without the blank everyone who reads the file is sure of it.",
+                 "Tous les blancs d'une ligne sont retirés : 1 000 vaut 1000, et - 5 vaut -5. "
+                 "C'est le plus souvent ce qui est voulu ; sans le blanc, tout lecteur du fichier "
+                 "en est sûr."},
+     .wrong = "tool=z,0,0,1 000\n",
+     .right = "tool=z,0,0,1000\n",
+     .find = spacedNumbers},
     {.code = "file-name-utf8",
      .severity = Severity::warning,
      .sentence = {"expected a file name of ASCII letters, found {0}, which is looked for as {1}",

@@ -90,7 +90,8 @@ bool isWritten(const SourceLine& line, int operand) {
 // With semicolons or decimal commas the numbers are not those that were meant.
 bool isOtherwiseMeant(const SourceLine& line, int version) {
   const Misreading why = misreadOf(line, version).why;
-  return why == Misreading::semicolon || why == Misreading::decimalComma;
+  return why == Misreading::semicolon || why == Misreading::blanks ||
+         why == Misreading::decimalComma;
 }
 
 // The references of limit lines that found an axis.
@@ -198,11 +199,10 @@ bool isAscii(const std::string& text) {
 }
 
 // Both numbers of one line, the other way round, with what stands between them as it is.
-void mendSwapped(Finding& finding, const Travel& travel) {
-  const Place low = travel.line().placeOf(1), high = travel.line().placeOf(2);
+void mendSwapped(Finding& finding, const SourceLine& line) {
+  const Place low = line.placeOf(1), high = line.placeOf(2);
   const auto written = [&](int from, int to) {
-    return travel.line().raw.substr(static_cast<std::size_t>(from - 1),
-                                    static_cast<std::size_t>(to - from));
+    return line.raw.substr(static_cast<std::size_t>(from - 1), static_cast<std::size_t>(to - from));
   };
   const int lowEnd = low.column + low.length, highEnd = high.column + high.length;
   const std::string text =
@@ -215,16 +215,32 @@ bool isSwapped(const Travel& travel) {
 }
 
 // Of a rotary axis both ways round may be meant: 350 to 10 is a small arc, 10 to 350 the rest.
+Finding swappedFinding(const Travel& travel) {
+  Finding finding(travel.place(),
+                  {travel.name(), numberText(travel.minimum), numberText(travel.maximum)});
+  if (travel.minimum.line != travel.maximum.line) {
+    return finding.advise({"write a minimum below the maximum, or exchange the two numbers",
+                           "écrivez un minimum inférieur au maximum, ou échangez les deux "
+                           "nombres"});
+  }
+  if (!travel.isRotary()) mendSwapped(finding, travel.line());
+  return finding;
+}
+
+// Lines that are swapped in themselves, whether a later one replaces them or not, and ends of two
+// lines.
 Findings limitsSwapped(const Source& source) {
   Findings findings;
+  for (const Reference& r : limitedAxes(source)) {
+    const Ends ends = endsOf(*r.line);
+    const Travel travel{&source.linked.elements[static_cast<std::size_t>(r.element)], ends.minimum,
+                        ends.maximum};
+    if (isSwapped(travel)) findings.push_back(swappedFinding(travel));
+  }
   for (const Travel& travel : travelsOf(source)) {
-    if (!isSwapped(travel)) continue;
-    Finding finding(travel.place(),
-                    {travel.name(), numberText(travel.minimum), numberText(travel.maximum)});
-    if (travel.minimum.line == travel.maximum.line && !travel.isRotary()) {
-      mendSwapped(finding, travel);
+    if (isSwapped(travel) && travel.minimum.line != travel.maximum.line) {
+      findings.push_back(swappedFinding(travel));
     }
-    findings.push_back(std::move(finding));
   }
   return findings;
 }

@@ -19,16 +19,6 @@ using zkin::KMachineElem;
 namespace korvo::checking {
 namespace {
 
-// "1,0,0"
-std::string listOf(const SourceLine& line, int first, int count) {
-  std::wstring list;
-  for (int i = first; i < first + count; ++i) {
-    if (i > first) list += L',';
-    list += operandOf(line, i);
-  }
-  return inQuotes(list);
-}
-
 // Six digits, with a point whatever the host's locale.
 std::string shown(double value) {
   char text[32];
@@ -41,8 +31,9 @@ std::string shown(double value) {
 // Then the numbers are not those of these operands.
 bool isOtherwiseMeant(const SourceLine& line, int version) {
   const Misreading why = misreadOf(line, version).why;
-  return why == Misreading::semicolon || why == Misreading::otherFormat ||
-         why == Misreading::swallowedPoint || why == Misreading::shortVector;
+  return why == Misreading::semicolon || why == Misreading::blanks ||
+         why == Misreading::otherFormat || why == Misreading::swallowedPoint ||
+         why == Misreading::shortVector;
 }
 
 Findings partialNumbers(const Source& source) {
@@ -55,6 +46,26 @@ Findings partialNumbers(const Source& source) {
       if (isOtherwiseMeant(line, source.format.version)) break;
       findings.push_back(
           Finding(line.placeOf(number.operand), {inQuotes(text), toUtf8(text.substr(0, used))}));
+    }
+  }
+  return findings;
+}
+
+// "0x10" is 16 to the library, and most likely a slip of the pen for "0" and something.
+bool isHexadecimal(std::wstring_view text) {
+  if (text.starts_with(L'+') || text.starts_with(L'-')) text.remove_prefix(1);
+  return text.starts_with(L"0x") || text.starts_with(L"0X");
+}
+
+Findings hexadecimals(const Source& source) {
+  Findings findings;
+  for (const SourceLine& line : source.document.lines) {
+    for (const Numeric& number : numbersOf(line, source.format.version)) {
+      const std::wstring_view text = operandOf(line, number.operand);
+      double value = 0.0;
+      const text::Scan scan = text::scanDouble(text, value);
+      if (number.isInteger || !isHexadecimal(text) || scan.length < text.size()) continue;
+      findings.push_back(Finding(line.placeOf(number.operand), {inQuotes(text), shown(value)}));
     }
   }
   return findings;
@@ -79,95 +90,6 @@ Findings numbersNotFinite(const Source& source) {
   }
   return findings;
 }
-
-// --- what is not read as meant
-
-// Calls `report(line, misread)` for the lines that are misread for one reason.
-template <class Report>
-Findings misreads(const Source& source, Misreading why, const Report& report) {
-  Findings findings;
-  for (const SourceLine& line : source.document.lines) {
-    const Misread misread = misreadOf(line, source.format.version);
-    if (misread.why == why) findings.push_back(report(line, misread));
-  }
-  return findings;
-}
-
-Finding listed(const SourceLine& line, const Misread& misread) {
-  return Finding(line.placeOf(misread.first, misread.count),
-                 {listOf(line, misread.first, misread.count)});
-}
-
-Finding commaFinding(const SourceLine& line, const Misread& misread) {
-  const int first = misread.first, count = misread.count;
-  const std::wstring number = std::wstring(operandOf(line, misread.pair - 1)) + L'.' +
-                              std::wstring(operandOf(line, misread.pair));
-  const std::string many = std::to_string(misread.wanted);
-  const Words wanted = misread.wanted == 1 ? Words("one number", "un nombre")
-                                           : Words(many + " numbers", many + " nombres");
-  return Finding(line.placeOf(first, count), {wanted, listOf(line, first, count)})
-      .suggest({inQuotes(number)});
-}
-
-Findings decimalCommas(const Source& source) {
-  return misreads(source, Misreading::decimalComma, commaFinding);
-}
-
-// Commas in one of the operands would be decimal commas: then nobody knows which ones to change.
-Finding semicolonFinding(const SourceLine& line, const Misread& misread) {
-  const int all = static_cast<int>(line.statement.operands.size());
-  Finding finding = listed(line, misread);
-  if (all > 1) return finding;
-  const Place place = line.placeOf(0);
-  std::string mended = line.raw.substr(static_cast<std::size_t>(place.column - 1),
-                                       static_cast<std::size_t>(place.length));
-  std::replace(mended.begin(), mended.end(), ';', ',');
-  return finding.mend(place, mended);
-}
-
-Findings semicolons(const Source& source) {
-  return misreads(source, Misreading::semicolon, semicolonFinding);
-}
-
-Findings shortVectors(const Source& source) {
-  return misreads(source, Misreading::shortVector, listed);
-}
-
-Findings unreadVectors(const Source& source) {
-  return misreads(source, Misreading::unreadVector, listed);
-}
-
-Findings swallowedPoints(const Source& source) {
-  return misreads(source, Misreading::swallowedPoint, [](const SourceLine& line, const Misread& m) {
-    Place before = line.placeOf(m.first);
-    before.length = 0;
-    return listed(line, m).mend(before, "0,0,");
-  });
-}
-
-Findings frameDirections(const Source& source) {
-  return misreads(source, Misreading::frameDirection, listed);
-}
-
-Findings operandsAsFiles(const Source& source) {
-  return misreads(source, Misreading::operandAsFile, listed);
-}
-
-Findings colourParts(const Source& source) {
-  return misreads(source, Misreading::colourParts, listed);
-}
-
-Findings operandsLeft(const Source& source) { return misreads(source, Misreading::left, listed); }
-
-// When all axis lines are of the other format one finding says so for the file.
-Findings axesOfOtherFormat(const Source& source, int version) {
-  if (source.format.version != version) return {};
-  if (isOfOtherFormat(source.format, source.likely)) return {};
-  return misreads(source, Misreading::otherFormat, listed);
-}
-
-Findings unwantedNumbers(const Source& source) { return axesOfOtherFormat(source, 2); }
-Findings missingNumbers(const Source& source) { return axesOfOtherFormat(source, 1); }
 
 // --- directions
 
@@ -194,6 +116,7 @@ bool isMisreadDirection(const SourceLine& line, int version) {
   if (!direction || direction->count > 0) return false;
   switch (misreadOf(line, version).why) {
     case Misreading::semicolon:
+    case Misreading::blanks:
     case Misreading::quoted:
     case Misreading::otherFormat:
     case Misreading::shortVector:
@@ -286,7 +209,8 @@ Findings missingPoints(const Source& source) {
   Findings findings;
   for (const SourceLine& line : source.document.lines) {
     if (line.keyword != Keyword::rotaryAxis || !hasNoPoint(line, source.format.version)) continue;
-    findings.push_back(Finding({line.number}, {inQuotes(operandOf(line, 0))}));
+    findings.push_back(
+        Finding(line.placeOf(line.statement.keyword), {inQuotes(operandOf(line, 0))}));
   }
   return findings;
 }
@@ -398,6 +322,20 @@ constexpr Rule kRules[] = {
      .wrong = "tool=z,0,0,1O0\n",
      .right = "tool=z,0,0,100\n",
      .find = partialNumbers},
+    {.code = "number-hexadecimal",
+     .severity = Severity::warning,
+     .sentence = {"expected a decimal number, found {0}, which is read as {1}",
+                  "nombre décimal attendu, trouvé : {0}, lu comme {1}"},
+     .suggestion = {"write digits with at most one decimal point",
+                    "écrivez des chiffres avec au plus un point décimal"},
+     .meaning = {"Numbers that begin with 0x are read in base 16: 0x10 is 16. Nobody writes places "
+                 "or travels so; a letter has come between the digits.",
+                 "Les nombres qui commencent par 0x sont lus en base 16 : 0x10 vaut 16. Personne "
+                 "n'écrit ainsi une position ou une course ; une lettre s'est glissée entre les "
+                 "chiffres."},
+     .wrong = "tool=z,0,0,0x10\n",
+     .right = "tool=z,0,0,10\n",
+     .find = hexadecimals},
     {.code = "number-not-finite",
      .severity = Severity::error,
      .sentence = {"expected a finite number, found {0}", "nombre fini attendu, trouvé : {0}"},
@@ -411,94 +349,6 @@ constexpr Rule kRules[] = {
      .wrong = "tool=z,0,0,1e999\n",
      .right = "tool=z,0,0,999\n",
      .find = numbersNotFinite},
-    {.code = "decimal-comma",
-     .severity = Severity::error,
-     .sentence = {"expected {0}, found more, as if {1} had a decimal comma",
-                  "attendu : {0} ; trouvé : davantage, comme si {1} avait une virgule décimale"},
-     .suggestion = {"write a decimal point: {0}", "écrivez un point décimal : {0}"},
-     .meaning = {"A comma always separates two operands. A number with a decimal comma is read as "
-                 "two: its decimals become the next number, all others move on by one place, and "
-                 "the last one is taken for the name of a geometry file.",
-                 "Une virgule sépare toujours deux opérandes. Un nombre à virgule décimale est lu "
-                 "comme deux : ses décimales deviennent le nombre suivant, les autres se décalent "
-                 "d'une place, et le dernier est pris pour un nom de fichier de géométrie."},
-     .wrong = "tool=z,0,0,100,5\n",
-     .right = "tool=z,0,0,100.5\n",
-     .find = decimalCommas},
-    {.code = "operand-semicolon",
-     .severity = Severity::error,
-     .sentence = {"expected commas between operands, found semicolons in {0}",
-                  "virgules attendues entre les opérandes, trouvé : points-virgules dans {0}"},
-     .suggestion = {"write commas, and decimal points in numbers",
-                    "écrivez des virgules, et des points décimaux dans les nombres"},
-     .meaning = {"Only a comma separates operands. What stands between two commas is one operand "
-                 "to the library, whatever else is in it: a name that nothing has, or a number of "
-                 "which only the beginning is read.",
-                 "Seule une virgule sépare des opérandes. Ce qui est entre deux virgules est un "
-                 "seul opérande, quoi qu'il contienne : un nom que rien ne porte, ou un nombre "
-                 "dont seul le début est lu."},
-     .wrong = "tool=z;0;0;100\n",
-     .right = "tool=z,0,0,100\n",
-     .find = semicolons},
-    {.code = "axis-number-unwanted",
-     .severity = Severity::error,
-     .sentence =
-         {"expected a direction behind the axis name in format 2, found the axis number {0}",
-          "direction attendue après le nom de l'axe au format 2, trouvé : le numéro {0}"},
-     .suggestion = {"remove the number", "supprimez le numéro"},
-     .meaning =
-         {"In format 2 the name X, Y, Z, A, B or C stands for the axis number, and the "
-          "direction comes at once. With a number in front of it the direction is lost.",
-          "Au format 2 le nom X, Y, Z, A, B ou C tient lieu de numéro d'axe, et la direction "
-          "suit aussitôt. Avec un numéro devant elle, la direction est perdue."},
-     .wrong = "axis=X,x\naxis=Y,y\naxis=Z,3,z\n",
-     .right = "axis=X,x\naxis=Y,y\naxis=Z,z\n",
-     .exampleFormat = Format::version2,
-     .find = unwantedNumbers},
-    {.code = "axis-number-missing",
-     .severity = Severity::error,
-     .sentence = {"expected an axis number behind the axis name in format 1, found the direction "
-                  "{0}",
-                  "numéro d'axe attendu après le nom de l'axe au format 1, trouvé : la direction "
-                  "{0}"},
-     .suggestion = {"write the axis number between name and direction",
-                    "écrivez le numéro d'axe entre le nom et la direction"},
-     .meaning =
-         {"In format 1 the first integer behind the name is the axis number. When that is "
-          "the first number of the direction, the axis gets a wrong number and no direction.",
-          "Au format 1 le premier entier après le nom est le numéro d'axe. Quand c'est le "
-          "premier nombre de la direction, l'axe a un faux numéro et pas de direction."},
-     .wrong = "axis=X,1,1,0,0\naxis=Y,2,0,1,0\naxis=Z,0,0,1\n",
-     .right = "axis=X,1,1,0,0\naxis=Y,2,0,1,0\naxis=Z,3,0,0,1\n",
-     .exampleFormat = Format::version1,
-     .find = missingNumbers},
-    {.code = "vector-two-numbers",
-     .severity = Severity::error,
-     .sentence = {"expected a direction or point of three numbers, found only {0}",
-                  "direction ou point de trois nombres attendu, trouvé seulement : {0}"},
-     .suggestion = {"write all three numbers, zeros too",
-                    "écrivez les trois nombres, zéros compris"},
-     .meaning = {"One or two numbers are no direction and no point. The library leaves it at "
-                 "(0, 0, 0) and takes the first of the numbers for the name of a geometry file.",
-                 "Un ou deux nombres ne font ni direction ni point. La bibliothèque laisse "
-                 "(0, 0, 0) et prend le premier nombre pour un nom de fichier de géométrie."},
-     .wrong = "tool=z,0,100\n",
-     .right = "tool=z,0,0,100\n",
-     .find = shortVectors},
-    {.code = "vector-unread",
-     .severity = Severity::error,
-     .sentence = {"expected x, y, z, -x, -y, -z or three numbers, found {0}",
-                  "x, y, z, -x, -y, -z ou trois nombres attendus, trouvé : {0}"},
-     .suggestion = {"write one of the words, or three numbers with commas between them",
-                    "écrivez un des mots, ou trois nombres séparés par des virgules"},
-     .meaning = {"The library reads a direction or point here. What is neither stays where it is "
-                 "and is taken for the name of a geometry file; direction or point are (0, 0, 0).",
-                 "La bibliothèque lit ici une direction ou un point. Ce qui n'est ni l'un ni "
-                 "l'autre est pris pour un nom de fichier de géométrie ; la direction ou le point "
-                 "vaut (0, 0, 0)."},
-     .wrong = "tool=up,0,0,100\n",
-     .right = "tool=z,0,0,100\n",
-     .find = unreadVectors},
     {.code = "axis-direction",
      .severity = Severity::warning,
      .sentence = {"expected a direction for every axis, found {0} for {1}",
@@ -542,21 +392,6 @@ constexpr Rule kRules[] = {
      .wrong = "tool=0.6,0,0.9,0,0,0\n",
      .right = "tool=0.6,0,0.8,0,0,0\n",
      .find = directionsNotUnit},
-    {.code = "rotary-point-swallowed",
-     .severity = Severity::error,
-     .sentence = {"expected two integers and a point, found the point {0} alone",
-                  "deux entiers et un point attendus, trouvé : le point {0} seul"},
-     .suggestion = {"write two integers in front of the point, such as 0,0",
-                    "écrivez deux entiers devant le point, par exemple 0,0"},
-     .meaning = {"In front of the point of a rotary axis the library skips two integers. Without "
-                 "them it skips the first two numbers of the point, and the third alone is none: "
-                 "the axis is laid through (0, 0, 0).",
-                 "Devant le point d'un axe rotatif la bibliothèque saute deux entiers. Sans eux "
-                 "elle saute les deux premiers nombres du point, et le troisième seul n'en est pas "
-                 "un : l'axe passe par (0, 0, 0)."},
-     .wrong = "rotation=B,y,0,0,100\n",
-     .right = "rotation=B,y,0,0,0,0,100\n",
-     .find = swallowedPoints},
     {.code = "rotary-point-missing",
      .severity = Severity::note,
      .sentence = {"expected a point on the axis {0}, found none",
@@ -570,66 +405,6 @@ constexpr Rule kRules[] = {
      .wrong = "rotation=C,z\n",
      .right = "rotation=C,z,0,0,0,0,0\n",
      .find = missingPoints},
-    {.code = "frame-direction",
-     .severity = Severity::warning,
-     .sentence = {"expected a geometry file or nothing on the frame line of format 1, found {0}",
-                  "fichier de géométrie ou rien attendu sur la ligne de bâti au format 1, trouvé : "
-                  "{0}"},
-     .suggestion = {"remove it, or load the file as format 2",
-                    "supprimez-le, ou chargez le fichier au format 2"},
-     .meaning = {"Only in format 2 does a frame begin with a direction. In format 1 what stands "
-                 "there is taken for the name of a geometry file.",
-                 "Un bâti ne commence par une direction qu'au format 2. Au format 1 ce qui est là "
-                 "est pris pour un nom de fichier de géométrie."},
-     .wrong = "frame=z\n",
-     .right = "frame\n",
-     .exampleFormat = Format::version1,
-     .find = frameDirections},
-    {.code = "file-is-number",
-     .severity = Severity::warning,
-     .sentence = {"expected a geometry file or nothing more, found {0}",
-                  "fichier de géométrie ou rien de plus attendu, trouvé : {0}"},
-     .suggestion = {"remove it; behind directions and points only a file and its colour may stand",
-                    "supprimez-le ; après les directions et les points il n'y a place que pour un "
-                    "fichier et sa couleur"},
-     .meaning = {"All directions and points of the line are read, so what comes next is taken for "
-                 "the name of a geometry file. A number or direction there means that the line has "
-                 "one too many, or that an operand in front of it is not what it was meant to be.",
-                 "Toutes les directions et tous les points de la ligne sont lus : ce qui suit est "
-                 "pris pour un nom de fichier de géométrie. Un nombre ou une direction signifie "
-                 "que la ligne en a un de trop, ou qu'un opérande précédent n'est pas ce qu'il "
-                 "devait être."},
-     .wrong = "tool=z,0,0,0,0\n",
-     .right = "tool=z,0,0,0\n",
-     .find = operandsAsFiles},
-    {.code = "operands-left",
-     .severity = Severity::warning,
-     .sentence = {"expected no more operands, found {0}",
-                  "plus aucun opérande attendu, trouvé : {0}"},
-     .suggestion = {"remove them, or write them on a line of their own",
-                    "supprimez-les, ou écrivez-les sur une ligne à part"},
-     .meaning = {"Nothing of the library reads these operands. Most often one in front of them is "
-                 "too many, so that the others are not where they belong.",
-                 "Rien dans la bibliothèque ne lit ces opérandes. Le plus souvent il y en a un de "
-                 "trop avant eux, et les autres ne sont plus à leur place."},
-     .wrong = "axis=X,1,x,slide.stl,200,200,200,250\n",
-     .right = "axis=X,1,x,slide.stl,200,200,200\n",
-     .find = operandsLeft},
-    {.code = "colour-partial",
-     .severity = Severity::warning,
-     .sentence = {"expected three integers for the colour behind the file, found {0}",
-                  "trois entiers attendus pour la couleur après le fichier, trouvé : {0}"},
-     .suggestion = {"write red, green and blue, each from 0 to 255, or none of them",
-                    "écrivez rouge, vert et bleu, chacun de 0 à 255, ou aucun"},
-     .meaning = {"With fewer than three operands behind the file the body is light grey. Of three "
-                 "or more that are not all numbers the parts that cannot be read are 0, and the "
-                 "others are not where they belong.",
-                 "Avec moins de trois opérandes après le fichier, le corps est gris clair. De "
-                 "trois ou plus qui ne sont pas tous des nombres, les parties illisibles valent 0, "
-                 "et les autres ne sont plus à leur place."},
-     .wrong = "geom=head.stl,255,0\n",
-     .right = "geom=head.stl,255,0,0\n",
-     .find = colourParts},
     {.code = "colour-range",
      .severity = Severity::warning,
      .sentence = {"expected a part of a colour from 0 to 255, found {0}",

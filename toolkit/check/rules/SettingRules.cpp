@@ -51,7 +51,7 @@ Findings rotationPointsShort(const Source& source) {
   for (const SourceLine& line : source.document.lines) {
     if (line.keyword != Keyword::rotationPoint || !line.statement.hasOperandPart) continue;
     const std::size_t count = line.statement.operands.size();
-    if (count >= wanted || wanted > kMaxAxes || hasSemicolon(line)) continue;
+    if (count >= wanted || wanted > kMaxAxes || isUnsplit(line)) continue;
     findings.push_back(Finding(line.placeOf(static_cast<int>(count)),
                                {static_cast<int>(wanted), static_cast<int>(count)}));
   }
@@ -164,7 +164,7 @@ Findings collisionsShort(const Source& source) {
   Findings findings;
   for (const SourceLine& line : source.document.lines) {
     if (line.keyword != Keyword::collision || line.statement.operands.size() != 1) continue;
-    if (hasSemicolon(line)) continue;
+    if (isUnsplit(line)) continue;
     findings.push_back(Finding(line.placeOf(1), {inQuotes(line.statement.operands[0].text)}));
   }
   return findings;
@@ -204,7 +204,7 @@ std::vector<Pair> pairsOf(const Source& source) {
   for (const Reference& r : references) {
     if (!isCollision(r)) continue;
     if (r.operand == 0) first = &r;
-    if (r.operand == 0) continue;
+    if (r.operand == 0 || !first) continue;
     pairs.push_back({*first, r, bodyOf(*first, firstTool), bodyOf(r, firstTool)});
   }
   return pairs;

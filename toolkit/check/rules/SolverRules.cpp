@@ -186,6 +186,7 @@ Findings senses(const Source& source, View& view) {
   Findings findings;
   for (const StandingAxis& axis : view.rotary) {
     const KMachineElem* e = axis.element;
+    if (axis.direction.norm2() < 0.5) continue;  // none: that is told
     const RotaryBody body = e->isInverted() ? RotaryBody::table : RotaryBody::head;
     const RotarySense sense = rotarySense(toUtf8(e->getElemName()), e->getElemAxis(), body);
     if (sense.isIso841) continue;

@@ -45,13 +45,27 @@ Findings elementCycles(const Source& source) {
   return findings;
 }
 
+const SourceLine& declarationOf(const LinkedElements& linked, int rank) {
+  return *linked.declarations[static_cast<std::size_t>(rank)];
+}
+
+Place placeOfKeyword(const SourceLine& line) { return line.placeOf(line.statement.keyword); }
+
+// The second element of a kind of which a machine has one.
+Finding anotherOne(const LinkedElements& linked, KMachineElem::KME_TYPE type, int firstLine) {
+  int rank = rankOf(linked, type) + 1;
+  while (linked.elements[static_cast<std::size_t>(rank)].getElemType() != type) ++rank;
+  const std::string first = std::to_string(firstLine);
+  return Finding(placeOfKeyword(declarationOf(linked, rank)),
+                 {Words("another one, after line " + first, "une autre, après la ligne " + first)})
+      .advise({"remove this line, or the other one", "supprimez cette ligne, ou l'autre"});
+}
+
 Findings exactlyOne(const LinkedElements& linked, KMachineElem::KME_TYPE type) {
   const std::vector<int> lines = linesOf(linked, type);
   if (lines.size() == 1) return {};
-  if (lines.empty()) return {Finding({}, {Words("none", "aucun")})};
-  const std::string first = std::to_string(lines[0]);
-  return {Finding({lines[1]}, {Words("another one, after line " + first,
-                                     "un autre, après la ligne " + first)})};
+  if (!lines.empty()) return {anotherOne(linked, type, lines[0])};
+  return {Finding({}, {Words("none", "aucune")})};
 }
 
 Findings oneFrame(const Source& source) {
@@ -71,12 +85,6 @@ Findings someTool(const Source& source) {
 
 // Tools and guns share the numbers 1 to 100.
 constexpr int kMaxTools = 100;
-
-Place placeOfKeyword(const SourceLine& line) { return line.placeOf(line.statement.keyword); }
-
-const SourceLine& declarationOf(const LinkedElements& linked, int rank) {
-  return *linked.declarations[static_cast<std::size_t>(rank)];
-}
 
 const SourceLine& partLine(const LinkedElements& linked) {
   return declarationOf(linked, rankOf(linked, KMachineElem::KMET_TYPE_PART));
@@ -226,7 +234,7 @@ Findings loopPoints(const Source& source) {
     const std::vector<text::Token>& operands = r.line->statement.operands;
     const bool isBare = std::all_of(operands.begin() + 1, operands.end(),
                                     [](const text::Token& t) { return t.text.empty(); });
-    if (isBare && !hasSemicolon(*r.line))
+    if (isBare && !isUnsplit(*r.line))
       findings.push_back(Finding(r.line->placeOf(1), {inQuotes(r.written)}));
   }
   return findings;
@@ -354,7 +362,7 @@ constexpr Rule kRules[] = {
     {.code = "link-unknown",
      .severity = Severity::error,
      .sentence = {"expected a link to an element of the file, found {0}",
-                  "lien à un élément du fichier attendu, trouvé : {0}"},
+                  "lien vers un élément du fichier attendu, trouvé : {0}"},
      .suggestion = {"did you mean {0}?", "vouliez-vous dire {0} ?"},
      .meaning = {"A link to nothing leaves the next element where it would hang without the line, "
                  "on the one above. Worse, a part that follows turns its chain around up to the "
@@ -368,7 +376,7 @@ constexpr Rule kRules[] = {
     {.code = "link-before",
      .severity = Severity::error,
      .sentence = {"expected a link to an element above, found {0}, which line {1} declares",
-                  "lien à un élément placé au-dessus attendu, trouvé : {0}, déclaré à la ligne "
+                  "lien vers un élément placé au-dessus attendu, trouvé : {0}, déclaré à la ligne "
                   "{1}"},
      .suggestion = {"move the link below the line of the element",
                     "placez le lien sous la ligne de l'élément"},

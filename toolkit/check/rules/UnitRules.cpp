@@ -53,6 +53,28 @@ std::string limitsTimes(const Travel& travel, double factor) {
 
 // --- radians
 
+// How far radians of two decimals are off (radians).
+constexpr double kTwoDecimals = 0.005;
+
+bool isNearStep(double degrees, double step) {
+  return std::abs(degrees - std::round(degrees / step) * step) <= kTwoDecimals * 180 / kPi;
+}
+
+// What degrees rounded radians stand for: multiples of 5 as far as they are near.
+double meantDegrees(double radians) {
+  const double degrees = radians * 180 / kPi;
+  if (isNearStep(degrees, 5.0)) return std::round(degrees / 5.0) * 5.0;
+  return std::round(degrees * 1e3) / 1e3;
+}
+
+std::string limitsInDegrees(const Travel& travel) {
+  std::string text;
+  for (const std::optional<double>& limit : {travel.min, travel.max}) {
+    if (limit) appendWord(text, words(meantDegrees(*limit)));
+  }
+  return text;
+}
+
 // A multiple of a half, third, quarter or sixth of a half turn, in radians as people round them:
 // 3.14, 1.57, 0.785, 1.047. Whole numbers are degrees.
 bool looksLikeRadians(double value) {
@@ -65,6 +87,23 @@ bool looksLikeRadians(double value) {
   return false;
 }
 
+// Other degrees that people write, in radians of two decimals or more: 1.92 for 110 degrees. Two
+// ends that are so, alike or with a zero, are no fine tilt in degrees; quarters are.
+bool isOtherRadians(double value) {
+  const double degrees = std::abs(value) * 180 / kPi;
+  const bool isRound = std::abs(value) >= kPi / 6 && std::abs(value) <= 2 * kPi &&
+                       (isNearStep(degrees, 10.0) || isNearStep(degrees, 15.0));
+  const bool hasTwoDecimals = std::abs(value * 10 - std::round(value * 10)) > 1e-6;
+  return isRound && hasTwoDecimals && !isWhole(value * 4);
+}
+
+bool areOtherRadians(const Travel& travel) {
+  if (!travel.min || !travel.max) return false;
+  const double min = *travel.min, max = *travel.max;
+  if (min == 0.0) return isOtherRadians(max);
+  return isOtherRadians(min) && (max == 0.0 || max == -min);
+}
+
 bool isWithinATurn(const std::optional<double>& limit) {
   return !limit || std::abs(*limit) <= 2 * kPi * 1.01;
 }
@@ -72,14 +111,16 @@ bool isWithinATurn(const std::optional<double>& limit) {
 Findings radians(const Source& source) {
   Findings findings;
   for (const Travel& travel : travelsOf(source)) {
-    const bool isMin = travel.min && looksLikeRadians(*travel.min);
-    const bool isMax = travel.max && looksLikeRadians(*travel.max);
+    const bool areOthers = areOtherRadians(travel);
+    const bool isMin =
+        travel.min && (looksLikeRadians(*travel.min) || (areOthers && *travel.min != 0.0));
+    const bool isMax = travel.max && (looksLikeRadians(*travel.max) || areOthers);
     if (!isOfType(source, travel, KMachineElem::KMET_TYPE_AROT) || (!isMin && !isMax)) continue;
     if (!isWithinATurn(travel.min) || !isWithinATurn(travel.max)) continue;
     const std::string name = inQuotes(elementOf(source, travel.rank).getElemName());
     findings.push_back(
         Finding(isMin ? travel.minPlace : travel.maxPlace, {limitsTimes(travel, 1.0), name}));
-    findings.back().suggest({limitsTimes(travel, 180 / kPi)});
+    findings.back().suggest({limitsInDegrees(travel)});
   }
   return findings;
 }
