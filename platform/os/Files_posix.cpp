@@ -136,6 +136,11 @@ File openRead(const std::wstring& path) {
   return file;
 }
 
+std::int64_t sizeOf(std::FILE* file) {
+  struct stat status;
+  return fstat(fileno(file), &status) == 0 ? status.st_size : -1;
+}
+
 int _waccess(const wchar_t* path, int mode) {
   if (path == nullptr) return -1;
   if (mode == 0) return find(path) ? 0 : -1;

@@ -43,6 +43,8 @@ File openRead(const std::wstring& path) {
   return file;
 }
 
+std::int64_t sizeOf(std::FILE* file) { return _filelengthi64(_fileno(file)); }
+
 std::optional<std::string> resolve(const std::wstring& path) {
   if (!openRead(path)) return std::nullopt;
   const int wide = static_cast<int>(path.size());
