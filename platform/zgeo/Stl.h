@@ -26,7 +26,8 @@ bool readText(std::FILE* file, std::uint64_t size, std::vector<UTri>& out, bool&
 /// Whether a text that begins with `head` is an ASCII STL file.
 bool isText(std::string_view head);
 
-/// Whether `bytes` hold no control character but white space.
+/// Whether `bytes` hold no control character but white space, and no FF: no text has that, while
+/// programs that do not know their count write four of them.
 bool isPlain(std::string_view bytes);
 
 }  // namespace zgeo::stl

@@ -258,13 +258,15 @@ std::string_view withoutMark(std::string_view head) {
 }  // namespace
 
 bool isPlain(std::string_view bytes) {
-  return std::ranges::all_of(
-      bytes, [](char c) { return static_cast<unsigned char>(c) >= ' ' || isSpace(c); });
+  return std::ranges::all_of(bytes, [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return (byte >= ' ' && byte < 0xFF) || isSpace(c);
+  });
 }
 
 bool isText(std::string_view head) {
-  // The header, the count and a record of a binary file that says "solid facet" are hardly plain.
-  if (!isPlain(head.substr(0, kRecordsAt + kRecordSize))) return false;
+  // A binary file whose header says "solid facet" still has a count, which is hardly four letters.
+  if (head.size() >= kRecordsAt && !isPlain(head.substr(kHeaderSize, 4))) return false;
   Words words(withoutMark(head));
   if (!words.find() || !words.take(kSolid)) return false;
   while (words.find()) {
