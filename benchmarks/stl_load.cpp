@@ -88,6 +88,7 @@ void writeText(const std::string& path, std::uint32_t count) {
 class Mapped {
  public:
   explicit Mapped(const std::string& path) : descriptor_(open(path.c_str(), O_RDONLY)) {
+    if (descriptor_ < 0) std::abort();
     struct stat status{};
     fstat(descriptor_, &status);
     size_ = static_cast<std::size_t>(status.st_size);

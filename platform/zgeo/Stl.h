@@ -19,8 +19,9 @@ inline constexpr std::size_t kHeaderSize = 80, kRecordsAt = 84, kRecordSize = 50
 /// to check. Lets std::bad_alloc through.
 bool readBinary(std::FILE* file, std::uint64_t count, std::vector<UTri>& out);
 
-/// Appends the whole and finite facets of a text of `size` bytes from its beginning; false when the
-/// system failed to read. `hasFacet` says whether any facet was there. Lets std::bad_alloc through.
+/// Appends the whole and finite facets of a text of `size` bytes from where `file` stands; false
+/// when the system failed to read. `hasFacet` says whether any facet was there. Lets std::bad_alloc
+/// through.
 bool readText(std::FILE* file, std::uint64_t size, std::vector<UTri>& out, bool& hasFacet);
 
 /// Whether a text that begins with `head` is an ASCII STL file.

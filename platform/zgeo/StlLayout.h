@@ -36,11 +36,10 @@ class Layout {
   const char* take(const char* at, const char* end, double (&x)[9]) const {
     at = skip(kOpening, at, end);
     for (int i = 0; i < 3 && at != nullptr; ++i) at = skipNumber(at, end);
-    for (int i = 0; i < 3 && at != nullptr; ++i) {
-      at = skip(static_cast<Text>(kVertex1 + i), at, end);
-      for (double* to = x + 3 * i; to != x + 3 * i + 3 && at != nullptr; ++to) {
-        at = takeNumber(at, end, *to);
-      }
+    double* to = x;
+    for (const Text text : {kVertex1, kVertex2, kVertex3}) {
+      at = skip(text, at, end);
+      for (int i = 0; i < 3 && at != nullptr; ++i) at = takeNumber(at, end, *to++);
     }
     at = skip(kClosing, at, end);
     return at != nullptr && at != end && isSpace(*at) ? at : nullptr;

@@ -221,7 +221,7 @@ class Facets {
 /// The bytes of a file, block by block.
 class Blocks {
  public:
-  explicit Blocks(std::FILE* file) : file_(file) { std::rewind(file); }
+  explicit Blocks(std::FILE* file) : file_(file) {}
 
   /// Reads on behind the last `kept` bytes of the block before, and gives both.
   std::string_view next(std::size_t kept) {

@@ -41,29 +41,35 @@ Binary binaryOf(std::string_view head, std::uint64_t size) {
   return binary;
 }
 
-bool readBinary(std::FILE* file, std::uint64_t count, std::vector<UTri>& out) {
-  return std::fseek(file, stl::kRecordsAt, SEEK_SET) == 0 && stl::readBinary(file, count, out);
-}
+bool isAt(std::FILE* file, long place) { return std::fseek(file, place, SEEK_SET) == 0; }
 
 int resultOf(bool isRead, bool isAnnounced, const std::vector<UTri>& out) {
   if (!isRead) return UTri::STL_READ_ERROR;
   return isAnnounced && out.empty() ? UTri::STL_NO_TRIANGLE : UTri::STL_LOADED;
 }
 
+int loadText(std::FILE* file, std::uint64_t size, std::vector<UTri>& out) {
+  bool hasFacet = false;
+  const bool isRead = isAt(file, 0) && stl::readText(file, size, out, hasFacet);
+  return resultOf(isRead, hasFacet, out);
+}
+
+int loadBinary(std::FILE* file, const Binary& binary, std::vector<UTri>& out) {
+  const bool isRead = isAt(file, stl::kRecordsAt) && stl::readBinary(file, binary.readable(), out);
+  return resultOf(isRead, binary.count > 0, out);
+}
+
 int load(std::FILE* file, std::vector<UTri>& out) {
   const std::int64_t size = korvo::os::sizeOf(file);
   const Head head(file);
   if (size < 0 || std::ferror(file) != 0) return UTri::STL_READ_ERROR;
-  const Binary binary = binaryOf(head.bytes(), static_cast<std::uint64_t>(size));
-  if (!binary.isExact && stl::isText(head.bytes())) {
-    bool hasFacet = false;
-    const bool isRead = stl::readText(file, static_cast<std::uint64_t>(size), out, hasFacet);
-    return resultOf(isRead, hasFacet, out);
-  }
+  const auto fileSize = static_cast<std::uint64_t>(size);
+  const Binary binary = binaryOf(head.bytes(), fileSize);
+  if (binary.isExact) return loadBinary(file, binary, out);
+  if (stl::isText(head.bytes())) return loadText(file, fileSize, out);
   // Another kind of text would make triangles out of its letters.
-  const bool isBinary = head.bytes().size() >= stl::kRecordsAt && !stl::isPlain(head.bytes());
-  if (!binary.isExact && !isBinary) return UTri::STL_NO_STL;
-  return resultOf(readBinary(file, binary.readable(), out), binary.count > 0, out);
+  const bool isOther = head.bytes().size() < stl::kRecordsAt || stl::isPlain(head.bytes());
+  return isOther ? UTri::STL_NO_STL : loadBinary(file, binary, out);
 }
 
 }  // namespace
