@@ -1,8 +1,5 @@
 // A whole STL file. What loads is finite, fits the file, and of a text it is what a reader of words
 // and sscanf finds; what does not load leaves an empty list.
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -10,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/MemoryFile.h"
 #include "platform/zgeo/UTri.h"
 #include "tests/support/StlReference.h"
 
@@ -17,23 +15,6 @@ namespace {
 
 using zgeo::UTri;
 using zgeo::UVec3d;
-
-/// A file in memory with a path of its own.
-class MemoryFile {
- public:
-  MemoryFile(const std::uint8_t* data, std::size_t size) : descriptor_(memfd_create("stl", 0)) {
-    if (descriptor_ < 0 || write(descriptor_, data, size) != static_cast<ssize_t>(size))
-      std::abort();
-  }
-  ~MemoryFile() { close(descriptor_); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  std::wstring path() const { return L"/proc/self/fd/" + std::to_wstring(descriptor_); }
-
- private:
-  int descriptor_;
-};
 
 void require(bool holds) {
   if (!holds) std::abort();
@@ -58,9 +39,10 @@ bool isText(const std::string& bytes) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const MemoryFile file(data, size);
+  const korvo::fuzz::MemoryFile file(data, size);
+  const std::string path = file.path();
   std::vector<UTri> triangles(3);
-  const int code = UTri::_loadSTL(file.path(), triangles);
+  const int code = UTri::_loadSTL(std::wstring(path.begin(), path.end()), triangles);
   require(code <= UTri::STL_LOADED && code >= UTri::STL_NO_MEMORY);
   require(code == UTri::STL_LOADED || triangles.empty());
   require(triangles.size() * 50 <= size);
