@@ -33,6 +33,9 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 /// The descriptor is closed in child programs.
 File openRead(const std::wstring& path);
 
+/// The same at exactly this narrow path, with none of the other readings (UTF-8 on Windows).
+File openRead(const std::string& path);
+
 /// The narrow path that `openRead` would open; nothing when there is no such regular file.
 std::optional<std::string> resolve(const std::wstring& path);
 

@@ -128,8 +128,11 @@ std::optional<std::string> resolve(const std::wstring& path) {
 
 File openRead(const std::wstring& path) {
   const std::optional<std::string> found = resolve(path);
-  if (!found) return nullptr;
-  const int descriptor = openDescriptor(*found);
+  return found ? openRead(*found) : nullptr;
+}
+
+File openRead(const std::string& path) {
+  const int descriptor = openDescriptor(path);
   if (descriptor < 0) return nullptr;
   File file(isRegular(descriptor) ? fdopen(descriptor, "rb") : nullptr);
   if (!file) close(descriptor);

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include "platform/os/Files.h"
+#include "platform/os/Names.h"
 
 namespace korvo::os {
 namespace {
@@ -42,6 +43,8 @@ File openRead(const std::wstring& path) {
   if (!file) _close(descriptor);
   return file;
 }
+
+File openRead(const std::string& path) { return openRead(charactersOf(path)); }
 
 std::optional<std::string> resolve(const std::wstring& path) {
   if (!openRead(path)) return std::nullopt;
