@@ -1,7 +1,4 @@
 // A whole definition file: checked, read by the library, and asked where everything stands.
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -12,34 +9,18 @@
 #include <vector>
 
 #include "kinematics/KMachine.h"
+#include "tests/support/MemoryFile.h"
 #include "toolkit/Machine.h"
 #include "toolkit/check/Check.h"
 
 namespace {
 
+using korvo::test::MemoryFile;
 using zgeo::UMatrix;
 using zgeo::UVec3d;
 using zkin::KMachine;
 using zkin::KMachineElem;
 using zkin::KMachineValueBase;
-
-/// A file in memory with a path of its own.
-class MemoryFile {
- public:
-  MemoryFile(const std::uint8_t* data, std::size_t size)
-      : descriptor_(memfd_create("definition", 0)) {
-    if (descriptor_ < 0 || write(descriptor_, data, size) != static_cast<ssize_t>(size))
-      std::abort();
-  }
-  ~MemoryFile() { close(descriptor_); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
-
- private:
-  int descriptor_;
-};
 
 void require(bool holds) {
   if (!holds) std::abort();

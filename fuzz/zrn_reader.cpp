@@ -1,8 +1,5 @@
 // A whole geometry file, read by the library and by the reference that is made of fgets and sscanf:
 // both must say the same.
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -11,30 +8,14 @@
 #include <string>
 
 #include "geometry/ZrnFile.h"
+#include "tests/support/MemoryFile.h"
 #include "tests/support/ZrnReference.h"
 #include "tests/support/ZrnText.h"
 
 namespace {
 
+using korvo::test::MemoryFile;
 using korvo::test::ZrnAnswer;
-
-/// A file in memory with a path of its own.
-class MemoryFile {
- public:
-  MemoryFile(const std::uint8_t* data, std::size_t size)
-      : descriptor_(memfd_create("geometry", 0)) {
-    if (descriptor_ < 0 || write(descriptor_, data, size) != static_cast<ssize_t>(size))
-      std::abort();
-  }
-  ~MemoryFile() { close(descriptor_); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
-
- private:
-  int descriptor_;
-};
 
 void requireSame(const ZrnAnswer& ours, const ZrnAnswer& reference) {
   if (ours == reference) return;
