@@ -71,7 +71,7 @@ void CGeomFilePrivateTrimPolynomialcurve::Reset() {
 }
 
 void CGeomFilePrivateTrimPolynomialcurve::Clear() {
-  Reset();
+  CGeomFilePrivateTrimPolynomialcurve::Reset();
   release(coefficients);
 }
 
@@ -101,7 +101,7 @@ void CGeomFilePrivateNurbsCurve::Reset() {
 }
 
 void CGeomFilePrivateNurbsCurve::Clear() {
-  Reset();
+  CGeomFilePrivateNurbsCurve::Reset();
   release(poles);
   release(weights);
   release(knots);

@@ -99,14 +99,6 @@ class KORVO_KINEMATICS_API CGeomFilePrivateGeom {
                          const ZRN_MessageCallback& message) = 0;
 };
 
-/// The operations that every class defines.
-#define KORVO_ZRN_OPERATIONS                                                               \
-  void Reset() override;                                                                   \
-  void Clear() override;                                                                   \
-  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,                      \
-                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) \
-      override
-
 /// An interval of a parameter, as written: the start may lie behind the end.
 struct ZRN_INTERVAL {
   double start = 0.0;
@@ -118,7 +110,10 @@ struct ZRN_INTERVAL {
 class KORVO_KINEMATICS_API CGeomFilePrivatePolylineCurve : public CGeomFilePrivateGeom {
  public:
   explicit CGeomFilePrivatePolylineCurve(long long count);
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   const long long n;
   std::vector<zgeo::UVec3d> points;
@@ -128,7 +123,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivatePolylineCurve : public CGeomFilePriva
 class KORVO_KINEMATICS_API CGeomFilePrivatePolylineUVCurve : public CGeomFilePrivateGeom {
  public:
   explicit CGeomFilePrivatePolylineUVCurve(long long count);
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   const long long n;
   std::vector<zgeo::UVec2d> points;
@@ -138,7 +136,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivatePolylineUVCurve : public CGeomFilePri
 class KORVO_KINEMATICS_API CGeomFilePrivatePolynomialcurve : public CGeomFilePrivateGeom {
  public:
   explicit CGeomFilePrivatePolynomialcurve(long long count);
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   const long long n;
   std::vector<zgeo::UVec3d> coefficients;
@@ -148,7 +149,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivatePolynomialcurve : public CGeomFilePri
 class KORVO_KINEMATICS_API CGeomFilePrivatePolynomialSurface : public CGeomFilePrivateGeom {
  public:
   CGeomFilePrivatePolynomialSurface(long long countA, long long countB);
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   const long long a;
   const long long b;
@@ -159,7 +163,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivatePolynomialSurface : public CGeomFileP
 class KORVO_KINEMATICS_API CGeomFilePrivateTrimPolynomialcurve : public CGeomFilePrivateGeom {
  public:
   explicit CGeomFilePrivateTrimPolynomialcurve(long long count);
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   const long long n;
   /// Deliberate: stays (0, 0); the line that holds it is passed over, whatever it says.
@@ -171,7 +178,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivateTrimPolynomialcurve : public CGeomFil
 class KORVO_KINEMATICS_API CGeomFilePrivateMultipatchSurface : public CGeomFilePrivateGeom {
  public:
   CGeomFilePrivateMultipatchSurface(long long countA, long long countB);
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   const long long a;
   const long long b;
@@ -183,7 +193,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivateMultipatchSurface : public CGeomFileP
 class KORVO_KINEMATICS_API CGeomFilePrivateNurbsCurve : public CGeomFilePrivateGeom {
  public:
   explicit CGeomFilePrivateNurbsCurve(long long count);
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   const long long n;
   bool isPlanar = false;  ///< The first pole line held x, y, weight: every pole is at z = 0.
@@ -199,7 +212,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivateNurbsCurve : public CGeomFilePrivateG
 class KORVO_KINEMATICS_API CGeomFilePrivateNurbsSurface : public CGeomFilePrivateGeom {
  public:
   CGeomFilePrivateNurbsSurface(long long countA, long long countB);
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   const long long a;  ///< Poles in U.
   const long long b;  ///< Poles in V.
@@ -219,7 +235,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivateNurbsSurface : public CGeomFilePrivat
 class KORVO_KINEMATICS_API CGeomFilePrivatePlanarSurface : public CGeomFilePrivateGeom {
  public:
   CGeomFilePrivatePlanarSurface();
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   zgeo::UVec3d plane;
 };
@@ -228,7 +247,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivatePlanarSurface : public CGeomFilePriva
 class KORVO_KINEMATICS_API CGeomFilePrivateCircularArcCurve : public CGeomFilePrivateGeom {
  public:
   CGeomFilePrivateCircularArcCurve();
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   ZRN_INTERVAL range;  ///< Of the arc's parameter.
   double radius;
@@ -241,7 +263,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivateCircularArcCurve : public CGeomFilePr
 class KORVO_KINEMATICS_API CGeomFilePrivateScaling : public CGeomFilePrivateGeom {
  public:
   CGeomFilePrivateScaling();
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   double factor;
 };
@@ -251,7 +276,10 @@ class KORVO_KINEMATICS_API CGeomFilePrivateScaling : public CGeomFilePrivateGeom
 class KORVO_KINEMATICS_API CGeomFilePrivateAttribute : public CGeomFilePrivateGeom {
  public:
   CGeomFilePrivateAttribute();
-  KORVO_ZRN_OPERATIONS;
+  void Reset() override;
+  void Clear() override;
+  bool ReadDatas(std::FILE* stream, const ZRN_CancelCallback& cancel,
+                 const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   CGeomFileLines lines;
 };
@@ -281,7 +309,5 @@ class KORVO_KINEMATICS_API CGeomFilePrivateParametricSplineSurface
     : public CGeomFilePrivateUnreadSurface {};
 /// Kind 17 (code 110).
 class KORVO_KINEMATICS_API CGeomFilePrivateOffsetSurface : public CGeomFilePrivateUnreadSurface {};
-
-#undef KORVO_ZRN_OPERATIONS
 
 }  // namespace zkin

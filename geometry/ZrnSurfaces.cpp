@@ -70,7 +70,7 @@ void CGeomFilePrivateNurbsSurface::Reset() {
 }
 
 void CGeomFilePrivateNurbsSurface::Clear() {
-  Reset();
+  CGeomFilePrivateNurbsSurface::Reset();
   release(poles);
   release(weights);
   release(knotsU);

@@ -142,8 +142,9 @@ File openRead(const std::string& path) {
 int _waccess(const wchar_t* path, int mode) {
   if (path == nullptr) return -1;
   if (mode == 0) return find(path) ? 0 : -1;
+  // NOLINTNEXTLINE(clang-analyzer-unix.Stream): the unique_ptr closes the file
   return mode == 4 && openRead(path) ? 0 : -1;
-}  // NOLINT(clang-analyzer-unix.Stream): the unique_ptr closes the file
+}
 
 }  // namespace korvo::os
 
