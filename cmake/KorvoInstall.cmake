@@ -14,9 +14,11 @@ set(KORVO_INTERFACE
   kinematics/Export.h kinematics/KMachine.h kinematics/KMachineElem.h kinematics/KMachineValue.h
   platform/zgeo/Export.h platform/zgeo/UAlgo.h platform/zgeo/UMatrix.h platform/zgeo/UTools.h
   platform/zgeo/UTri.h platform/zgeo/UVec2d.h platform/zgeo/UVec3d.h
-  toolkit/Describe.h toolkit/Export.h toolkit/Format.h toolkit/Machine.h toolkit/Position.h
+  toolkit/Describe.h toolkit/Export.h toolkit/Format.h toolkit/Language.h toolkit/Machine.h
+  toolkit/Position.h
   toolkit/RotarySense.h toolkit/Text.h
-  toolkit/answer/Answer.h toolkit/check/Check.h toolkit/check/Diagnostic.h)
+  toolkit/answer/Answer.h toolkit/check/Check.h toolkit/check/Diagnostic.h
+  toolkit/check/Fixes.h toolkit/check/Hover.h)
 foreach(header ${KORVO_INTERFACE})
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})

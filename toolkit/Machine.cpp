@@ -1,7 +1,8 @@
 #include "toolkit/Machine.h"
 
-#include "toolkit/Path.h"
-#include "toolkit/check/Check.h"
+#include <utility>
+
+#include "toolkit/check/Checking.h"
 
 namespace korvo {
 
@@ -15,19 +16,10 @@ Position Machine::position(
   return result;
 }
 
-Loaded load(const std::filesystem::path& path, Format format) {
-  CheckResult checked = check(path, format);
-  Loaded loaded{std::nullopt, checked.format, std::move(checked.diagnostics)};
-  if (hasError(loaded.reasons)) return loaded;
-  zkin::KMachine machine(wideOf(path).c_str(), loaded.format.version);
-  if (machine.readDataFile() != 0) {
-    loaded.reasons.push_back({utf8Of(path), 0, 0, "not-loaded", Severity::error,
-                              "expected a complete machine, found that the library refused it"});
-    return loaded;
-  }
-  machine.setCurrentTool(1);  // the library leaves it unset, and then most queries answer nothing
-  loaded.machine.emplace(std::move(machine));
-  return loaded;
+Loaded load(const std::filesystem::path& path, Format format, Checks checks, Language language) {
+  checking::Checked checked = checking::checkAndLoad(path, format, language, checks);
+  return {std::move(checked.machine), checked.result.format, checked.result.likely,
+          std::move(checked.result.diagnostics)};
 }
 
 }  // namespace korvo

@@ -11,6 +11,7 @@
 #include "kinematics/KMachine.h"
 #include "toolkit/Export.h"
 #include "toolkit/Format.h"
+#include "toolkit/Language.h"
 #include "toolkit/Position.h"
 #include "toolkit/check/Diagnostic.h"
 
@@ -42,19 +43,28 @@ class KORVO_TOOLKIT_API Machine {
   std::shared_ptr<const AxisNames> names_;
 };
 
+/// Which rules a file has to pass before it is loaded.
+enum class Checks {
+  all,
+  endless,  ///< Only those about what would never end, or fill the memory.
+};
+
 /// A machine, or the reasons why not.
 struct Loaded {
   std::optional<Machine> machine;   ///< Set exactly when the file was accepted.
   FormatChoice format;              ///< The format version taken, and why.
-  std::vector<Diagnostic> reasons;  ///< Why there is no machine; warnings when there is one.
+  FormatChoice likely;              ///< The format that the axis lines speak for.
+  std::vector<Diagnostic> reasons;  ///< Why there is no machine; warnings and notes when there is.
 
   explicit operator bool() const { return machine.has_value(); }
 };
 
 /// Checks the definition file at `path`, loads it and sets tool 1.
 ///
-/// @errors  Refused, with the reasons: what `check` finds with severity error, and a file that the
-///          library does not accept. A machine given has 1 to 12 axes, one frame, one part, a tool.
-KORVO_TOOLKIT_API Loaded load(const std::filesystem::path& path, Format format = Format::automatic);
+/// @errors  Refused, with the reasons: what `check` finds with severity error. A machine given has
+///          1 to 12 axes, one frame, one part, a tool; with Checks::endless it has what the library
+///          accepts.
+KORVO_TOOLKIT_API Loaded load(const std::filesystem::path& path, Format format = Format::automatic,
+                              Checks checks = Checks::all, Language language = Language::english);
 
 }  // namespace korvo

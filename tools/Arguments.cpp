@@ -1,7 +1,6 @@
 #include "tools/Arguments.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include "tools/Failure.h"
 #include "tools/Messages.h"
@@ -19,25 +18,10 @@ bool holds(const std::vector<std::string>& words, const std::string& word) {
   return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-// How many letters to insert, drop or change (Levenshtein's distance, row by row).
-int distance(const std::string& a, const std::string& b) {
-  std::vector<int> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), 0);
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    int diagonal = row[0]++;
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const int changed = diagonal + (a[i] != b[j]);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
-    }
-  }
-  return row.back();
-}
-
 std::string didYouMean(const std::vector<std::string>& verbs, const std::string& word) {
   constexpr int kMistypedLetters = 2;
   for (const std::string& verb : verbs) {
-    if (distance(verb, word) <= kMistypedLetters) return " (did you mean '" + verb + "'?)";
+    if (letterDistance(verb, word) <= kMistypedLetters) return " (did you mean '" + verb + "'?)";
   }
   return "";
 }

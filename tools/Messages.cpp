@@ -1,6 +1,8 @@
 #include "tools/Messages.h"
 
+#include <algorithm>
 #include <iostream>
+#include <numeric>
 
 namespace korvo::tools {
 namespace {
@@ -47,5 +49,20 @@ std::string joined(const std::vector<std::string>& words) {
 }
 
 void say(std::string_view message) { std::cerr << printable(message) << '\n'; }
+
+// Row by row of the table of distances between their beginnings.
+int letterDistance(std::string_view a, std::string_view b) {
+  std::vector<int> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), 0);
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    int diagonal = row[0]++;
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const int changed = diagonal + (a[i] != b[j]);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
+    }
+  }
+  return row.back();
+}
 
 }  // namespace korvo::tools

@@ -18,4 +18,7 @@ std::string joined(const std::vector<std::string>& words);
 /// One message to standard error, printable.
 void say(std::string_view message);
 
+/// How many letters to insert, drop or change (Levenshtein's distance).
+int letterDistance(std::string_view a, std::string_view b);
+
 }  // namespace korvo::tools

@@ -9,13 +9,6 @@
 namespace korvo::tools {
 namespace {
 
-Format formatOf(const std::string& word) {
-  if (word == "auto") return Format::automatic;
-  if (word == "1") return Format::version1;
-  if (word == "2") return Format::version2;
-  failUsage("auto, 1 or 2 after --format", inQuotes(word));
-}
-
 int toolOf(const std::string& text) {
   const std::optional<int> tool = integerOf(text);
   if (!tool || *tool < 1) failUsage("a tool number from 1 up after --tool", inQuotes(text));
@@ -61,6 +54,19 @@ std::vector<std::string> locksOf(const std::vector<std::string>& given) {
 
 }  // namespace
 
+Format formatOf(const std::string& word) {
+  if (word == "auto") return Format::automatic;
+  if (word == "1") return Format::version1;
+  if (word == "2") return Format::version2;
+  failUsage("auto, 1 or 2 after --format", inQuotes(word));
+}
+
+Language languageOf(const std::string& word) {
+  if (word == "en") return Language::english;
+  if (word == "fr") return Language::french;
+  failUsage("en or fr after --lang", inQuotes(word));
+}
+
 void addCommonOptions(CLI::App& verb, CommonOptions& o) {
   verb.add_option("MACHINE", o.machine)
       ->required()
@@ -85,6 +91,10 @@ void addCommonOptions(CLI::App& verb, CommonOptions& o) {
       "the axis nearer the part, 2 of the axis nearer the tool, any other number: the one "
       "with the smallest single turn [as in the file]. forward does not depend on it");
   verb.add_option("--trace", o.trace, "Write the library's trace to FILE, - for standard error");
+  verb.add_flag("--no-check", o.noCheck,
+                "Load what the library accepts, whatever 'korvo check' says of it; files that "
+                "would never end loading are refused still")
+      ->disable_flag_override();
   verb.add_flag("--json", o.json, "Answer in JSON (schemas in share/korvo/schemas)")
       ->disable_flag_override();
 }
@@ -103,6 +113,7 @@ void refuseCommonOptions(CLI::App& verb) {
 CheckedOptions checked(const CommonOptions& o) {
   CheckedOptions c;
   c.format = formatOf(o.format);
+  c.checks = o.noCheck ? Checks::endless : Checks::all;
   c.hasTool = o.tool.has_value();
   if (o.tool) c.tool = toolOf(*o.tool);
   if (o.toolLength) c.toolLength = lengthOf(*o.toolLength);

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "toolkit/Format.h"
+#include "toolkit/Machine.h"
 
 namespace korvo::tools {
 
@@ -20,6 +20,7 @@ struct CommonOptions {
   std::vector<std::string> lock;
   std::optional<std::string> strategy;
   std::optional<std::string> trace;
+  bool noCheck = false;
   bool json = false;
 };
 
@@ -37,6 +38,7 @@ struct PartZero {
 /// The common options, checked as far as this goes without a machine.
 struct CheckedOptions {
   Format format = Format::automatic;
+  Checks checks = Checks::all;
   int tool = 1;
   bool hasTool = false;  ///< --tool was given.
   std::optional<double> toolLength;
@@ -44,6 +46,12 @@ struct CheckedOptions {
   std::vector<std::string> lock;
   std::optional<int> strategy;
 };
+
+/// "auto", "1" or "2" after --format; throws Failure (usage) for other words.
+Format formatOf(const std::string& word);
+
+/// "en" or "fr" after --lang; throws Failure (usage) for other words.
+Language languageOf(const std::string& word);
 
 /// Reads the numbers and words; throws Failure (usage) for what is none.
 CheckedOptions checked(const CommonOptions& options);

@@ -6,7 +6,6 @@
 
 #include "platform/zgeo/UTools.h"
 #include "toolkit/Text.h"
-#include "toolkit/check/Check.h"
 #include "tools/Examples.h"
 #include "tools/Failure.h"
 #include "tools/Messages.h"
@@ -55,14 +54,20 @@ class Session::Trace {
 
 namespace {
 
-// The reasons, and a hint when the file looks like the other format version.
-std::string linesOf(const std::vector<Diagnostic>& reasons, const std::filesystem::path& path,
-                    const FormatChoice& taken) {
+// What was found but for notes, and a hint when the file looks like the other format version.
+std::string linesOf(const Loaded& loaded) {
+  constexpr int kMost = 20;
   std::string text;
-  for (const Diagnostic& d : reasons) text += (text.empty() ? "" : "\n") + toString(d);
-  const int likely = check(path, Format::automatic).format.version;
-  if (likely == 0 || likely == taken.version) return text;
-  return text + "\nkorvo: read as format " + std::to_string(taken.version) +
+  int count = 0;
+  for (const Diagnostic& d : loaded.reasons) {
+    if (d.severity == Severity::note) continue;
+    if (++count <= kMost) text += (text.empty() ? "" : "\n") + toString(d);
+  }
+  if (count > kMost) text += "\nkorvo: and " + std::to_string(count - kMost) + " more";
+  if (!loaded) text += "\nkorvo: 'korvo check' says how to mend it";
+  const int taken = loaded.format.version, likely = loaded.likely.version;
+  if (text.empty() || likely == 0 || likely == taken) return text;
+  return text + "\nkorvo: read as format " + std::to_string(taken) +
          ", but the axis lines look like " + std::to_string(likely) + ": try --format " +
          std::to_string(likely);
 }
@@ -96,9 +101,9 @@ Session::Session(const CommonOptions& options, const std::optional<std::string>&
     : options_(checked(options)) {
   const std::filesystem::path path = findMachine(options.machine);
   file_ = toUtf8(toWide(path.string()));
-  checkFile(path);
+  loadMachine(path);  // before the trace file is made: a refused machine leaves no file behind
   openTrace(path, table, options.trace);
-  loadMachine(path);
+  if (trace_) loadAgain(path);
   setTool();
   setPartZero();
   lockAxes();
@@ -106,14 +111,6 @@ Session::Session(const CommonOptions& options, const std::optional<std::string>&
 }
 
 Session::~Session() = default;
-
-// Before the trace file is made: a refused machine leaves no file behind.
-void Session::checkFile(const std::filesystem::path& path) const {
-  const CheckResult result = check(path, options_.format);
-  if (hasError(result.diagnostics)) {
-    throw Failure(Exit::refused, linesOf(result.diagnostics, path, result.format));
-  }
-}
 
 void Session::openTrace(const std::filesystem::path& path, const std::optional<std::string>& table,
                         const std::optional<std::string>& trace) {
@@ -130,11 +127,19 @@ void Session::closeTrace() {
 }
 
 void Session::loadMachine(const std::filesystem::path& path) {
-  Loaded loaded = load(path, options_.format);
-  if (!loaded) throw Failure(Exit::refused, linesOf(loaded.reasons, path, loaded.format));
-  if (!loaded.reasons.empty()) say(linesOf(loaded.reasons, path, loaded.format));
+  Loaded loaded = load(path, options_.format, options_.checks);
+  const std::string lines = linesOf(loaded);
+  if (!loaded) throw Failure(Exit::refused, lines);
+  if (!lines.empty()) say(lines);
   machine_ = std::move(loaded.machine);
   format_ = loaded.format;
+}
+
+// The trace is that of the library reading the file, not of the checks that ask the machine.
+void Session::loadAgain(const std::filesystem::path& path) {
+  Loaded loaded = load(path, options_.format, Checks::endless);
+  if (!loaded) throw Failure(Exit::refused, linesOf(loaded));
+  machine_ = std::move(loaded.machine);
 }
 
 void Session::setTool() {

@@ -43,10 +43,10 @@ class Session {
  private:
   class Trace;
 
-  void checkFile(const std::filesystem::path& path) const;
   void openTrace(const std::filesystem::path& path, const std::optional<std::string>& table,
                  const std::optional<std::string>& trace);
   void loadMachine(const std::filesystem::path& path);
+  void loadAgain(const std::filesystem::path& path);
   void setTool();
   void setPartZero();
   void lockAxes();

@@ -15,5 +15,7 @@ void addLimits(CLI::App& app, Exit& exit);
 void addInterpolate(CLI::App& app, Exit& exit);
 void addTranslate(CLI::App& app, Exit& exit);
 void addNew(CLI::App& app, Exit& exit);
+void addCheck(CLI::App& app, Exit& exit);
+void addLsp(CLI::App& app, Exit& exit);
 
 }  // namespace korvo::tools

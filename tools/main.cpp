@@ -51,6 +51,8 @@ int run(int argc, char** argv) {
   korvo::tools::addInterpolate(app, exit);
   korvo::tools::addTranslate(app, exit);
   korvo::tools::addNew(app, exit);
+  korvo::tools::addCheck(app, exit);
+  korvo::tools::addLsp(app, exit);
   std::vector<std::string> arguments =
       korvo::tools::withVerbFirst(app, {argv + std::min(argc, 1), argv + argc});
   std::reverse(arguments.begin(), arguments.end());  // as the parser wants it

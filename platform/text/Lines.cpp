@@ -60,11 +60,20 @@ bool LineReader::next(std::wstring& line) {
   const std::size_t room = kMaxLine + (started_ ? 0 : kUtf8Mark.size());
   line.clear();
   int byte = std::getc(file_);
-  for (; byte != EOF && byte != '\n'; byte = std::getc(file_))
-    if (line.size() < room) line.push_back(static_cast<wchar_t>(byte));
+  cut_ = false;
+  for (; byte != EOF && byte != '\n'; byte = std::getc(file_)) {
+    if (line.size() < room) {
+      line.push_back(static_cast<wchar_t>(byte));
+    } else {
+      cut_ = true;
+    }
+  }
   if (!started_ && line.starts_with(kUtf8Mark)) line.erase(0, kUtf8Mark.size());
   started_ = true;
-  if (line.size() > kMaxLine) line.resize(kMaxLine);
+  if (line.size() > kMaxLine) {
+    line.resize(kMaxLine);
+    cut_ = true;
+  }
   if (byte == EOF && line.empty()) return false;
   ++number_;
   return true;

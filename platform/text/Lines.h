@@ -27,10 +27,14 @@ class LineReader {
   /// Number of the line that `next` gave last, from 1.
   int lineNumber() const { return number_; }
 
+  /// Whether the line that `next` gave last was longer than kMaxLine.
+  bool wasCut() const { return cut_; }
+
  private:
   std::FILE* file_;
   int number_ = 0;
   bool started_ = false;
+  bool cut_ = false;
 };
 
 /// A character of a cleaned line with its column (from 1) in the line as written.

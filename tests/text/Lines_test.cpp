@@ -89,6 +89,52 @@ TEST(LongLines, CountFromBehindTheUtf8Mark) {
   EXPECT_EQ(linesOf(std::string(1206, 'a')), (std::vector<std::wstring>{std::wstring(1203, L'a')}));
 }
 
+// Whether each of the lines of `bytes` was cut.
+std::vector<bool> cutsOf(std::string_view bytes) {
+  const File file = fileOf(bytes);
+  LineReader reader(file.get());
+  std::vector<bool> cuts;
+  for (std::wstring line; reader.next(line);) cuts.push_back(reader.wasCut());
+  return cuts;
+}
+
+using Cuts = std::vector<bool>;
+
+TEST(LongLines, AreSaidToBeCutOneByOne) {
+  const std::string whole(1203, 'a');
+  EXPECT_EQ(cutsOf(whole + "\n" + whole + "b\nc\n" + whole + "bb\nd"),
+            (Cuts{false, true, false, true, false}));
+}
+
+TEST(LongLines, AreSaidToBeCutAtTheEndOfTheFileToo) {
+  EXPECT_EQ(cutsOf(std::string(1203, 'a')), Cuts{false});
+  EXPECT_EQ(cutsOf(std::string(1204, 'a')), Cuts{true});
+}
+
+// The carriage return is a character of the line.
+TEST(LongLines, AreCutInFrontOfACarriageReturn) {
+  EXPECT_EQ(cutsOf(std::string(1202, 'a') + "\r\n"), Cuts{false});
+  EXPECT_EQ(cutsOf(std::string(1203, 'a') + "\r\n"), Cuts{true});
+}
+
+// The mark of three bytes is no part of the first line, and of no other line either.
+TEST(LongLines, AreCutBehindTheirOwnCharactersOnly) {
+  const std::string mark = "\xEF\xBB\xBF";
+  for (std::size_t size : {1203u, 1204u, 1205u, 1206u, 1207u}) {
+    EXPECT_EQ(cutsOf(mark + std::string(size, 'a')), Cuts{size > 1203}) << size;
+    EXPECT_EQ(cutsOf(std::string(size, 'a')), Cuts{size > 1203}) << size;
+  }
+}
+
+TEST(LongLines, NoLineIsCutBeforeTheFirst) {
+  const File file = fileOf("");
+  LineReader reader(file.get());
+  EXPECT_FALSE(reader.wasCut());
+  std::wstring line;
+  EXPECT_FALSE(reader.next(line));
+  EXPECT_FALSE(reader.wasCut());
+}
+
 TEST(LongLines, TakeNoMemoryForTheirRest) {
   const File file = fileOf(std::string(10'000'000, 'x') + "\nlast");
   LineReader reader(file.get());

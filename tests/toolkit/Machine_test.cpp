@@ -2,6 +2,8 @@
 
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
+
 #include <stdexcept>
 #include <utility>
 
@@ -25,7 +27,7 @@ constexpr const char* kMill =
 TEST(Load, GivesAMachineWithToolOneSet) {
   Loaded loaded = loadFile(kMill);
   ASSERT_TRUE(loaded);
-  EXPECT_TRUE(loaded.reasons.empty());
+  for (const korvo::Diagnostic& d : loaded.reasons) EXPECT_EQ(d.severity, korvo::Severity::note);
   EXPECT_EQ((*loaded.machine)->getCurrentTool(), 1);
   EXPECT_EQ((*loaded.machine)->getAxisNum(), 3);
 }
@@ -43,14 +45,18 @@ TEST(Load, PositionsByNameMoveTheTool) {
 TEST(Load, RefusesWithEveryReason) {
   const Loaded loaded = loadFile("frame\nframe\nrotationpoint=x\n", Format::version1);
   EXPECT_FALSE(loaded);
-  ASSERT_EQ(loaded.reasons.size(), 5u);
-  EXPECT_EQ(loaded.reasons[0].code, "rotation-point-number");
-  EXPECT_EQ(loaded.reasons[0].line, 3);
-  EXPECT_EQ(loaded.reasons[1].code, "axis-count");
-  EXPECT_EQ(loaded.reasons[2].code, "one-frame");
-  EXPECT_EQ(loaded.reasons[2].line, 2);
-  EXPECT_EQ(loaded.reasons[3].code, "one-part");
-  EXPECT_EQ(loaded.reasons[4].code, "some-tool");
+  const auto lineOf = [&](const std::string& code) {
+    const auto at = std::find_if(loaded.reasons.begin(), loaded.reasons.end(),
+                                 [&](const korvo::Diagnostic& d) { return d.code == code; });
+    return at == loaded.reasons.end() ? -1 : at->line;
+  };
+  EXPECT_EQ(lineOf("rotation-point-number"), 3);
+  EXPECT_EQ(lineOf("axis-count"), 0);
+  EXPECT_EQ(lineOf("one-frame"), 2);
+  EXPECT_EQ(lineOf("one-part"), 0);
+  EXPECT_EQ(lineOf("some-tool"), 0);
+  EXPECT_TRUE(std::is_sorted(loaded.reasons.begin(), loaded.reasons.end(),
+                             [](const auto& a, const auto& b) { return a.line < b.line; }));
 }
 
 TEST(Load, MissingFileIsAReason) {

@@ -188,7 +188,7 @@ class Info(CommandLine):
             with self.subTest(name):
                 machine = self.write(name + ".def", text)
                 for arguments in ([], ["--json"]):
-                    run = self.run_korvo("info", machine, *arguments)
+                    run = self.run_korvo("info", machine, "--no-check", *arguments)
                     self.assertEqual((run.returncode, run.stdout), (REFUSED, ""))
                     self.assertIn(f"{machine}: expected finite numbers, found others at {found}",
                                   run.stderr)
@@ -529,7 +529,7 @@ class Options(CommandLine):
                 (["--json", "info", "x"], "found '--json' before 'info'; write 'korvo info ...'"),
                 (["x.def", "forward"], "found 'x.def' before 'forward'"), ([], "found nothing")):
             self.assert_fails(USAGE, "korvo: expected a verb (info, forward, inverse, limits, interpolate, "
-                              "translate, new) first",
+                              "translate, new, check, lsp) first",
                               *arguments)
             self.assert_fails(USAGE, hint, *arguments)
 
@@ -679,27 +679,37 @@ class Refusals(CommandLine):
         point = self.write("p.def", TABLE_AC + "rotationpoint=1,,3\n")
         ring = self.write("r.def", "frame\naxis=X,1,x\npart\naxis=Y,2,y\npart\ntool=z,0,0,0\n")
         for verb in ("info", "forward"):
-            self.assert_fails(REFUSED, f"{point}:12: expected a number in each of the first 12 "
+            self.assert_fails(REFUSED, f"{point}:12:17: error: expected a number in each of the first 12 "
                               "operands of a rotation point, found '' as operand 2", verb, point)
-            self.assert_fails(REFUSED, f"{ring}:4: expected chains of elements that end, found a "
+            self.assert_fails(REFUSED, f"{ring}:4: error: expected chains of elements that end, found a "
                               "ring", verb, ring)
 
     def test_machines_that_are_not_found_name_the_examples(self):
         self.assert_fails(REFUSED, "no-such-machine: expected a definition file or an example (",
                           "info", "no-such-machine")
         path = os.path.join(self.folder, "none.def")
-        self.assert_fails(REFUSED, f"{path}: expected a readable file", "info", path)
+        self.assert_fails(REFUSED, f"{path}: error: expected a readable file", "info", path)
 
     def test_what_is_no_machine_is_refused(self):
-        for name, text in (("empty", ""), ("binary", bytes(range(256)) * 40), ("nul", b"\0" * 99),
-                           ("text", "hello\n"), ("long", "x" * 10000000)):
+        nothing = ": error: expected the lines of a machine, found none among 0 lines"
+        nul = ":1:1: error: expected text of one byte a character, found a NUL character"
+        frame = ": error: expected one frame line, found none"
+        for name, text, found in (("empty", "", nothing), ("binary", bytes(range(256)) * 40, nul),
+                                  ("nul", b"\0" * 99, nul), ("text", "hello\n", frame),
+                                  ("long", "x" * 10000000, frame)):
             with self.subTest(name):
                 path = self.write(name, text)
-                self.assert_fails(REFUSED, f"{path}: expected one frame line, found none", "info",
-                                  path)
-        self.assert_fails(REFUSED, f"{self.folder}: expected a readable file, found a folder",
+                self.assert_fails(REFUSED, path + found, "info", path)
+
+    def test_many_findings_are_counted(self):
+        path = self.write("many.def", TWO_TOOLS + "hello\n" * 50)
+        run = self.run_korvo("info", path)
+        self.assertEqual(run.returncode, ANSWERED)
+        self.assertEqual(len(run.stderr.splitlines()), 21)
+        self.assertIn("korvo: and 30 more\n", run.stderr)
+        self.assert_fails(REFUSED, f"{self.folder}: error: expected a readable file, found a folder",
                           "info", self.folder)
-        self.assert_fails(REFUSED, "/dev/null: expected a readable file, found a pipe or a device",
+        self.assert_fails(REFUSED, "/dev/null: error: expected a readable file, found a pipe or a device",
                           "info", "/dev/null")
         self.assert_fails(USAGE, "found ''", "info", "")
         self.assert_fails(USAGE, "no machine is read from standard input", "info", "-")
@@ -723,11 +733,10 @@ class Refusals(CommandLine):
             run = self.run_korvo(verb, machine)
             self.assertEqual(run.returncode, ANSWERED)
             self.assertEqual(run.stderr.splitlines(), [
-                f"{machine}:11: warning: expected a direction for every axis, found none for 'S'",
-                f"{machine}:12: warning: expected an axis number from 1 up (in version 2 a name X, "
-                "Y, Z, A, B or C), found 'T' without, which never moves",
-                f"{machine}:11: warning: expected every axis between the part and a tool, found "
-                "'S' in none"])
+                f"{machine}:11: warning: expected a direction for every axis, found none for 'S' "
+                "[axis-direction]",
+                f"{machine}:12:6: warning: expected an axis number from 1 up (in version 2 a name "
+                "X, Y, Z, A, B or C), found 'T' without, which never moves [axis-place]"])
 
     def test_bytes_that_move_the_cursor_are_spelled_out(self):
         run = self.run_korvo("info", "a\x1b[2J\rb")
@@ -747,7 +756,7 @@ class Refusals(CommandLine):
 
     def test_axis_numbers_that_fill_the_memory_are_refused(self):
         machine = self.write("n.def", TWO_TOOLS.replace("V,2", "V,2000000000"))
-        self.assert_fails(REFUSED, f"{machine}:5: expected axis numbers up to 10000, found "
+        self.assert_fails(REFUSED, f"{machine}:5:8: error: expected axis numbers up to 10000, found "
                           "2000000000", "info", machine)
 
     def test_an_output_that_is_full_is_said(self):

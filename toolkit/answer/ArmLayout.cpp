@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
+#include <numbers>
 
 #include "toolkit/Text.h"
 #include "toolkit/answer/Cone.h"
@@ -20,6 +22,8 @@ namespace {
 // Sines and cosines below this are zero for the solver, and lengths (mm) below it nothing.
 constexpr double kSmall = 1e-5;
 
+constexpr double kRadToDeg = 180.0 / std::numbers::pi;
+
 const UVec3d kUp(0, 0, 1);
 
 bool isRotary(const KMachineElem* e) { return e->getElemType() == KMachineElem::KMET_TYPE_AROT; }
@@ -28,17 +32,54 @@ std::string nameOf(const KMachineElem* e) { return toUtf8(e->getElemName()); }
 
 UVec3d unitOf(const KMachineElem* e) { return e->getElemAxis().normalised(); }
 
-bool areSquare(const KMachineElem* a, const KMachineElem* b) {
-  return std::abs(unitOf(a) * unitOf(b)) < kSmall;
+// How far from square two directions are (radians).
+double fromSquare(const KMachineElem* a, const KMachineElem* b) {
+  return std::asin(std::min(std::abs(unitOf(a) * unitOf(b)), 1.0));
 }
 
-bool areParallel(const KMachineElem* a, const KMachineElem* b) {
-  return (unitOf(a) ^ unitOf(b)).norm() < kSmall;
+// How far from parallel, in either sense (radians).
+double fromParallel(const KMachineElem* a, const KMachineElem* b) {
+  return std::atan2((unitOf(a) ^ unitOf(b)).norm(), std::abs(unitOf(a) * unitOf(b)));
 }
 
 // Distance of a point from the line of a joint.
 double fromLine(const UVec3d& point, const KMachineElem* line) {
   return ((point - line->getElemPivot()) ^ unitOf(line)).norm();
+}
+
+std::string measureOf(const ArmFault& fault) {
+  if (fault.off == 0) return {};
+  return " (" + words(fault.off) + (fault.isAngle ? " degrees off)" : " mm off)");
+}
+
+std::string textOf(const ArmFault& fault) {
+  const std::string joint = fault.joint ? nameOf(fault.joint) : std::string();
+  switch (fault.condition) {
+    case ArmCondition::enoughJoints:
+      return "fewer than four elements from the first rotary axis on";
+    case ArmCondition::upright:
+      return joint + " is not upright (+Z) on the machine's Z line" + measureOf(fault);
+    case ArmCondition::firstInChain:
+      return "an axis stands before " + joint + ", the first joint";
+    case ArmCondition::lowestNumbers:
+      return "the first three joints do not have the three lowest axis numbers";
+    case ArmCondition::shape:
+      return "the first four joints are not rotary ones, the second square to the first and the "
+             "third parallel to the second" +
+             measureOf(fault);
+    case ArmCondition::fourthSquare:
+      return "the fourth joint is not square to the third" + measureOf(fault);
+    case ArmCondition::upperArm:
+      return "the lines of the second and third joint are the same";
+    case ArmCondition::sameSense:
+      return "the third joint is directed against the second, with an offset to the fourth";
+    case ArmCondition::ballWrist:
+      return "the last three joints do not meet in one point" + measureOf(fault);
+    case ArmCondition::toolOnLastJoint:
+      return "the tool does not lie on the line of the last joint" + measureOf(fault);
+    default:
+      return "another tool hangs on the same wrist, and the wrist is solved with that one's length";
+  }
 }
 
 }  // namespace
@@ -52,9 +93,21 @@ ArmLayout::ArmLayout(const KMachine& machine)
   if (wrist > 0) wrist_ = machine.getElemByIndex(wrist);
 }
 
-bool ArmLayout::isUpright() const {
-  return angleBetween(joints_[0]->getElemAxis(), kUp) < kSmall &&
-         fromLine(UVec3d(), joints_[0]) < kSmall;
+namespace {
+
+// The angle (radians) where it is off, else the distance (mm) where that is.
+std::optional<ArmFault> lineFault(ArmCondition condition, const KMachineElem* joint, double angle,
+                                  double distance) {
+  if (!(angle < kSmall)) return ArmFault{condition, joint, angle * kRadToDeg, true};
+  if (!(distance < kSmall)) return ArmFault{condition, joint, distance, false};
+  return {};
+}
+
+}  // namespace
+
+std::optional<ArmFault> ArmLayout::uprightFault() const {
+  return lineFault(ArmCondition::upright, joints_[0], angleBetween(joints_[0]->getElemAxis(), kUp),
+                   fromLine(UVec3d(), joints_[0]));
 }
 
 bool ArmLayout::isFirstInChain() const {
@@ -70,14 +123,33 @@ bool ArmLayout::hasLowestPlaces() const {
   return true;
 }
 
-bool ArmLayout::hasSquareShape() const {
-  return std::all_of(joints_.begin(), joints_.begin() + 4, isRotary) &&
-         areSquare(joints_[0], joints_[1]) && areParallel(joints_[1], joints_[2]);
+std::optional<ArmFault> ArmLayout::shapeFault() const {
+  const auto other = std::find_if_not(joints_.begin(), joints_.begin() + 4, isRotary);
+  if (other != joints_.begin() + 4) return ArmFault{ArmCondition::shape, *other};
+  const double square = fromSquare(joints_[0], joints_[1]);
+  if (!(square < kSmall)) return lineFault(ArmCondition::shape, joints_[1], square, 0.0);
+  return lineFault(ArmCondition::shape, joints_[2], fromParallel(joints_[1], joints_[2]), 0.0);
 }
 
-bool ArmLayout::isToolOnLastJoint() const {
-  const auto last = std::find_if(chain_.rbegin(), chain_.rend(), isRotary);
-  return areParallel(*last, tool_) && fromLine(tool_->getElemPivot(), *last) < kSmall;
+// Where two joints and the tool meet, the fourth joint's line has to pass there too. Where nothing
+// meets, the first offset of the last three joints that is not 0 keeps their lines apart.
+std::optional<ArmFault> ArmLayout::wristFault() const {
+  if (wrist_) {
+    const double apart = fromLine(wrist_->getElemPivot(), joints_[3]);
+    return lineFault(ArmCondition::ballWrist, joints_[3], 0.0, apart);
+  }
+  std::vector<const Elem*> rotary;
+  std::copy_if(joints_.begin(), joints_.end(), std::back_inserter(rotary), isRotary);
+  const KMachineElem::_sUDHm& middle = rotary[rotary.size() - 2]->getDHmRef();
+  const KMachineElem::_sUDHm& last = rotary.back()->getDHmRef();
+  const double apart = std::max({std::abs(middle.a), std::abs(middle.d), std::abs(last.a)});
+  return ArmFault{ArmCondition::ballWrist, rotary.back(), apart, false};
+}
+
+std::optional<ArmFault> ArmLayout::toolFault() const {
+  const KMachineElem* last = *std::find_if(chain_.rbegin(), chain_.rend(), isRotary);
+  return lineFault(ArmCondition::toolOnLastJoint, nullptr, fromParallel(last, tool_),
+                   fromLine(tool_->getElemPivot(), last));
 }
 
 double ArmLayout::upperArm() const { return fromLine(joints_[2]->getElemPivot(), joints_[1]); }
@@ -90,6 +162,11 @@ double ArmLayout::centreOffset() const {
   return (wrist_->getElemPivot() - tool_->getElemPivot()) * unitOf(tool_) + tool_->getTHELength();
 }
 
+std::optional<double> ArmLayout::toolOffset() const {
+  if (!wrist_) return {};
+  return std::abs(centreOffset());
+}
+
 // A tool of a higher number behind the same last joint: that joint keeps the wrist length of it.
 const KMachineElem* ArmLayout::laterToolOnWrist() const {
   const KMachineElem* found = nullptr;
@@ -100,28 +177,34 @@ const KMachineElem* ArmLayout::laterToolOnWrist() const {
   return found;
 }
 
-std::vector<std::string> ArmLayout::brokenByMachine() const {
-  if (joints_.size() < 4) return {"fewer than four elements from the first rotary axis on"};
-  std::vector<std::string> broken;
-  const auto require = [&](bool isKept, const std::string& text) {
-    if (!isKept) broken.push_back(text);
+std::vector<ArmFault> ArmLayout::faults() const {
+  if (joints_.size() < 4) return {{ArmCondition::enoughJoints}};
+  std::vector<ArmFault> faults;
+  const auto require = [&](bool isKept, const ArmFault& fault) {
+    if (!isKept) faults.push_back(fault);
   };
-  const std::string first = nameOf(joints_[0]);
-  require(isUpright(), first + " is not upright (+Z) on the machine's Z line");
-  require(isFirstInChain(), "an axis stands before " + first + ", the first joint");
-  require(hasLowestPlaces(), "the first three joints do not have the three lowest axis numbers");
-  require(hasSquareShape(),
-          "the first four joints are not rotary ones, the second square to the "
-          "first and the third parallel to the second");
-  if (!hasSquareShape()) return broken;
-  require(areSquare(joints_[2], joints_[3]), "the fourth joint is not square to the third");
-  require(upperArm() > kSmall, "the lines of the second and third joint are the same");
+  const auto none = [&](const std::optional<ArmFault>& fault) {
+    if (fault) faults.push_back(*fault);
+  };
+  none(uprightFault());
+  require(isFirstInChain(), {ArmCondition::firstInChain, joints_[0]});
+  require(hasLowestPlaces(), {ArmCondition::lowestNumbers, joints_[0]});
+  const std::optional<ArmFault> shape = shapeFault();
+  none(shape);
+  if (shape) return faults;
+  none(lineFault(ArmCondition::fourthSquare, joints_[3], fromSquare(joints_[2], joints_[3]), 0.0));
+  require(upperArm() > kSmall, {ArmCondition::upperArm, joints_[2]});
   require(unitOf(joints_[1]) * unitOf(joints_[2]) > 0 || forearmOffset() < kSmall,
-          "the third joint is directed against the second, with an offset to the fourth");
-  require(wrist_ != nullptr, "the last three joints do not meet in one point");
-  require(isToolOnLastJoint(), "the tool does not lie on the line of the last joint");
-  require(!wrist_ || !laterToolOnWrist(),
-          "another tool hangs on the same wrist, and the wrist is solved with that one's length");
+          {ArmCondition::sameSense, joints_[2], forearmOffset()});
+  none(wristFault());
+  none(toolFault());
+  require(!wrist_ || !laterToolOnWrist(), {ArmCondition::wristOfOneTool});
+  return faults;
+}
+
+std::vector<std::string> ArmLayout::brokenByMachine() const {
+  std::vector<std::string> broken;
+  for (const ArmFault& fault : faults()) broken.push_back(textOf(fault));
   return broken;
 }
 
@@ -157,7 +240,7 @@ std::vector<std::string> ArmLayout::brokenByTarget(const Target& target,
 // The wrist centre lies beside the first axis by `lateral`; in the plane of the arm that leaves two
 // circles about the shoulder, as the arm faces the centre or turns its back on it.
 std::optional<double> ArmLayout::outOfReach(const Target& target) const {
-  if (!brokenByMachine().empty()) return {};
+  if (!faults().empty()) return {};
   const UVec3d shoulder = joints_[1]->getElemPivot(), centreAtZero = wrist_->getElemPivot();
   const UVec3d centre = target.tip + target.direction.normalised() * centreOffset();
   const double lateral = centreAtZero * unitOf(joints_[1]);

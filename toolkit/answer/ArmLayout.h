@@ -8,6 +8,29 @@
 
 namespace korvo {
 
+/// What the arm solver asks of a machine.
+enum class ArmCondition {
+  enoughJoints,   ///< Four elements from the first rotary axis on.
+  upright,        ///< The first joint, +Z on the machine's Z line.
+  firstInChain,   ///< No axis before the first joint.
+  lowestNumbers,  ///< The first three joints, in their order.
+  shape,          ///< Four rotary joints, the second square to the first, the third parallel to it.
+  fourthSquare,   ///< To the third joint.
+  upperArm,       ///< The second and third joint on two lines.
+  sameSense,      ///< The third joint along the second where the fourth has an offset.
+  ballWrist,      ///< The last three joints meet in one point.
+  toolOnLastJoint,
+  wristOfOneTool,  ///< No later tool behind the same last joint.
+};
+
+/// A condition that a machine does not meet.
+struct ArmFault {
+  ArmCondition condition;
+  const zkin::KMachineElem* joint = nullptr;  ///< Where it shows; null for the tool.
+  double off = 0.0;                           ///< How far; 0 for what has no measure.
+  bool isAngle = false;                       ///< `off` in degrees, not in mm.
+};
+
 /// An arm as its solver sees it: lengths from the lines of its joints at the zero position.
 ///
 /// The solver knows one layout: first joint upright on the machine's Z line, second square to it,
@@ -17,9 +40,14 @@ class ArmLayout {
  public:
   explicit ArmLayout(const zkin::KMachine& machine);
 
-  /// What the machine is that the solver does not know, in words for its builder; empty for the one
-  /// layout.
+  /// What the machine is that the solver does not know; empty for the one layout.
+  std::vector<ArmFault> faults() const;
+
+  /// The same in words for the machine's builder.
   std::vector<std::string> brokenByMachine() const;
+
+  /// How far (mm) the tool point is from the wrist centre; nothing without a ball wrist.
+  std::optional<double> toolOffset() const;
 
   /// What of a target, asked from a position, the solver cannot do: a tip away from the wrist
   /// centre when the tool is not wanted upright, a tool length when the wrist is bent.
@@ -33,11 +61,12 @@ class ArmLayout {
  private:
   using Elem = zkin::KMachineElem;
 
-  bool isUpright() const;
+  std::optional<ArmFault> uprightFault() const;
   bool isFirstInChain() const;
   bool hasLowestPlaces() const;
-  bool hasSquareShape() const;
-  bool isToolOnLastJoint() const;
+  std::optional<ArmFault> shapeFault() const;
+  std::optional<ArmFault> wristFault() const;
+  std::optional<ArmFault> toolFault() const;
   double upperArm() const;
   double forearmOffset() const;
   double centreOffset() const;

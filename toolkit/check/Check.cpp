@@ -1,29 +1,25 @@
 #include "toolkit/check/Check.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <tuple>
 
+#include "kinematics/KMachine.h"
 #include "toolkit/Path.h"
+#include "toolkit/TemporaryFile.h"
+#include "toolkit/check/Characters.h"
+#include "toolkit/check/Checking.h"
 #include "toolkit/check/Document.h"
 #include "toolkit/check/FormatGuess.h"
 #include "toolkit/check/Links.h"
-#include "toolkit/check/rules.h"
+#include "toolkit/check/Rule.h"
 
 namespace korvo {
+namespace checking {
 namespace {
-
-std::vector<Diagnostic> applyRules(const std::string& file, const checking::Source& source) {
-  std::vector<Diagnostic> diagnostics;
-  for (const checking::Rule& rule : checking::rules()) {
-    for (const checking::Finding& finding : rule.find(source)) {
-      diagnostics.push_back({file, finding.line, finding.column, rule.code, rule.severity,
-                             std::string(rule.wanted) + ", found " + finding.found});
-    }
-  }
-  return diagnostics;
-}
 
 struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -31,13 +27,15 @@ struct CloseFile {
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
 // Of what openRead does not open.
-const char* whatIsThere(const std::filesystem::path& path) {
+Words whatIsThere(const std::filesystem::path& path) {
+  const Words noPermission("no permission", "aucun droit de lecture");
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(path, error);
-  if (error == std::errc::permission_denied) return "no permission";
-  if (!std::filesystem::exists(status)) return "none";
-  if (std::filesystem::is_directory(status)) return "a folder";
-  return std::filesystem::is_regular_file(status) ? "no permission" : "a pipe or a device";
+  if (error == std::errc::permission_denied) return noPermission;
+  if (!std::filesystem::exists(status)) return {"none", "aucun"};
+  if (std::filesystem::is_directory(status)) return {"a folder", "un dossier"};
+  if (std::filesystem::is_regular_file(status)) return noPermission;
+  return {"a pipe or a device", "un tube ou un périphérique"};
 }
 
 File openRead(const std::filesystem::path& path) {
@@ -50,20 +48,153 @@ File openRead(const std::filesystem::path& path) {
 #endif
 }
 
+// --- findings to diagnostics
+
+const SourceLine* lineOf(const Document& document, int number) {
+  const auto at = std::lower_bound(document.lines.begin(), document.lines.end(), number,
+                                   [](const SourceLine& l, int n) { return l.number < n; });
+  return at != document.lines.end() && at->number == number ? &*at : nullptr;
+}
+
+std::string suggestionOf(const Rule& rule, const Finding& finding, Language language) {
+  const bool needsWords =
+      std::string_view(rule.suggestion.english).find("{0}") != std::string_view::npos;
+  if (needsWords && finding.suggested.empty()) return {};
+  return filled(rule.suggestion, finding.suggested, language);
+}
+
+std::optional<Fix> fixOf(const Edit& edit, const Document& document) {
+  const SourceLine* line = lineOf(document, edit.place.line);
+  if (!line) return {};
+  const Stretch gone = inCharacters(line->raw, edit.place.column, edit.place.length);
+  return Fix{edit.place.line, gone.column, gone.length, edit.text};
+}
+
+Diagnostic diagnosticOf(const Rule& rule, const Finding& finding, const Source& source,
+                        const std::string& file, Language language) {
+  Diagnostic d;
+  d.file = file;
+  d.line = finding.place.line;
+  d.code = rule.code;
+  d.severity = rule.severity;
+  d.text = filled(rule.sentence, finding.found, language);
+  d.suggestion = suggestionOf(rule, finding, language);
+  d.isEndless = rule.isEndless;
+  const SourceLine* line = lineOf(source.document, finding.place.line);
+  if (!line) return d;
+  d.source = utf8OfLine(line->raw);
+  const Stretch where = inCharacters(line->raw, finding.place.column, finding.place.length);
+  d.column = where.column;
+  d.length = where.length;
+  if (finding.fix) d.fix = fixOf(*finding.fix, source.document);
+  return d;
+}
+
+// One run of the rules over a file.
+class Run {
+ public:
+  Run(std::string file, Language language, Checks checks)
+      : file_(std::move(file)), language_(language), checks_(checks) {}
+
+  // Whether the next stage may be reached.
+  bool ask(Stage stage, const Source& source) {
+    for (const Rule* rule : rules()) {
+      if (rule->stage != stage) continue;
+      if (checks_ == Checks::endless && !isNeeded(*rule)) continue;
+      for (const Finding& finding : rule->find(source)) {
+        found_.push_back(diagnosticOf(*rule, finding, source, file_, language_));
+      }
+    }
+    return !hasError(found_);
+  }
+
+  // By place; what is about the same one stays in the order of the table.
+  std::vector<Diagnostic> take() {
+    std::vector<std::tuple<int, int, std::size_t>> order;
+    for (const Diagnostic& d : found_) order.emplace_back(d.line, d.column, order.size());
+    std::sort(order.begin(), order.end());
+    std::vector<Diagnostic> sorted;
+    for (const auto& place : order) sorted.push_back(std::move(found_[std::get<2>(place)]));
+    return sorted;
+  }
+
+ private:
+  // Without them there is no machine, whatever is left out.
+  static bool isNeeded(const Rule& rule) {
+    const std::string_view code = rule.code;
+    return rule.isEndless || code == "file-unreadable" || code == "not-loaded";
+  }
+
+  std::string file_;
+  Language language_;
+  Checks checks_;
+  std::vector<Diagnostic> found_;
+};
+
+std::optional<Machine> loaded(const std::filesystem::path& path, int version) {
+  zkin::KMachine machine(wideOf(path).c_str(), version);
+  if (machine.readDataFile() != 0) return std::nullopt;
+  machine.setCurrentTool(1);  // the library leaves it unset, and then most queries answer nothing
+  return Machine(machine);
+}
+
+struct Names {
+  std::filesystem::path path;   ///< What is read.
+  std::filesystem::path shown;  ///< What messages say, and where geometry files may lie.
+};
+
+Checked checkFile(const Names& names, Format format, Language language, Checks checks) {
+  Checked checked;
+  Run run(utf8Of(names.shown), language, checks);
+  const File file = openRead(names.path);
+  const Document document = file ? readDocument(file.get()) : Document{};
+  LinkedElements linked;
+  Source source{document, linked, {}, {}, names.shown.parent_path()};
+  if (!file) source.unreadable = whatIsThere(names.path);
+  if (run.ask(Stage::file, source)) {
+    source.format = chooseFormat(document, format);
+    source.likely = chooseFormat(document, Format::automatic);
+    linked = linkElements(document, source.format.version);
+    if (run.ask(Stage::lines, source)) {
+      checked.machine = loaded(names.path, source.format.version);
+      source.machine = checked.machine ? &*checked.machine : nullptr;
+      run.ask(Stage::machine, source);
+    }
+  }
+  checked.result = {source.format, source.likely, run.take()};
+  if (hasError(checked.result.diagnostics)) checked.machine.reset();
+  return checked;
+}
+
 }  // namespace
 
-CheckResult check(const std::filesystem::path& path, Format format) {
-  const std::string name = utf8Of(path);
-  const File file = openRead(path);
-  if (!file) {
-    return {{},
-            {{name, 0, 0, "file-unreadable", Severity::error,
-              std::string("expected a readable file, found ") + whatIsThere(path)}}};
+Checked checkAndLoad(const std::filesystem::path& path, Format format, Language language,
+                     Checks checks) {
+  return checkFile({path, path}, format, language, checks);
+}
+
+}  // namespace checking
+
+CheckResult check(const std::filesystem::path& path, Format format, Language language) {
+  return checking::checkAndLoad(path, format, language, Checks::all).result;
+}
+
+CheckResult checkText(const std::string& text, const std::filesystem::path& path, Format format,
+                      Language language) {
+  const TemporaryFile file(text);
+  return checking::checkFile({file.path(), path}, format, language, Checks::all).result;
+}
+
+std::vector<RulePage> rulePages(Language language) {
+  std::vector<RulePage> pages;
+  for (const checking::Rule* rule : checking::rules()) {
+    const auto said = [language](const checking::Text& text) {
+      return checking::filled(text, {}, language);
+    };
+    pages.push_back({rule->code, rule->severity, said(rule->sentence), said(rule->suggestion),
+                     said(rule->meaning), rule->wrong, rule->right, rule->exampleFormat});
   }
-  const checking::Document document = checking::readDocument(file.get());
-  const FormatChoice choice = checking::chooseFormat(document, format);
-  const checking::LinkedElements linked = checking::linkElements(document, choice.version);
-  return {choice, applyRules(name, {document, linked})};
+  return pages;
 }
 
 }  // namespace korvo

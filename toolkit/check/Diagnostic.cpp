@@ -4,14 +4,22 @@
 
 namespace korvo {
 
-std::string toString(const Diagnostic& diagnostic) {
-  const std::string line = diagnostic.line > 0 ? ":" + std::to_string(diagnostic.line) : "";
-  const char* mark = diagnostic.severity == Severity::warning ? ": warning: " : ": ";
-  return diagnostic.file + line + mark + diagnostic.text;
+std::string toString(const Diagnostic& d) {
+  std::string place = d.file;
+  if (d.line > 0) place += ":" + std::to_string(d.line);
+  if (d.line > 0 && d.column > 0) place += ":" + std::to_string(d.column);
+  return place + ": " + toString(d.severity) + ": " + d.text + " [" + d.code + "]";
 }
 
 const char* toString(Severity severity) {
-  return severity == Severity::error ? "error" : "warning";
+  switch (severity) {
+    case Severity::note:
+      return "note";
+    case Severity::warning:
+      return "warning";
+    default:
+      return "error";
+  }
 }
 
 bool hasError(const std::vector<Diagnostic>& diagnostics) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,8 +10,17 @@ namespace korvo {
 
 /// What a finding means for the one who loads the file.
 enum class Severity {
+  note,     ///< Nothing is wrong; worth knowing.
   warning,  ///< The file loads, but probably not as meant.
   error,    ///< The file is refused.
+};
+
+/// A change of one line that mends a finding and leaves what else the file says as it is.
+struct Fix {
+  int line = 0;      ///< From 1.
+  int column = 0;    ///< From 1, in characters of the line as written.
+  int length = 0;    ///< How many characters go; 0: only insert.
+  std::string text;  ///< What comes instead. UTF-8.
 };
 
 /// One finding about a definition file, as data.
@@ -20,13 +30,18 @@ struct Diagnostic {
   int column = 0;    ///< From 1, in characters of the line as written; 0 when about the whole line.
   std::string code;  ///< Short, stable name of the rule.
   Severity severity = Severity::error;
-  std::string text;  ///< What was wanted, and what was found. UTF-8.
+  std::string text;          ///< What was wanted, and what was found. UTF-8.
+  int length = 0;            ///< Characters from the column on; 0 when about the whole line.
+  std::string suggestion{};  ///< How to mend it, as a sentence; may be empty.
+  std::string source{};      ///< The line as written, as UTF-8; empty without a line.
+  std::optional<Fix> fix{};  ///< Set when a change is known that cannot do harm.
+  bool isEndless = false;    ///< Loading the file would never end, or fill the memory.
 };
 
-/// "file:line: text", or "file: text" without a line; a warning's text follows "warning: ".
+/// "file:line:column: severity: text [code]"; without a column or a line these are left out.
 KORVO_TOOLKIT_API std::string toString(const Diagnostic& diagnostic);
 
-/// "warning" or "error".
+/// "note", "warning" or "error".
 KORVO_TOOLKIT_API const char* toString(Severity severity);
 
 /// Whether one of them refuses the file.

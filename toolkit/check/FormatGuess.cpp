@@ -84,7 +84,7 @@ FormatChoice guess(const std::vector<SourceLine>& axes) {
 FormatChoice chooseFormat(const Document& document, Format asked) {
   if (asked != Format::automatic) return {static_cast<int>(asked), "as asked"};
   std::vector<SourceLine> axes;
-  std::copy_if(document.begin(), document.end(), std::back_inserter(axes), isAxisLine);
+  std::copy_if(document.lines.begin(), document.lines.end(), std::back_inserter(axes), isAxisLine);
   return guess(axes);
 }
 

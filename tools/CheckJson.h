@@ -1,0 +1,13 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "tools/Checked.h"
+
+namespace korvo::tools {
+
+/// The answer of `korvo check --json`: every field of every diagnostic.
+nlohmann::json checkJson(const std::vector<CheckedFile>& files, Language language);
+
+}  // namespace korvo::tools
