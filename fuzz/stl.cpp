@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fuzz/MemoryFile.h"
+#include "tests/support/MemoryFile.h"
 #include "platform/zgeo/UTri.h"
 #include "tests/support/StlReference.h"
 
@@ -39,7 +39,7 @@ bool isText(const std::string& bytes) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const korvo::fuzz::MemoryFile file(data, size);
+  const korvo::test::MemoryFile file(data, size);
   const std::string path = file.path();
   std::vector<UTri> triangles(3);
   const int code = UTri::_loadSTL(std::wstring(path.begin(), path.end()), triangles);

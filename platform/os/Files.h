@@ -34,6 +34,9 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 /// The descriptor is closed in child programs.
 File openRead(const std::wstring& path);
 
+/// The same at exactly this narrow path, with none of the other readings (UTF-8 on Windows).
+File openRead(const std::string& path);
+
 /// How many bytes an open regular file has; -1 when the system does not say.
 std::int64_t sizeOf(std::FILE* file);
 

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include "platform/os/Files.h"
+#include "platform/os/Names.h"
 
 namespace korvo::os {
 namespace {
@@ -44,6 +45,8 @@ File openRead(const std::wstring& path) {
 }
 
 std::int64_t sizeOf(std::FILE* file) { return _filelengthi64(_fileno(file)); }
+
+File openRead(const std::string& path) { return openRead(charactersOf(path)); }
 
 std::optional<std::string> resolve(const std::wstring& path) {
   if (!openRead(path)) return std::nullopt;
