@@ -10,6 +10,7 @@ install(TARGETS korvo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 # The interface. The other headers are the libraries' own affair; tests/structure reads this list.
 set(KORVO_INTERFACE
+  geometry/ZrnFile.h geometry/ZrnGeom.h
   kinematics/Export.h kinematics/KMachine.h kinematics/KMachineElem.h kinematics/KMachineValue.h
   platform/zgeo/Export.h platform/zgeo/UAlgo.h platform/zgeo/UMatrix.h platform/zgeo/UTools.h
   platform/zgeo/UTri.h platform/zgeo/UVec2d.h platform/zgeo/UVec3d.h

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "fuzz/Ask.h"
-#include "fuzz/MemoryFile.h"
+#include "tests/support/MemoryFile.h"
 #include "toolkit/Machine.h"
 #include "toolkit/check/Fixes.h"
 #include "toolkit/check/Hover.h"
@@ -23,8 +23,8 @@ namespace {
 using korvo::Diagnostic;
 using korvo::Format;
 using korvo::Language;
-using korvo::fuzz::MemoryFile;
 using korvo::fuzz::require;
+using korvo::test::MemoryFile;
 
 struct Choice {
   Format format;

@@ -4,8 +4,8 @@
 #include <cstdint>
 
 #include "fuzz/Ask.h"
-#include "fuzz/MemoryFile.h"
 #include "kinematics/KMachine.h"
+#include "tests/support/MemoryFile.h"
 #include "toolkit/Machine.h"
 
 namespace {
@@ -27,7 +27,7 @@ bool isBounded(const korvo::Loaded& loaded) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const int version = data[0] % 2 == 1 ? 1 : 2;
-  const korvo::fuzz::MemoryFile file(data + 1, size - 1);
+  const korvo::test::MemoryFile file(data + 1, size - 1);
   const auto format = static_cast<korvo::Format>(version);
   if (!isBounded(korvo::load(file.path(), format, korvo::Checks::endless))) return 0;
 

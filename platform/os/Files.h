@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -32,6 +33,12 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 /// Opens the regular file at `path` for reading bytes; null when `_waccess(path, 4)` would fail.
 /// The descriptor is closed in child programs.
 File openRead(const std::wstring& path);
+
+/// The same at exactly this narrow path, with none of the other readings (UTF-8 on Windows).
+File openRead(const std::string& path);
+
+/// How many bytes an open regular file has; -1 when the system does not say.
+std::int64_t sizeOf(std::FILE* file);
 
 /// The narrow path that `openRead` would open; nothing when there is no such regular file.
 std::optional<std::string> resolve(const std::wstring& path);

@@ -128,19 +128,28 @@ std::optional<std::string> resolve(const std::wstring& path) {
 
 File openRead(const std::wstring& path) {
   const std::optional<std::string> found = resolve(path);
-  if (!found) return nullptr;
-  const int descriptor = openDescriptor(*found);
+  return found ? openRead(*found) : nullptr;
+}
+
+File openRead(const std::string& path) {
+  const int descriptor = openDescriptor(path);
   if (descriptor < 0) return nullptr;
   File file(isRegular(descriptor) ? fdopen(descriptor, "rb") : nullptr);
   if (!file) close(descriptor);
   return file;
 }
 
+std::int64_t sizeOf(std::FILE* file) {
+  struct stat status;
+  return fstat(fileno(file), &status) == 0 ? status.st_size : -1;
+}
+
 int _waccess(const wchar_t* path, int mode) {
   if (path == nullptr) return -1;
   if (mode == 0) return find(path) ? 0 : -1;
+  // NOLINTNEXTLINE(clang-analyzer-unix.Stream): the unique_ptr closes the file
   return mode == 4 && openRead(path) ? 0 : -1;
-}  // NOLINT(clang-analyzer-unix.Stream): the unique_ptr closes the file
+}
 
 }  // namespace korvo::os
 

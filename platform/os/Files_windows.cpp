@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include "platform/os/Files.h"
+#include "platform/os/Names.h"
 
 namespace korvo::os {
 namespace {
@@ -42,6 +43,10 @@ File openRead(const std::wstring& path) {
   if (!file) _close(descriptor);
   return file;
 }
+
+std::int64_t sizeOf(std::FILE* file) { return _filelengthi64(_fileno(file)); }
+
+File openRead(const std::string& path) { return openRead(charactersOf(path)); }
 
 std::optional<std::string> resolve(const std::wstring& path) {
   if (!openRead(path)) return std::nullopt;

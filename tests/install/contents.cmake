@@ -1,6 +1,7 @@
 # Checks the files of an install prefix: what a host needs is there, and nothing in the packages'
 # files names the tree that they were built from.
 foreach(file
+    include/geometry/ZrnFile.h include/geometry/ZrnGeom.h
     include/kinematics/KMachine.h include/kinematics/KMachineElem.h
     include/kinematics/KMachineValue.h include/platform/zgeo/UVec3d.h include/platform/zgeo/UMatrix.h
     ${LIBDIR}/libKorvo_Kinematics.so.0 ${LIBDIR}/libKorvo_CollisionUtils.so.0

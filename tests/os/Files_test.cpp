@@ -42,6 +42,18 @@ std::ptrdiff_t openDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
+// --- Narrow paths
+
+TEST(NarrowPath, OpensExactlyWhatItNames) {
+  const TempFolder folder;
+  folder.write("caf\xe9.zrn", "bytes");
+  EXPECT_TRUE(openRead(folder.narrow("caf\xe9.zrn")));
+  for (const char* const other : {"CAF\xe9.zrn", "caf\xc3\xa9.zrn", "gone", "."}) {
+    EXPECT_FALSE(openRead(folder.narrow(other))) << other;
+  }
+  EXPECT_FALSE(openRead(std::string()));
+}
+
 // --- Plain files
 
 TEST(OpenRead, GivesTheBytesAsTheyAre) {

@@ -10,7 +10,7 @@ import sys
 from pathlib import Path
 
 # What the sources of a folder may include, as folders; its own folder always. The longest match of
-# a path counts. "interface" stands for the installed headers of zgeo and kinematics, "installed" for all of them.
+# a path counts. "interface" stands for the installed headers of zgeo, kinematics and geometry, "installed" for all of them.
 MAY_INCLUDE = {
     "platform/rotations": [],
     "platform/text": [],
@@ -29,7 +29,7 @@ MAY_INCLUDE = {
 
 # The one list of installed headers, and how its entries look.
 INSTALL_LIST = "cmake/KorvoInstall.cmake"
-HEADER = re.compile(r"\b(?:kinematics|platform|toolkit)/[\w/]+\.h\b")
+HEADER = re.compile(r"\b(?:geometry|kinematics|platform|toolkit)/[\w/]+\.h\b")
 INCLUDE = re.compile(r'\s*#\s*include\s*(["<])([^">]+)[">]')
 
 
