@@ -35,8 +35,8 @@ bench:
 
 fuzz:
 	scripts/install-deps build test clang
-	cmake --preset asan-ubsan
-	cmake --build build/asan-ubsan --target fuzz/all
+	cmake --preset fuzz
+	cmake --build build/fuzz --target fuzz/all
 	scripts/fuzz $(FUZZ_SECONDS)
 
 coverage:
