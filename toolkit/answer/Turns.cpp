@@ -58,6 +58,7 @@ std::vector<int> turningPlaces(const Machine& machine, bool isArm) {
   const Position zero = machine.position();
   const auto free = freeAxes(*machine, zero, KMachineElem::KMET_TYPE_AROT);
   const std::size_t joints = isArm ? std::min<std::size_t>(free.size(), 3) : free.size();
+  places.reserve(joints);
   for (std::size_t i = 0; i < joints; ++i) places.push_back(free[i].place());
   if (!isArm) return places;
   for (const StandingAxis& axis : wristAxes(*machine, zero)) {
@@ -107,6 +108,7 @@ void unwind(const Machine& machine, const std::vector<int>& places, const Positi
 
 bool Met::isNew(const Position& at) {
   std::vector<double> key;
+  key.reserve(static_cast<std::size_t>(at.size()));
   for (int i = 0; i < at.size(); ++i) key.push_back(std::round(at[i] * 1e4) + 0.0);
   return keys_.insert(std::move(key)).second;
 }
