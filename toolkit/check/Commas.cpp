@@ -129,7 +129,7 @@ std::vector<Reading> readingsOf(const SourceLine& line, int first, int surplus,
   const Joiner joiner(line, first, count, slots);
   for (unsigned mask = 1; mask < 1U << slots.size(); ++mask) {
     if (std::popcount(mask) != surplus) continue;
-    if (std::optional<Reading> reading = joiner.read(mask)) readings.push_back(std::move(*reading));
+    if (std::optional<Reading> reading = joiner.read(mask)) readings.push_back(*reading);
   }
   return readings;
 }

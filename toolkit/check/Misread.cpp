@@ -130,7 +130,7 @@ Misread fileMisread(const SourceLine& line, const Steps& steps) {
   int begin = file->first;
   while (begin > vectorsBegin(steps) && isWholeNumber(operandOf(line, begin - 1))) --begin;
   const int count = runFrom(line, begin, isWholeNumber);
-  const Misread comma = decimalComma(line, begin, count, slotsFrom(steps, begin));
+  Misread comma = decimalComma(line, begin, count, slotsFrom(steps, begin));
   if (comma.why != Misreading::none) return comma;
   return {Misreading::operandAsFile, file->first, 1};
 }
@@ -169,9 +169,9 @@ Misread restMisread(const SourceLine& line, const Steps& steps) {
 }
 
 Misread elementMisread(const SourceLine& line, const Steps& steps, int version) {
-  const Misread frame = frameMisread(line, version);
+  Misread frame = frameMisread(line, version);
   if (frame.why != Misreading::none) return frame;
-  const Misread point = pointMisread(line, steps);
+  Misread point = pointMisread(line, steps);
   if (point.why != Misreading::none) return point;
   for (const Step& step : steps) {
     const Misread vector = vectorMisread(line, step);
@@ -235,7 +235,7 @@ Misread surplus(const SourceLine& line, int first, int wanted, Slot slot = Slot:
   if (isBlankFrom(line, first + wanted)) return {};
   const int count = runFrom(line, first, isWholeNumber);
   const std::vector<Slot> slots(static_cast<std::size_t>(wanted), slot);
-  const Misread comma = decimalComma(line, first, count, slots);
+  Misread comma = decimalComma(line, first, count, slots);
   return comma.why != Misreading::none ? comma : restFrom(line, first + wanted);
 }
 
@@ -282,9 +282,9 @@ Misread misreadOf(const SourceLine& line, int version) {
   if (isSplitByBlanks(line)) return {Misreading::blanks, 0, 1};
   if (!text::isElementKeyword(line.keyword)) return settingMisread(line);
   const Steps steps = stepsOf(line, version);
-  const Misread number = numberMisread(line, steps, version);
+  Misread number = numberMisread(line, steps, version);
   if (number.why != Misreading::none) return number;
-  const Misread found = elementMisread(line, steps, version);
+  Misread found = elementMisread(line, steps, version);
   if (found.why == Misreading::none || !isAxisLine(line)) return found;
   const Misread other = otherFormat(line, version);
   return other.why != Misreading::none ? other : found;
