@@ -5,6 +5,7 @@
 
 #include "kinematics/KMachineElem.h"
 #include "platform/zgeo/UTools.h"
+#include "toolkit/check/Operands.h"
 
 using zgeo::UTools;
 using zkin::KMachineElem;
@@ -32,36 +33,31 @@ bool hasVersion2Name(const SourceLine& line) {
   return name.size() == 1 && names.find(name[0]) != std::wstring_view::npos;
 }
 
-bool readDirection(const Tokens& tokens, int& pos) {
+bool hasDirection(const Tokens& tokens, const Step& step) {
+  int pos = step.first;
   zgeo::UVec3d v;
   return KMachineElem::_readVector(tokens, pos, v) && v.norm2() > 0.0;
 }
 
 // A number where the file name would be means that an operand was taken for another.
-bool endsWell(const Tokens& tokens, int pos) {
+bool isRead(const SourceLine& line, int version) {
+  const Tokens tokens = operandsOf(line);
+  const std::vector<Step> steps = stepsOf(line, version);
+  const Step* const point = stepOf(steps, Role::point);  // of rotary axes
+  const Step* const file = stepOf(steps, Role::file);
+  if (!hasDirection(tokens, *stepOf(steps, Role::direction))) return false;
+  if (point && point->count == 0) return false;
+  int pos = file->first;
   double value = 0.0;
-  return pos >= static_cast<int>(tokens.size()) || !KMachineElem::_readValue(tokens, pos, value);
-}
-
-bool readsFrom(const SourceLine& line, const Tokens& tokens, int pos) {
-  if (!readDirection(tokens, pos)) return false;
-  if (line.keyword == text::Keyword::linearAxis) return endsWell(tokens, pos);
-  int skipped = 0;
-  zgeo::UVec3d point;
-  for (int i = 0; i < 2; ++i) KMachineElem::_readValue(tokens, pos, skipped);
-  return KMachineElem::_readVector(tokens, pos, point) && endsWell(tokens, pos);
+  return !KMachineElem::_readValue(tokens, pos, value);
 }
 
 bool speaksFor1(const SourceLine& line) {
-  const Tokens tokens = operandsOf(line);
   int pos = 1, number = 0;
-  return KMachineElem::_readValue(tokens, pos, number) && number >= 1 &&
-         readsFrom(line, tokens, pos);
+  return KMachineElem::_readValue(operandsOf(line), pos, number) && number >= 1 && isRead(line, 1);
 }
 
-bool speaksFor2(const SourceLine& line) {
-  return hasVersion2Name(line) && readsFrom(line, operandsOf(line), 1);
-}
+bool speaksFor2(const SourceLine& line) { return hasVersion2Name(line) && isRead(line, 2); }
 
 std::string of(std::ptrdiff_t some, std::size_t all) {
   return std::to_string(some) + " of " + std::to_string(all) + " axis lines ";
