@@ -1,0 +1,113 @@
+#include "platform/solidra/FaceMesh.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace solidra {
+
+namespace {
+
+// The part of the tolerance that cutting curves into straight pieces may use.
+constexpr double kBoundaryShare = 0.25;
+
+// Vertices are no finer than this: of the surface's size, and of its largest coordinate (single
+// precision rounds by 6e-8 of it, in each of three directions).
+constexpr double kFinestOfSize = 1e-6;
+constexpr double kFinestOfCoordinate = 2.5e-7;
+
+// The mesher's parts may differ from what the loops enclose by this share of it: beyond, it has
+// turned a loop inside out or lost one, which it does without a word.
+constexpr double kAreaSlack = 0.01;
+
+constexpr std::chrono::seconds kMaxTime{10};
+
+double finest(const Surface& surface) {
+  const CGeom_Bound bound = surface.poleBound();
+  double largest = 0;
+  for (const CGeom_XYZ& p : {bound.GetLow(), bound.GetHigh()})
+    largest = std::max({largest, std::abs(p.x), std::abs(p.y), std::abs(p.z)});
+  return std::max(kFinestOfSize * bound.GetDiag(), kFinestOfCoordinate * largest);
+}
+
+std::vector<Region> wholeRegion() {
+  return {{{{0, 0}, {1, 0}, {1, 1}, {0, 1}}, {}, true}};
+}
+
+bool regionsOf(const Surface& surface, const Trim& trim, double tolerance,
+               std::vector<Region>& out) {
+  Work work;
+  Loops loops;
+  if (!makeLoops(surface, trim, tolerance, work, loops)) return false;
+  if (loops.isTrimmed) return makeRegions(std::move(loops.loops), work, out) && !out.empty();
+  out = wholeRegion();
+  return true;
+}
+
+double areaOf(const Region& region) {
+  double area = signedArea(region.outer);
+  for (const Loop& hole : region.holes) area += signedArea(hole);
+  return area;
+}
+
+double areaOf(const UvMesh& mesh) {
+  double area = 0;
+  for (const auto& [a, b, c] : mesh.triangles)
+    area += std::abs(signedArea({mesh.points[a], mesh.points[b], mesh.points[c]}));
+  return area;
+}
+
+bool isRightArea(const Region& region, const UvMesh& mesh) {
+  const double wanted = areaOf(region);
+  return std::abs(areaOf(mesh) - wanted) <= kAreaSlack * wanted;
+}
+
+void append(const Surface& surface, const UvMesh& part, FaceMesh& out) {
+  const int first = static_cast<int>(out.unit.size());
+  for (const CGeom2d_XY& p : part.points) {
+    out.unit.push_back(p);
+    out.points.push_back(rounded(surface.unitPoint(p)));
+  }
+  for (const auto& [a, b, c] : part.triangles)
+    out.triangles.push_back({first + a, first + b, first + c});
+}
+
+// Whether the three points span no area, which is so along collapsed sides.
+bool isFlat(const CGeom_XYZ& a, const CGeom_XYZ& b, const CGeom_XYZ& c) {
+  const CGeom_XYZ p{b.x - a.x, b.y - a.y, b.z - a.z};
+  const CGeom_XYZ q{c.x - a.x, c.y - a.y, c.z - a.z};
+  return p.y * q.z == p.z * q.y && p.z * q.x == p.x * q.z && p.x * q.y == p.y * q.x;
+}
+
+void dropFlat(FaceMesh& mesh) {
+  std::erase_if(mesh.triangles, [&](const std::array<int, 3>& t) {
+    return isFlat(mesh.points[t[0]], mesh.points[t[1]], mesh.points[t[2]]);
+  });
+}
+
+}  // namespace
+
+CGeom_XYZ rounded(const CGeom_XYZ& p) {
+  return {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z)};
+}
+
+bool meshFace(const Surface& surface, const Trim& trim, double tolerance, FaceMesh& out) {
+  const double least = finest(surface);
+  if (!std::isfinite(tolerance) || tolerance <= 0 || least == 0) return false;
+  tolerance = std::max(tolerance, least);
+  const Deadline deadline(kMaxTime);
+  std::vector<Region> regions;
+  std::vector<UvMesh> parts;
+  if (!regionsOf(surface, trim, kBoundaryShare * tolerance, regions)) return false;
+  out.stats.asked = tolerance;
+  if (!triangulate(surface, regions, out.stats.asked, deadline, parts)) return false;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    if (!isRightArea(regions[i], parts[i])) return false;
+    append(surface, parts[i], out);
+  }
+  if (!refine(surface, tolerance, deadline, out)) return false;
+  out.stats.missed = out.stats.first > out.stats.asked;
+  dropFlat(out);
+  return !out.triangles.empty() && out.triangles.size() <= kMaxTriangles;
+}
+
+}  // namespace solidra
