@@ -13,6 +13,11 @@ namespace {
 // Each round halves the edges that are too long: 2^-kMaxRounds of a face is nothing.
 constexpr int kMaxRounds = 24;
 
+// Rounds in which only the sides that are too far off are cut, which keeps the triangles few. After
+// them whatever is still bad is cut on all sides: near a pole a bad side may cut off ever smaller
+// pieces of a triangle and leave the bad rest.
+constexpr int kThriftyRounds = 4;
+
 using Triangle = std::array<int, 3>;
 
 CGeom_XYZ minus(const CGeom_XYZ& a, const CGeom_XYZ& b) {
@@ -75,9 +80,9 @@ class Refiner {
   }
 
   // Looks at the triangles not yet found good; whether all are good now.
-  bool look(double& worst) {
+  bool look(int round, double& worst) {
     worst = reached_;
-    std::vector<std::size_t> bad;
+    bool isGood = true;
     for (const std::size_t i : open_) {
       const Finding found = find(mesh_.triangles[i]);
       worst = std::max(worst, found.distance);
@@ -85,12 +90,12 @@ class Refiner {
         reached_ = std::max(reached_, found.distance);
         continue;
       }
-      bad.push_back(i);
+      isGood = false;
       for (int k = 0; k < 3; ++k)
-        if (found.sides >> k & 1) mark(mesh_.triangles[i], k);
+        if (round >= kThriftyRounds || (found.sides >> k & 1) != 0) mark(mesh_.triangles[i], k);
     }
     open_.clear();
-    return bad.empty();
+    return isGood;
   }
 
   // Cuts all triangles with a marked side, also those that were good: a side belongs to two.
@@ -202,7 +207,7 @@ class Refiner {
 bool refine(const Surface& surface, double tolerance, const Deadline& deadline, FaceMesh& mesh) {
   Refiner refiner(surface, tolerance, mesh);
   for (int round = 0; round <= kMaxRounds; ++round) {
-    const bool isGood = refiner.look(mesh.stats.reached);
+    const bool isGood = refiner.look(round, mesh.stats.reached);
     if (round == 0) mesh.stats.first = mesh.stats.reached;
     mesh.stats.rounds = round;
     if (isGood) return std::isfinite(mesh.stats.reached);
