@@ -11,7 +11,8 @@ class SOLIDRA_API CGeom2d_CNurbs : public CGeom2d_Curve {
   /// @param order   Degree + 1, from 2 to 26.
   /// @param periodic,closed  Must be false. A curve may nevertheless end where it starts.
   /// @param poles   At least count finite points, not weighted; the rest unused.
-  /// @param knots   Flat: at least count + order finite values that do not decrease, the rest unused;
+  /// @param knots   Flat: at least count + order finite values that do not decrease, the rest
+  /// unused;
   ///                no interior knot more than degree times, the range not empty.
   /// @param weights At least count positive ones, none above 1e6 times another; or none: all are 1.
   /// @errors  Anything else makes a refused curve. Nothing is thrown.

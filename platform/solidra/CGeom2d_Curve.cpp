@@ -58,12 +58,14 @@ std::shared_ptr<const Curve> part(const Curve& c, double start, double end) {
   return std::make_shared<const Curve>(Curve{c.shape, start, end});
 }
 
-// Puts `make` of each part between neighbouring cuts behind `pieces`: all or, on an exception, none.
+// Puts `make` of each part between neighbouring cuts behind `pieces`: all or, on an exception,
+// none.
 template <class Make>
 int extract(const Curve& c, const std::vector<double>& cuts, CStd_Array1<CGeom2d_Curve*>& pieces,
             Make make) {
   std::vector<std::unique_ptr<CGeom2d_Curve>> made;
-  for (std::size_t i = 1; i < cuts.size(); ++i) made.emplace_back(make(part(c, cuts[i - 1], cuts[i])));
+  for (std::size_t i = 1; i < cuts.size(); ++i)
+    made.emplace_back(make(part(c, cuts[i - 1], cuts[i])));
   const int before = pieces.GetCount();
   pieces.SetCount(before + static_cast<int>(made.size()));
   for (std::size_t i = 0; i < made.size(); ++i)

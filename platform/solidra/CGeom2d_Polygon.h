@@ -7,7 +7,8 @@ class SOLIDRA_API CGeom2d_Polygon : public CGeom2d_Curve {
  public:
   /// Copies the first `count` of the `size` points at `points`.
   ///
-  /// @errors  Fewer than two points, more than `size`, null or one that is not finite make a refused
+  /// @errors  Fewer than two points, more than `size`, null or one that is not finite make a
+  /// refused
   ///          curve. Equal neighbours are allowed.
   CGeom2d_Polygon(int count, const CGeom2d_XY* points, int size);
   ~CGeom2d_Polygon() override;

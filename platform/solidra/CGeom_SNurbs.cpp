@@ -24,8 +24,9 @@ std::pair<double, double> interval(const Knots& knots, double a, double b) {
   if (!std::isfinite(a) || !std::isfinite(b)) return whole;
   const double from = std::max(std::min(a, b), whole.first);
   const double to = std::min(std::max(a, b), whole.second);
-  const bool isPart = to - from > solidra::kSameKnot * std::max(whole.second - whole.first,
-                                                                std::max(std::abs(from), std::abs(to)));
+  const bool isPart =
+      to - from > solidra::kSameKnot *
+                      std::max(whole.second - whole.first, std::max(std::abs(from), std::abs(to)));
   return isPart ? std::pair{from, to} : whole;
 }
 

@@ -4,7 +4,8 @@
 
 /// A growing array with `int` indices from 0, the currency of this library's interface.
 ///
-/// @errors  An index outside 0 .. GetCount() - 1 is undefined, as for std::vector. Growing may throw
+/// @errors  An index outside 0 .. GetCount() - 1 is undefined, as for std::vector. Growing may
+/// throw
 ///          std::bad_alloc in the caller; the library's own operations never let it out.
 /// @owner   Holds values; an array of pointers does not own what they point at.
 template <class T>

@@ -13,8 +13,9 @@
 
 /// A surface, the curves that trim it, and its triangles.
 ///
-/// Every operation is noexcept in effect: what cannot be meshed is a face without a mesh. No thread is
-/// started and nothing process-wide is kept, so different faces may be meshed on different threads.
+/// Every operation is noexcept in effect: what cannot be meshed is a face without a mesh. No thread
+/// is started and nothing process-wide is kept, so different faces may be meshed on different
+/// threads.
 class SOLIDRA_API CTopo_Face {
  public:
   /// Owns `surface` from now on; null and a refused surface never get a mesh. `kind` is not used.
@@ -44,23 +45,25 @@ class SOLIDRA_API CTopo_Face {
 
   /// Makes the mesh, unless the face has one.
   ///
-  /// The region: curves are joined end to end, in either direction, across gaps of up to 1e-4 of the
-  /// parameter range in both directions or the wire's gap in mm, whichever is wider; a chain left
-  /// open is closed by a straight segment. A point is inside when an odd number of loops surround
-  /// it, however they turn and in whatever order they were added; what lies outside the surface's
-  /// range is cut off. Without loops that enclose an area the whole range is meshed. Loops that
-  /// cross each other or themselves, or that share all of their points, give no mesh.
+  /// The region: curves are joined end to end, in either direction, across gaps of up to 1e-4 of
+  /// the parameter range in both directions or the wire's gap in mm, whichever is wider; a chain
+  /// left open is closed by a straight segment. A point is inside when an odd number of loops
+  /// surround it, however they turn and in whatever order they were added; what lies outside the
+  /// surface's range is cut off. Without loops that enclose an area the whole range is meshed.
+  /// Loops that cross each other or themselves, or that share all of their points, give no mesh.
   ///
   /// @units   mm. `chord` is the largest distance between surface and triangles, measured on every
-  ///          triangle; at most a quarter of it goes into the boundary. `edge` likewise: the smaller
+  ///          triangle; at most half of it goes into the boundary. `edge` likewise: the smaller
   ///          one counts. Raised to 1e-6 of the surface's size and 2.5e-7 of its largest
   ///         coordinate, as vertices are no finer.
   /// @return  Whether the face has a mesh. False, and no mesh, for a refused surface, a region that
-  ///          cannot be meshed, a tolerance that is not a positive finite number, and a mesh of more
-  ///          than a million triangles.
-  /// @cost    Nearly linear in the triangles: they take some microseconds each. Bounded: no more than
-  ///          2e8 steps go into the wire, and meshing is given up after some 10 s, whatever the input.
-  ///          Checking the poles and knots is linear in their number, which the caller bounds.
+  ///          cannot be meshed, a tolerance that is not a positive finite number, and a mesh of
+  ///          more than a million triangles.
+  /// @cost    Nearly linear in the triangles: they take some microseconds each. Bounded: no more
+  /// than
+  ///          2e8 steps go into the wire, and meshing is given up after some 10 s, whatever the
+  ///          input. Checking the poles and knots is linear in their number, which the caller
+  ///          bounds.
   bool ValidateMesh(double chord, double edge);
 
   bool HasMesh() const;

@@ -26,8 +26,8 @@ class SOLIDRA_API CTopo_Wire {
   /// @owner   The wire owns `coEdge` from now on, also when it was not added.
   bool AddCoEdge(CTopo_CoEdge* coEdge, int direction, int kind, CTopo_Edge*& edge, double gap);
 
-  /// The number of pieces whose curves can bound something. Edges themselves are made while the face
-  /// is meshed, by the mesh's own tolerance: neither argument has an effect.
+  /// The number of pieces whose curves can bound something. Edges themselves are made while the
+  /// face is meshed, by the mesh's own tolerance: neither argument has an effect.
   int MakeEdgeFromCoEdge(int kind, double deviation);
 
   /// The number of pieces added.

@@ -107,8 +107,8 @@ std::vector<Loop> clip(std::vector<Loop> loops, const Side& side) {
   std::vector<Loop> out;
   std::vector<Loop> chains;
   for (Loop& loop : loops) {
-    const auto inside = std::count_if(loop.begin(), loop.end(),
-                                      [&](const CGeom2d_XY& p) { return side.holds(p); });
+    const auto inside =
+        std::count_if(loop.begin(), loop.end(), [&](const CGeom2d_XY& p) { return side.holds(p); });
     if (inside == 0) continue;
     if (static_cast<std::size_t>(inside) == loop.size())
       out.push_back(std::move(loop));
@@ -131,7 +131,8 @@ void tidy(Loop& loop) {
 }  // namespace
 
 std::vector<Loop> clipToUnit(std::vector<Loop> loops) {
-  for (const Side side : {Side{true, false}, Side{true, true}, Side{false, false}, Side{false, true}}) {
+  for (const Side side :
+       {Side{true, false}, Side{true, true}, Side{false, false}, Side{false, true}}) {
     const bool isBeyond = std::any_of(loops.begin(), loops.end(), [&](const Loop& loop) {
       return std::any_of(loop.begin(), loop.end(),
                          [&](const CGeom2d_XY& p) { return side.depth(p) < -kOnSide; });

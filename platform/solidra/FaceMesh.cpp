@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace solidra {
 
 namespace {
 
 // The part of the tolerance that cutting curves into straight pieces may use.
-constexpr double kBoundaryShare = 0.25;
+constexpr double kBoundaryShare = 0.5;
 
 // Vertices are no finer than this: of the surface's size, and of its largest coordinate (single
 // precision rounds by 6e-8 of it, in each of three directions).
@@ -19,12 +20,21 @@ constexpr double kFinestOfCoordinate = 2.5e-7;
 // turned a loop inside out or lost one, which it does without a word.
 constexpr double kAreaSlack = 0.01;
 
+// The same once all points of the loops are in the mesh: rounding alone.
+constexpr double kFoldSlack = 1e-6;
+
 constexpr std::chrono::seconds kMaxTime{10};
 
 // What the mesher is asked for first, of the surface's size, where the tolerance is finer. Its time
 // grows faster than its triangles (70 microseconds each at 1e-4 of the size), cutting them costs
 // one or two: the same tolerance is reached some ten times as fast, and with fewer triangles.
 constexpr double kCoarse = 1.0 / 500;
+
+// How far the loops may be simplified for it.
+constexpr double kRimShare = 0.1;
+
+// Points that a rim may have to be left whole: a thousand may take the mesher a second.
+constexpr std::size_t kMaxFullRim = 1000;
 
 // Where the first mesh leads to none within the tolerance, the mesher is asked for finer ones.
 constexpr int kAttempts = 3;
@@ -38,9 +48,7 @@ double finest(const Surface& surface) {
   return std::max(kFinestOfSize * bound.GetDiag(), kFinestOfCoordinate * largest);
 }
 
-std::vector<Region> wholeRegion() {
-  return {{{{0, 0}, {1, 0}, {1, 1}, {0, 1}}, {}, true}};
-}
+std::vector<Region> wholeRegion() { return {{{{0, 0}, {1, 0}, {1, 1}, {0, 1}}, {}, true}}; }
 
 bool regionsOf(const Surface& surface, const Trim& trim, double tolerance,
                std::vector<Region>& out) {
@@ -70,6 +78,17 @@ bool isRightArea(const Region& region, const UvMesh& mesh) {
   return std::abs(areaOf(mesh) - wanted) <= kAreaSlack * wanted;
 }
 
+// Whether no triangle was turned over when points of the rim were put in: the areas without their
+// signs would exceed what the loops enclose.
+bool isUnfolded(const std::vector<Region>& regions, const FaceMesh& mesh) {
+  double wanted = 0;
+  double found = 0;
+  for (const Region& region : regions) wanted += areaOf(region);
+  for (const auto& [a, b, c] : mesh.triangles)
+    found += std::abs(signedArea({mesh.unit[a], mesh.unit[b], mesh.unit[c]}));
+  return std::abs(found - wanted) <= kFoldSlack * wanted;
+}
+
 void append(const Surface& surface, const UvMesh& part, FaceMesh& out) {
   const int first = static_cast<int>(out.unit.size());
   for (const CGeom2d_XY& p : part.points) {
@@ -93,16 +112,39 @@ void dropFlat(FaceMesh& mesh) {
   });
 }
 
-// One mesh of the mesher, checked, then cut until it keeps the tolerance.
-bool meshOnce(const Surface& surface, const std::vector<Region>& regions, double tolerance,
-              const Deadline& deadline, FaceMesh& out) {
+std::size_t pointsOf(const std::vector<Region>& regions) {
+  std::size_t count = 0;
+  for (const Region& region : regions) {
+    count += region.outer.size();
+    for (const Loop& hole : region.holes) count += hole.size();
+  }
+  return count;
+}
+
+std::vector<CoarseRegion> coarsenAll(const Surface& surface, const std::vector<Region>& regions,
+                                     double tolerance) {
+  std::vector<CoarseRegion> out;
+  for (const Region& region : regions) out.push_back(coarsen(surface, region, tolerance));
+  return out;
+}
+
+// One mesh of the mesher, checked, then cut until it keeps the tolerance and has all of the loops.
+bool meshOnce(const Surface& surface, const std::vector<Region>& regions,
+              const std::vector<CoarseRegion>& coarse, double tolerance, const Deadline& deadline,
+              FaceMesh& out) {
+  std::vector<Region> asked;
+  for (const CoarseRegion& c : coarse) asked.push_back(c.region);
   std::vector<UvMesh> parts;
-  if (!triangulate(surface, regions, out.stats.asked, deadline, parts)) return false;
+  Rim rim;
+  if (!triangulate(surface, asked, out.stats.asked, deadline, parts)) return false;
   for (std::size_t i = 0; i < parts.size(); ++i) {
-    if (!isRightArea(regions[i], parts[i])) return false;
+    if (!isRightArea(asked[i], parts[i])) return false;
+    if (!makeRim(regions[i], coarse[i], static_cast<int>(out.unit.size()), parts[i], rim))
+      return false;
     append(surface, parts[i], out);
   }
-  if (!refine(surface, tolerance, deadline, out)) return false;
+  if (!refine(surface, tolerance, deadline, std::move(rim), out)) return false;
+  if (!isUnfolded(regions, out)) return false;
   out.stats.missed = out.stats.first > out.stats.asked;
   dropFlat(out);
   return !out.triangles.empty() && out.triangles.size() <= kMaxTriangles;
@@ -126,7 +168,12 @@ bool meshFace(const Surface& surface, const Trim& trim, double tolerance, FaceMe
     out = {};
     out.stats.asked = asked;
     out.stats.attempts = attempt;
-    if (meshOnce(surface, regions, tolerance, deadline, out)) return true;
+    // The last attempt leaves the mesher all points of the loops, if they are not too many.
+    const bool isFull = attempt == kAttempts && pointsOf(regions) <= kMaxFullRim;
+    const double simplified = isFull ? 0 : kRimShare * asked;
+    if (meshOnce(surface, regions, coarsenAll(surface, regions, simplified), tolerance, deadline,
+                 out))
+      return true;
   }
   return false;
 }

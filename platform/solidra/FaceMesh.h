@@ -7,6 +7,7 @@
 #include "platform/solidra/CMesh_Stats.h"
 #include "platform/solidra/Mesher.h"
 #include "platform/solidra/Region.h"
+#include "platform/solidra/Rim.h"
 
 /// From a surface and what trims it to triangles that keep a tolerance.
 namespace solidra {
@@ -27,7 +28,10 @@ bool meshFace(const Surface& surface, const Trim& trim, double tolerance, FaceMe
 
 /// Cuts triangles further than `tolerance` from the surface until none is; fills `stats.first`,
 /// `stats.reached` and `stats.rounds`. False when that takes too many rounds or triangles.
-bool refine(const Surface& surface, double tolerance, const Deadline& deadline, FaceMesh& mesh);
+///
+/// Edges of the rim are cut at the points of the loops that they stand for, down to the last one.
+bool refine(const Surface& surface, double tolerance, const Deadline& deadline, Rim rim,
+            FaceMesh& mesh);
 
 /// The point as a vertex holds it.
 CGeom_XYZ rounded(const CGeom_XYZ& p);

@@ -17,11 +17,12 @@ constexpr double kSamePoint = 1e-12;
 // A loop that encloses less of the unit square encloses nothing.
 constexpr double kNoArea = 1e-12;
 
-// Unit parameters beyond this are no data of a trimming curve, and would cost the clipping its digits.
+// Unit parameters beyond this are no data of a trimming curve, and would cost the clipping its
+// digits.
 constexpr double kFarOutside = 1e6;
 
-// A curved span is cut into this many pieces before its deviation is looked at, so that no symmetric
-// shape hides from it, and at most 2^kMaxHalvings times as many.
+// A curved span is cut into this many pieces before its deviation is looked at, so that no
+// symmetric shape hides from it, and at most 2^kMaxHalvings times as many.
 constexpr int kPieces = 8;
 constexpr int kMaxHalvings = 6;
 
@@ -49,7 +50,8 @@ class Flattener {
   Loop flatten(const Curve& curve) const {
     Loop points;
     if (curve.isPolygon()) {
-      for (auto i = static_cast<std::size_t>(curve.start); i <= static_cast<std::size_t>(curve.end); ++i)
+      for (auto i = static_cast<std::size_t>(curve.start); i <= static_cast<std::size_t>(curve.end);
+           ++i)
         append(points, unit(curve.shape->poles[i]));
       return points;
     }
@@ -79,8 +81,7 @@ class Flattener {
   void addPiece(const Curve& curve, double from, double to, int halvings, Loop& points) const {
     const CGeom2d_XY end = at(curve, to);
     const double half = (from + to) / 2;
-    if (curve.shape->knots.degree > 1 && halvings < kMaxHalvings &&
-        points.size() <= kMaxBoundary &&
+    if (curve.shape->knots.degree > 1 && halvings < kMaxHalvings && points.size() <= kMaxBoundary &&
         distance(surface_.unitPoint(at(curve, half)),
                  surface_.unitPoint(middle(at(curve, from), end))) > tolerance_) {
       addPiece(curve, from, half, halvings + 1, points);

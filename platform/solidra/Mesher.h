@@ -29,7 +29,8 @@ class Deadline {
 /// Triangulates regions of a surface, one mesh for each, so that no triangle should be further than
 /// `deflection` mm from the surface. Callers measure whether that is so.
 ///
-/// @errors  False where the mesher refuses a region, says that it did it wrongly, or runs out of time.
+/// @errors  False where the mesher refuses a region, says that it did it wrongly, or runs out of
+/// time.
 ///          Throws nothing but what std::exception is the base of.
 bool triangulate(const Surface& surface, const std::vector<Region>& regions, double deflection,
                  const Deadline& deadline, std::vector<UvMesh>& out);

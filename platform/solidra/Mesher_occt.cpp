@@ -130,7 +130,8 @@ class FaceBuilder {
     const gp_Vec2d way(b.x - a.x, b.y - a.y);
     TopoDS_Edge edge;
     builder_.MakeEdge(edge);
-    builder_.UpdateEdge(edge, new Geom2d_Line({a.x, a.y}, way), surface_, TopLoc_Location(), kExact);
+    builder_.UpdateEdge(edge, new Geom2d_Line({a.x, a.y}, way), surface_, TopLoc_Location(),
+                        kExact);
     builder_.Range(edge, 0, way.Magnitude());
     builder_.Add(edge, from.Oriented(TopAbs_FORWARD));
     builder_.Add(edge, to.Oriented(TopAbs_REVERSED));

@@ -60,7 +60,8 @@ struct Extreme {
   CGeom2d_XY at;
 };
 
-// Follows an extreme uphill: the step is halved whenever none of the eight neighbours is further out.
+// Follows an extreme uphill: the step is halved whenever none of the eight neighbours is further
+// out.
 CGeom_XYZ climb(const Surface& s, int axis, double sign, Extreme best, CGeom2d_XY step) {
   for (int halvings = 0, moves = 0; halvings < 40 && moves < 400; ++moves) {
     Extreme next = best;

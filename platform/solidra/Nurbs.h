@@ -20,7 +20,8 @@ inline constexpr double kMaxCoordinate = 1e9;
 /// Largest ratio of two weights: beyond it a pole no longer has a say within the rounding.
 inline constexpr double kMaxWeightRatio = 1e6;
 
-/// Knots nearer than this (relative to their range and size) are one: the mesher refuses closer ones.
+/// Knots nearer than this (relative to their range and size) are one: the mesher refuses closer
+/// ones.
 inline constexpr double kSameKnot = 1e-12;
 
 /// The flat knots of one direction.

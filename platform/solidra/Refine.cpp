@@ -73,15 +73,16 @@ struct Finding {
 /// One face's refinement.
 class Refiner {
  public:
-  Refiner(const Surface& surface, double tolerance, FaceMesh& mesh)
-      : surface_(surface), tolerance_(tolerance), mesh_(mesh) {
+  Refiner(const Surface& surface, double tolerance, Rim rim, FaceMesh& mesh)
+      : surface_(surface), tolerance_(tolerance), rim_(std::move(rim)), mesh_(mesh) {
     open_.resize(mesh.triangles.size());
     for (std::size_t i = 0; i < open_.size(); ++i) open_[i] = i;
   }
 
   // Looks at the triangles not yet found good; whether all are good now.
-  bool look(int round, double& worst) {
+  bool look(double& worst) {
     worst = reached_;
+    if (rim_.empty()) ++lookedAt_;
     bool isGood = true;
     for (const std::size_t i : open_) {
       const Finding found = find(mesh_.triangles[i]);
@@ -91,8 +92,10 @@ class Refiner {
         continue;
       }
       isGood = false;
+      const bool isRim = found.distance == 0;  // not yet looked at
       for (int k = 0; k < 3; ++k)
-        if (round >= kThriftyRounds || (found.sides >> k & 1) != 0) mark(mesh_.triangles[i], k);
+        if ((lookedAt_ > kThriftyRounds && !isRim) || (found.sides >> k & 1) != 0)
+          mark(mesh_.triangles[i], k);
     }
     open_.clear();
     return isGood;
@@ -117,7 +120,17 @@ class Refiner {
     return static_cast<std::uint64_t>(std::min(a, b)) << 32 | static_cast<unsigned>(std::max(a, b));
   }
 
+  // Sides of the rim are cut whatever their distance.
+  int rimSides(const Triangle& t) const {
+    int sides = 0;
+    for (int k = 0; k < 3 && !rim_.empty(); ++k)
+      if (rim_.contains(directedKey(t[k], t[(k + 1) % 3]))) sides |= 1 << k;
+    return sides;
+  }
+
   Finding find(const Triangle& t) const {
+    const int rim = rimSides(t);
+    if (rim != 0) return {0, rim};
     const CGeom_XYZ& origin = mesh_.points[t[0]];
     const CGeom_XYZ b = minus(mesh_.points[t[1]], origin);
     const CGeom_XYZ c = minus(mesh_.points[t[2]], origin);
@@ -155,10 +168,25 @@ class Refiner {
     const int b = t[(side + 1) % 3];
     const auto [at, isNew] = middles_.try_emplace(key(a, b), static_cast<int>(mesh_.unit.size()));
     if (!isNew) return;
-    const CGeom2d_XY& p = mesh_.unit[a];
-    const CGeom2d_XY& q = mesh_.unit[b];
-    mesh_.unit.push_back({(p.x + q.x) / 2, (p.y + q.y) / 2});
+    mesh_.unit.push_back(middlePoint(a, b, at->second));
     mesh_.points.push_back(rounded(surface_.unitPoint(mesh_.unit.back())));
+  }
+
+  // In the parameter plane; on the rim a point of the loop, and the two parts are rim again.
+  CGeom2d_XY middlePoint(int a, int b, int made) {
+    const auto at = rim_.find(directedKey(a, b));
+    if (at == rim_.end()) {
+      const CGeom2d_XY& p = mesh_.unit[a];
+      const CGeom2d_XY& q = mesh_.unit[b];
+      return {(p.x + q.x) / 2, (p.y + q.y) / 2};
+    }
+    const Stretch whole = at->second;
+    rim_.erase(at);
+    const double middle = middleOf(whole);
+    const Stretch parts[] = {{whole.loop, whole.from, middle}, {whole.loop, middle, whole.to}};
+    if (hasPoints(parts[0])) rim_[directedKey(a, made)] = parts[0];
+    if (hasPoints(parts[1])) rim_[directedKey(made, b)] = parts[1];
+    return pointAt(*whole.loop, middle);
   }
 
   int middle(int a, int b) const {
@@ -173,7 +201,7 @@ class Refiner {
     std::array<int, 3> m = {middle(t[0], t[1]), middle(t[1], t[2]), middle(t[2], t[0])};
     const auto cuts = std::count_if(m.begin(), m.end(), [](int i) { return i >= 0; });
     int turn = 0;
-    while (cuts == 1 && m[turn] < 0) ++turn;         // only side 0 is cut
+    while (cuts == 1 && m[turn] < 0) ++turn;             // only side 0 is cut
     while (cuts == 2 && m[(turn + 2) % 3] >= 0) ++turn;  // all but side 2
     const int a = t[turn];
     const int b = t[(turn + 1) % 3];
@@ -190,13 +218,16 @@ class Refiner {
       else
         out.insert(out.end(), {{a, m[0], c}, {m[0], m[1], c}});
     } else {
-      out.insert(out.end(), {{a, m[0], m[2]}, {m[0], b, m[1]}, {m[2], m[1], c}, {m[0], m[1], m[2]}});
+      out.insert(out.end(),
+                 {{a, m[0], m[2]}, {m[0], b, m[1]}, {m[2], m[1], c}, {m[0], m[1], m[2]}});
     }
   }
 
   const Surface& surface_;
   double tolerance_;
+  Rim rim_;
   FaceMesh& mesh_;
+  int lookedAt_ = 0;               // rounds since the rim has all its points
   double reached_ = 0;             // of the triangles found good
   std::vector<std::size_t> open_;  // triangles to look at
   std::unordered_map<std::uint64_t, int> middles_;
@@ -204,10 +235,11 @@ class Refiner {
 
 }  // namespace
 
-bool refine(const Surface& surface, double tolerance, const Deadline& deadline, FaceMesh& mesh) {
-  Refiner refiner(surface, tolerance, mesh);
+bool refine(const Surface& surface, double tolerance, const Deadline& deadline, Rim rim,
+            FaceMesh& mesh) {
+  Refiner refiner(surface, tolerance, std::move(rim), mesh);
   for (int round = 0; round <= kMaxRounds; ++round) {
-    const bool isGood = refiner.look(round, mesh.stats.reached);
+    const bool isGood = refiner.look(mesh.stats.reached);
     if (round == 0) mesh.stats.first = mesh.stats.reached;
     mesh.stats.rounds = round;
     if (isGood) return std::isfinite(mesh.stats.reached);

@@ -28,7 +28,9 @@ bool isCrossing(const Segment& s, const Segment& t) {
       std::max(t.a.y, t.b.y) < std::min(s.a.y, s.b.y))
     return false;
   const double tolerance = kOnLoop * kOnLoop;
-  const auto apart = [&](double x, double y) { return x * y < 0 && std::min(std::abs(x), std::abs(y)) > tolerance; };
+  const auto apart = [&](double x, double y) {
+    return x * y < 0 && std::min(std::abs(x), std::abs(y)) > tolerance;
+  };
   return apart(cross(s.a, s.b, t.a), cross(s.a, s.b, t.b)) &&
          apart(cross(t.a, t.b, s.a), cross(t.a, t.b, s.b));
 }
@@ -156,7 +158,8 @@ Loop turned(const Loop& loop, bool counterClockwise) {
 
 bool isOnSide(const CGeom2d_XY& p) { return p.x == 0 || p.x == 1 || p.y == 0 || p.y == 1; }
 
-// One loop around the whole unit square trims nothing; the mesher knows seams and poles better then.
+// One loop around the whole unit square trims nothing; the mesher knows seams and poles better
+// then.
 bool isWhole(const Region& region) {
   return region.holes.empty() && std::abs(signedArea(region.outer) - 1) < kOnLoop &&
          std::all_of(region.outer.begin(), region.outer.end(), isOnSide);

@@ -32,7 +32,8 @@ CGeom2d_XY squarePole(int i) {
 
 double squareWeight(int i) { return i % 2 == 0 ? 1 : std::sqrt(0.5); }
 
-CurvePtr nurbs(const std::vector<CGeom2d_XY>& poles, const std::vector<double>& weights, int spans) {
+CurvePtr nurbs(const std::vector<CGeom2d_XY>& poles, const std::vector<double>& weights,
+               int spans) {
   return std::make_unique<CGeom2d_CNurbs>(static_cast<int>(poles.size()), 3, false, false,
                                           array(poles), array(knots(2, spans)), array(weights));
 }

@@ -75,8 +75,8 @@ Mesh meshOf(const CTopo_Face& face);
 
 double areaOf(const Mesh& mesh);
 
-/// Largest of `distance` over all points of a fine grid on every triangle: a function that knows the
-/// exact surface, so that mesh and library are judged by neither.
+/// Largest of `distance` over all points of a fine grid on every triangle: a function that knows
+/// the exact surface, so that mesh and library are judged by neither.
 double largest(const Mesh& mesh, const std::function<double(const CGeom_XYZ&)>& distance);
 
 /// The same over the vertices alone.
