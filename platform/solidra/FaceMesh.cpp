@@ -11,6 +11,9 @@ namespace {
 // The part of the tolerance that cutting curves into straight pieces may use.
 constexpr double kBoundaryShare = 0.5;
 
+// What the samples of a triangle may reach of the tolerance: between them it may be a little more.
+constexpr double kSampledShare = 0.92;
+
 // Vertices are no finer than this: of the surface's size, and of its largest coordinate (single
 // precision rounds by 6e-8 of it, in each of three directions).
 constexpr double kFinestOfSize = 1e-6;
@@ -143,7 +146,7 @@ bool meshOnce(const Surface& surface, const std::vector<Region>& regions,
       return false;
     append(surface, parts[i], out);
   }
-  if (!refine(surface, tolerance, deadline, std::move(rim), out)) return false;
+  if (!refine(surface, kSampledShare * tolerance, deadline, std::move(rim), out)) return false;
   if (!isUnfolded(regions, out)) return false;
   out.stats.missed = out.stats.first > out.stats.asked;
   dropFlat(out);

@@ -111,6 +111,8 @@ class Chains {
       take(i, false, chain);
       if (!extend(i, chain)) return false;
       // The closing segment is the step from the last point to the first.
+      if (chain.size() > 3 && isNear(chain.front(), chain.back(), kJoin))
+        meet(chain.front(), chain.back());
       if (isNear(chain.front(), chain.back(), kSamePoint)) chain.pop_back();
       if (std::abs(signedArea(chain)) > kNoArea) loops.push_back(std::move(chain));
     }
@@ -118,10 +120,16 @@ class Chains {
   }
 
  private:
+  // Ends that nearly meet do so halfway: pieces may also reach too far, and then a step back from
+  // the one to the other would cross them.
+  static void meet(CGeom2d_XY& a, CGeom2d_XY& b) { a = b = middle(a, b); }
+
   void take(std::size_t piece, bool reversed, Loop& chain) {
     used_[piece] = true;
     Loop& points = pieces_[piece];
     if (reversed) std::reverse(points.begin(), points.end());
+    if (!chain.empty() && isNear(chain.back(), points.front(), kJoin))
+      meet(chain.back(), points.front());
     for (const CGeom2d_XY& p : points) append(chain, p);
   }
 

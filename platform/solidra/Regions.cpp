@@ -10,6 +10,9 @@ namespace {
 // A point nearer than this to a loop (unit parameters) lies on it.
 constexpr double kOnLoop = 1e-9;
 
+// Points of a loop that are asked whether another loop surrounds them.
+constexpr std::size_t kAsked = 32;
+
 struct Segment {
   CGeom2d_XY a;
   CGeom2d_XY b;
@@ -101,16 +104,22 @@ struct Box {
 
 enum class Place { outside, inside, same, unknown };
 
-// Loops do not cross: one point of a loop that is not on the other decides for all of it.
+// Loops do not cross: any point of a loop that is not on the other decides for all of it. Some more
+// are asked all the same, as loops that cross in common points alone do so unseen.
 Place placeOf(const Loop& inner, const Loop& outer, Work& work) {
-  for (std::size_t i = 0; i < 2 * inner.size(); ++i) {
+  const std::size_t step = std::max<std::size_t>(1, 2 * inner.size() / kAsked);
+  Place found = Place::same;
+  for (std::size_t i = 0; i < 2 * inner.size(); i += found == Place::same ? 1 : step) {
     if (!work.spend(10 * static_cast<long long>(outer.size()))) return Place::unknown;
     const CGeom2d_XY& a = inner[i / 2];
     const CGeom2d_XY& b = inner[(i / 2 + 1) % inner.size()];
     const CGeom2d_XY p = i % 2 == 0 ? a : CGeom2d_XY{(a.x + b.x) / 2, (a.y + b.y) / 2};
-    if (!isOn(p, outer)) return surrounds(outer, p) ? Place::inside : Place::outside;
+    if (isOn(p, outer)) continue;
+    const Place place = surrounds(outer, p) ? Place::inside : Place::outside;
+    if (found != Place::same && place != found) return Place::unknown;
+    found = place;
   }
-  return Place::same;
+  return found;
 }
 
 /// Which loops surround which.
