@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "platform/solidra/Region.h"
@@ -68,8 +69,9 @@ std::vector<End> endsInOrder(const std::vector<Loop>& chains, const Side& side) 
     ends.push_back({side.along(chains[i].front()), i, false});
     ends.push_back({side.along(chains[i].back()), i, true});
   }
-  std::stable_sort(ends.begin(), ends.end(),
-                   [](const End& a, const End& b) { return a.along < b.along; });
+  std::sort(ends.begin(), ends.end(), [](const End& a, const End& b) {
+    return std::tie(a.along, a.chain, a.isLast) < std::tie(b.along, b.chain, b.isLast);
+  });
   return ends;
 }
 

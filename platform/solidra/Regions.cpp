@@ -96,9 +96,9 @@ struct Box {
       high = {std::max(high.x, p.x), std::max(high.y, p.y)};
     }
   }
-  bool holds(const Box& other) const {
-    return other.low.x >= low.x - kOnLoop && other.high.x <= high.x + kOnLoop &&
-           other.low.y >= low.y - kOnLoop && other.high.y <= high.y + kOnLoop;
+  bool meets(const Box& other) const {
+    return other.low.x <= high.x && other.high.x >= low.x && other.low.y <= high.y &&
+           other.high.y >= low.y;
   }
 };
 
@@ -134,7 +134,7 @@ class Nesting {
     for (std::size_t i = 0; i < loops_.size(); ++i) {
       if (!work_.spend(static_cast<long long>(loops_.size()))) return false;
       for (std::size_t j = 0; j < loops_.size(); ++j) {
-        if (i == j || !boxes[j].holds(boxes[i])) continue;
+        if (i == j || !boxes[j].meets(boxes[i])) continue;
         const Place place = placeOf(loops_[i], loops_[j], work_);
         if (place == Place::same || place == Place::unknown) return false;
         if (place == Place::inside) surrounding_[i].push_back(j);
