@@ -59,11 +59,12 @@ class SOLIDRA_API CTopo_Face {
   /// @return  Whether the face has a mesh. False, and no mesh, for a refused surface, a region that
   ///          cannot be meshed, a tolerance that is not a positive finite number, and a mesh of
   ///          more than a million triangles.
-  /// @cost    Nearly linear in the triangles: they take some microseconds each. Bounded: no more
-  /// than
-  ///          2e8 steps go into the wire, and meshing is given up after some 10 s, whatever the
-  ///          input. Checking the poles and knots is linear in their number, which the caller
-  ///          bounds.
+  /// @cost    Nearly linear in the triangles: they take some microseconds each. Bounded whatever
+  /// the
+  ///          input: no more than 2e8 steps go into the wire, no more than 50,000 points into its
+  ///          curves and 5000 of them (those that cannot be simplified away at first) to the
+  ///          mesher, and meshing is given up after some 10 s. Checking the poles and knots is
+  ///          linear in their number, which the caller bounds.
   bool ValidateMesh(double chord, double edge);
 
   bool HasMesh() const;

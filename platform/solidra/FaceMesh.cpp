@@ -39,6 +39,10 @@ constexpr double kRimShare = 0.1;
 // Points that a rim may have to be left whole: a thousand may take the mesher a second.
 constexpr std::size_t kMaxFullRim = 1000;
 
+// Points that the mesher is given at all: its time and memory grow with their square at worst, and
+// it looks at no clock meanwhile.
+constexpr std::size_t kMaxRim = 5000;
+
 // Where the first mesh leads to none within the tolerance, the mesher is asked for finer ones.
 constexpr int kAttempts = 3;
 constexpr double kFiner = 0.2;
@@ -137,6 +141,7 @@ bool meshOnce(const Surface& surface, const std::vector<Region>& regions,
               FaceMesh& out) {
   std::vector<Region> asked;
   for (const CoarseRegion& c : coarse) asked.push_back(c.region);
+  if (pointsOf(asked) > kMaxRim) return false;
   std::vector<UvMesh> parts;
   Rim rim;
   if (!triangulate(surface, asked, out.stats.asked, deadline, parts)) return false;
