@@ -16,6 +16,7 @@ MAY_INCLUDE = {
     "platform/text": [],
     "platform/os": ["platform/text"],
     "platform/zgeo": ["platform/rotations", "platform/text", "platform/os"],
+    "platform/solidra": [],
     "kinematics": ["platform"],
     "geometry": ["platform", "kinematics"],
     "adapter": ["platform", "kinematics"],
