@@ -237,26 +237,17 @@ std::vector<std::string> ArmLayout::brokenBehind(const Target& target) const {
       "whatever the start: the third may come out a full turn away"};
 }
 
-std::vector<std::string> ArmLayout::brokenByTarget(const Target& target,
-                                                   const KMachineValueBase& from) const {
-  std::vector<std::string> broken = brokenBehind(target);
-  if (!wrist_) return broken;
+bool ArmLayout::isTargetSolvable(const Target& target, const KMachineValueBase& from) const {
+  if (!brokenBehind(target).empty()) return false;
+  if (!wrist_) return true;
+  // The solver takes the tool upright: what it misses is the offset times what the directions
+  // differ.
   const UVec3d direction = target.direction.normalised();
-  const double miss = std::abs(centreOffset()) * (direction - kUp).norm();
-  if (miss > kReachedMm) {
-    broken.push_back("the tip is " + words(std::abs(centreOffset())) +
-                     " mm from the wrist centre and the tool is not wanted along +Z: that offset "
-                     "times the difference of the two directions is missed, " +
-                     words(miss) + " mm");
-  }
+  if (std::abs(centreOffset()) * (direction - kUp).norm() > kReachedMm) return false;
   UVec3d wristAxis;
   machine_.getElemAxis(from, wrist_->getElemIndex(), wristAxis);
   const bool isStraight = angleBetween(wristAxis, toolDirection(machine_, from)) < kSmall;
-  if (tool_->getTHELength() > 0 && !isStraight) {
-    broken.push_back("the tool has a length and does not lie along the wrist's first axis (" +
-                     nameOf(wrist_) + ") at the start");
-  }
-  return broken;
+  return isStraight || tool_->getTHELength() <= 0;
 }
 
 // The wrist centre lies beside the first axis by `lateral`; in the plane of the arm that leaves two

@@ -63,11 +63,10 @@ class ArmLayout {
   /// joint, without a lateral offset.
   std::vector<std::string> brokenBehind(const Target& target) const;
 
-  /// What of a target the library's solver, asked with this very target from a position, cannot do:
-  /// also a tip away from the wrist centre when the tool is not wanted upright, and a tool length
-  /// when the wrist is bent.
-  std::vector<std::string> brokenByTarget(const Target& target,
-                                          const zkin::KMachineValueBase& from) const;
+  /// Whether the library's solver, asked with this very target from a position, can do it: the tip
+  /// in the wrist centre unless the tool is wanted upright, no tool length where the wrist is bent,
+  /// and a wrist centre that is not straight behind the first joint.
+  bool isTargetSolvable(const Target& target, const zkin::KMachineValueBase& from) const;
 
   /// How much (mm) the arm is too short or too long for a target; nothing when it reaches it, or
   /// when it is of another layout. Limits are not looked at.

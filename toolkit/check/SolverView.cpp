@@ -126,7 +126,7 @@ Trips View::trips() {
   for (int i = 0; i < kTrips; ++i) {
     const Position at = positions.inside(), start = positions.beside(at);
     const Target target = targetAt(at);
-    if (isArm() && !ArmLayout(*machine).brokenByTarget(target, start).empty()) continue;
+    if (isArm() && !ArmLayout(*machine).isTargetSolvable(target, start)) continue;
     Position out = start;
     machine->getConfigPlus(start, target.tip, target.direction, out);
     add(trips, residual(machine, out, target));
