@@ -56,6 +56,8 @@ struct Kind {
 };
 constexpr Kind kKinds[] = {
     {".stl", [](const fs::path& p, std::span<const Body> b, PictureSize) { writeStl(p, b); }},
+    {".glb", [](const fs::path& p, std::span<const Body> b, PictureSize) { writeGlb(p, b); }},
+    {".obj", [](const fs::path& p, std::span<const Body> b, PictureSize) { writeObj(p, b); }},
     {".png", [](const fs::path& p, std::span<const Body> b, PictureSize s) { writePng(p, b, s); }},
 };
 

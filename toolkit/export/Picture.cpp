@@ -21,13 +21,14 @@ constexpr Colour kBackground{238, 240, 242};
 
 // From above, the front and a little from the right, so that the three faces of a box differ.
 const UVec3d kToLight = UVec3d(0.30, -0.55, 0.90).normalised();
-constexpr double kAmbient = 0.35;
+constexpr double kAmbient = 0.4;
+constexpr double kDirect = 0.7;
 
 // Both sides of a triangle look alike: files do not agree on which one is outside.
 double brightness(const UTri& t) {
   const UVec3d n = normalOf(t);
   const double cosine = (n * kToViewer < 0 ? -n : n) * kToLight;
-  return kAmbient + (1 - kAmbient) * std::max(0.0, cosine);
+  return std::min(1.0, kAmbient + kDirect * std::max(0.0, cosine));
 }
 
 Colour shaded(const std::array<int, 3>& rgb, double brightness) {

@@ -20,6 +20,24 @@ namespace korvo {
 /// @cost  One pass, memory below 1 MB.
 KORVO_TOOLKIT_API void writeStl(const std::filesystem::path& path, std::span<const Body> bodies);
 
+/// Wavefront OBJ in mm, machine frame, UTF-8: one object for each body, and the file of its
+/// materials beside it, of the same name with .mtl.
+///
+/// Objects and materials have the bodies' names, blanks as "_" and with "_2", "_3" behind those
+/// that come again. Corners at the same place are one.
+/// @cost  One pass, about 100 bytes of memory for each corner of the largest body.
+KORVO_TOOLKIT_API void writeObj(const std::filesystem::path& path, std::span<const Body> bodies);
+
+/// glTF 2.0, binary, in metres with Y up as the format wants it.
+///
+/// One node for each body that has triangles, with its name, its material and its motion as matrix
+/// (left out where it is the identity); the corners below are in the body's own frame in mm. All
+/// are children of one root, "machine", which scales by 0.001 and turns Z up to Y up. Faces are
+/// flat and seen from both sides; triangles without an area are left out.
+/// @errors  std::length_error also for a file of 4 GiB or more.
+/// @cost  About 250 bytes of memory for each triangle, and 100 for each of the largest body.
+KORVO_TOOLKIT_API void writeGlb(const std::filesystem::path& path, std::span<const Body> bodies);
+
 /// How large a picture is, in pixels.
 struct PictureSize {
   int width = 1200;
