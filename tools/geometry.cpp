@@ -5,9 +5,15 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
 
 #include "geometry/ZrnTriangles.h"
 #include "toolkit/Text.h"
+#include "toolkit/export/Bodies.h"
+#include "toolkit/export/WholeFile.h"
+#include "toolkit/export/Write.h"
 #include "tools/Messages.h"
 #include "tools/Verbs.h"
 #include "tools/geometry_json.h"
@@ -90,16 +96,56 @@ void requireLoaded(const GeometryAnswer& answer) {
                 answer.file + ": " + problem + " (code " + std::to_string(answer.code) + ")");
 }
 
-// --- the verb
+// --- the triangles as a file
 
-void print(const GeometryOptions& o, const GeometryAnswer& answer) {
-  o.json ? printJson(std::cout, answer) : printText(std::cout, answer);
+void requireOutput(const GeometryOptions& o) {
+  if (!o.output) return;
+  if (suffixOf(*o.output) != ".stl")
+    failUsage("a file that ends in .stl after -o", inQuotes(*o.output));
+  std::error_code error;
+  if (std::filesystem::equivalent(*o.output, o.file, error)) {
+    failUsage("a file of its own after -o", inQuotes(*o.output) + ", which is read");
+  }
 }
 
+void warnOfThoseLeftOut(const GeometryAnswer& answer, std::size_t written) {
+  const std::size_t leftOut = answer.measures.count - written;
+  if (leftOut == 0) return;
+  say("korvo: warning: left out " + std::to_string(leftOut) +
+      " triangles with a corner that is no number, or too large for the file");
+}
+
+void write(const std::string& path, GeometryAnswer& answer) {
+  Body body;
+  body.triangles = std::move(answer.triangles);
+  const std::size_t count = extentOf(body).triangles;
+  if (count == 0) return;
+  warnOfThoseLeftOut(answer, count);
+  try {
+    writeStl(path, {&body, 1});
+  } catch (const WriteError& e) {
+    throw Failure(Exit::refused, e.what());
+  } catch (const std::length_error& e) {
+    throw Failure(Exit::refused, path + ": " + e.what());
+  }
+  answer.output = path;
+}
+
+void requireWritten(const GeometryOptions& o, const GeometryAnswer& answer) {
+  if (!o.output || answer.output) return;
+  throw Failure(Exit::refused, o.file + ": expected triangles to write, found none; there is no " +
+                                   inQuotes(*o.output));
+}
+
+// --- the verb
+
 void run(const GeometryOptions& o) {
-  const GeometryAnswer answer = read(o.file);
-  print(o, answer);
+  requireOutput(o);
+  GeometryAnswer answer = read(o.file);
+  if (o.output) write(*o.output, answer);
+  o.json ? printJson(std::cout, answer) : printText(std::cout, answer);
   requireLoaded(answer);
+  requireWritten(o, answer);
 }
 
 }  // namespace
@@ -111,6 +157,11 @@ void addGeometry(CLI::App& app, Exit&) {
   verb->add_option("FILE", o->file)->required()->option_text("Geometry file: .zrn or .stl");
   verb->add_flag("--json", o->json, "Answer in JSON (korvo.geometry.1.json in share/korvo/schemas)")
       ->disable_flag_override();
+  verb->add_option("-o,--output", o->output, "Write the triangles to this file (binary STL)");
+  verb->footer(
+      "Measures are of the triangles, in the file's own frame and unit; corners are shared where\n"
+      "they are equal. Faces of a .zrn file are meshed one by one, as machines show them.\n"
+      "Exit codes: 0 answered, 2 bad usage, 3 nothing that can be read, or -o without triangles");
   verb->callback([o] { run(*o); });
 }
 

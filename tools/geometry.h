@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ struct GeometryAnswer {
   zkin::CGeomFileNodeList nodes;
   std::vector<zgeo::UTri> triangles;  ///< In the file's own frame and units.
   Measures measures;                  ///< Of the triangles.
+  std::optional<std::string> output;  ///< The file that the triangles were written to.
 };
 
 }  // namespace korvo::tools

@@ -212,6 +212,7 @@ void printText(std::ostream& out, const GeometryAnswer& answer) {
   line(out, "Code") << answer.code << '\n';
   if (answer.isText) printEntities(out, answer);
   printMeasures(out, answer.measures);
+  if (answer.output) line(out, "Written") << shown(*answer.output) << '\n';
 }
 
 }  // namespace korvo::tools
