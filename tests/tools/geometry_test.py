@@ -456,6 +456,85 @@ Open edges  0
         self.assertIn("name 't\u00eate\\x1b[2J\\x9b\\n'\n", tree)
 
 
+def read_binary_stl(path):
+    with open(path, "rb") as file:
+        content = file.read()
+    (count,) = struct.unpack_from("<I", content, 80)
+    records = [struct.unpack_from("<12fH", content, 84 + 50 * i) for i in range(count)]
+    assert len(content) == 84 + 50 * count
+    return [[list(r[3:6]), list(r[6:9]), list(r[9:12])] for r in records]
+
+
+class GeometryOutput(GeometryCase):
+    """The triangles as a file."""
+
+    def setUp(self):
+        super().setUp()
+        self.output = self.path("out.stl")
+
+    def convert(self, content, name, *arguments, exit_code=ANSWERED):
+        run = self.run_korvo(self.write(content, name), "-o", self.output, *arguments)
+        self.assertEqual(run.returncode, exit_code, run.stderr)
+        return run
+
+    def test_an_ascii_stl_becomes_binary(self):
+        run = self.convert(ascii_stl(cube(3)), "cube.stl")
+        self.assertEqual(read_binary_stl(self.output), cube(3))
+        self.assertTrue(run.stdout.endswith(f"Open edges  0\nWritten     {self.output}\n"))
+        self.assertEqual(run.stderr, "")
+
+    def test_the_faces_of_a_text_file(self):
+        self.convert(SQUARE, "part.zrn")
+        wanted = self.json(SQUARE)["triangles"]
+        self.assertEqual(json.loads(self.raw(self.output))["triangles"], wanted)
+        self.assertGreater(wanted["count"], 0)
+
+    def test_json_is_the_same_with_a_file_written(self):
+        for content, name in ((SQUARE, "part.zrn"), (ascii_stl(cube(1)), "cube.stl")):
+            run = self.convert(content, name, "--json")
+            self.assertEqual(run.stdout, self.raw(self.path(name)))
+            self.assertTrue(os.path.exists(self.output))
+
+    def test_no_file_where_there_is_no_triangle(self):
+        for content, name in (("2 2 10\n0 0 1\n", "plane.zrn"), ("", "empty.zrn"),
+                              ("solid\nendsolid\n", "none.stl"), ("text", "text.stl")):
+            plain = self.run_korvo(self.write(content, name), "--json").stdout
+            run = self.convert(content, name, "--json", exit_code=REFUSED)
+            self.assertEqual(run.stdout, plain)
+            self.assertIn(": expected ", run.stderr)
+            self.assertEqual(os.listdir(self.folder).count("out.stl"), 0, name)
+
+    def test_a_file_that_is_there_stays_where_there_is_no_triangle(self):
+        self.write("before", "out.stl")
+        self.convert("2 2 10\n0 0 1\n", "plane.zrn", exit_code=REFUSED)
+        with open(self.output, encoding="utf-8") as file:
+            self.assertEqual(file.read(), "before")
+
+    def test_triangles_too_large_for_the_format_are_left_out_and_said(self):
+        large = [[[1e300, 0, 0], [0, 1e300, 0], [0, 0, 1]]]
+        run = self.convert(ascii_stl(cube(1) + large), "cube.stl")
+        self.assertEqual(read_binary_stl(self.output), cube(1))
+        self.assertIn("warning: left out 1 ", run.stderr)
+        os.remove(self.output)
+        self.convert(ascii_stl(large), "large.stl", exit_code=REFUSED)
+        self.assertFalse(os.path.exists(self.output))
+
+    def test_where_no_file_can_be_written(self):
+        path = self.write(SQUARE)
+        run = self.run_korvo(path, "-o", self.path("no/such/folder/out.stl"))
+        self.assertEqual((run.returncode, run.stdout), (REFUSED, ""))
+        self.assertIn("out.stl: expected ", run.stderr)
+
+    def test_names_of_the_output(self):
+        path = self.write(ascii_stl(cube(1)), "cube.stl")
+        os.symlink(path, self.path("link.stl"))
+        for output, wanted in (("out.obj", ".stl"), ("out", ".stl"), ("", ".stl"),
+                               (path, "of its own"), (self.path("link.stl"), "of its own")):
+            run = self.run_korvo(path, "-o", output)
+            self.assertEqual((run.returncode, run.stdout), (USAGE, ""), output)
+            self.assertIn(wanted, run.stderr)
+
+
 class GeometryRefusals(GeometryCase):
     """Exit codes, and that JSON of .zrn files is there whatever the result."""
 
