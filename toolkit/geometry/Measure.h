@@ -37,7 +37,7 @@ struct Measures {
 ///          products overflow, make area and volume infinite or NaN. Throws std::length_error above
 ///          1.4e9 triangles, std::bad_alloc.
 /// @cost    About one sorting of all edges, whatever the corners; memory below 100 bytes a triangle
-///          beside the list where triangles share their corners, 250 where none does.
+///          beside the list where triangles share their corners, 300 where none does.
 KORVO_TOOLKIT_API Measures measure(const std::vector<zgeo::UTri>& triangles);
 
 }  // namespace korvo
