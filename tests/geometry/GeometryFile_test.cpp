@@ -3,7 +3,6 @@
 
 #include "geometry/GeometryFile.h"
 
-#include <cstring>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -90,7 +89,7 @@ const Named kNames[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Names, BodyFileName, testing::ValuesIn(kNames),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         korvo::test::rowName<Named>);
 
 TEST_F(BodyFile, FoldersThatAreOnlyDotsHaveNoExtension) {
   for (const wchar_t* name : {L"", L".", L"..", L"./", L"../"})
@@ -149,28 +148,36 @@ TEST_F(BodyFile, ZrnThatFailsLeavesNothing) {
 
 // --- names
 
-TEST_F(BodyFile, NamesBeyondAsciiOpen) {
-  for (const char* name :
-       {"K\xC3\xB6rper/Fr\xC3\xA4skopf.", "\xE6\xA9\x9F\xE6\xA2\xB0.", "\xF0\x9F\x94\xA7."}) {
-    const std::string stl = std::string(name) + "stl";
-    const std::string zrn = std::string(name) + "zrn";
-    EXPECT_EQ(loaded(std::filesystem::path(folder.write(stl, kStl)).wstring()), Triangles{kFacet});
-    EXPECT_EQ(loaded(std::filesystem::path(folder.write(zrn, kZrn)).wstring()),
-              trianglesOf(kZrn, 0.01));
-  }
-}
+struct Spelling {
+  const char* onDisk;
+  const wchar_t* asked;
+};
 
-// A definition file is read one byte a character, so a name from it holds the bytes.
-TEST_F(BodyFile, NamesOfSingleBytesOpen) {
-  write("Fr\xE4ser.zrn", kZrn);
-  EXPECT_EQ(loaded(at(L"Fr\u00E4ser.zrn")), trianglesOf(kZrn, 0.01));
+TEST_F(BodyFile, NamesBeyondAsciiOpen) {
+  const Spelling spellings[] = {
+      {"K\xC3\xB6rper/Fr\xC3\xA4skopf", L"K\u00F6rper/Fr\u00E4skopf"},
+      {"\xE6\xA9\x9F\xE6\xA2\xB0", L"\u6A5F\u68B0"},
+      {"\xF0\x9F\x94\xA7", L"\U0001F527"},
+      // A definition file is read one byte a character, so a name from it holds the bytes.
+      {"Fr\xE4ser", L"Fr\u00E4ser"},
+      {"W\xC3\xA9", L"W\u00C3\u00A9"}};
+  for (const auto& [onDisk, asked] : spellings) {
+    folder.write(std::string(onDisk) + ".stl", kStl);
+    folder.write(std::string(onDisk) + ".zrn", kZrn);
+    EXPECT_EQ(loaded(at(std::wstring(asked) + L".stl")), Triangles{kFacet}) << onDisk;
+    EXPECT_EQ(loaded(at(std::wstring(asked) + L".zrn")), trianglesOf(kZrn, 0.01)) << onDisk;
+  }
 }
 
 // No best fit: a character that no name can hold is not replaced by one that a file has.
 TEST_F(BodyFile, NamesThatDoNotConvertOpenNothing) {
-  for (const char* name : {"a?.zrn", "a.zrn", "a_.zrn", "a\xEF\xBF\xBD.zrn"}) write(name, kZrn);
-  for (const wchar_t odd : {wchar_t(0xD800), wchar_t(0xDFFF), std::numeric_limits<wchar_t>::max()})
+  for (const char* name : {"a?.zrn", "a.zrn", "a_.zrn", "a\xEF\xBF\xBD.zrn"}) {
+    folder.write(name, kZrn);
+  }
+  for (const wchar_t odd :
+       {wchar_t(0xD800), wchar_t(0xDFFF), std::numeric_limits<wchar_t>::max()}) {
     EXPECT_TRUE(loaded(at(std::wstring(L"a") + odd + L".zrn")).empty());
+  }
   EXPECT_FALSE(loaded(at(L"a?.zrn")).empty());
 }
 

@@ -4,12 +4,20 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "geometry/ZrnTriangles.h"
 #include "tests/support/MemoryFile.h"
 #include "tests/support/ZrnText.h"
 
 /// Exact surfaces and trimming curves as geometry files, and what can be read off triangles.
 namespace korvo::test {
+
+/// The name of a row of a table of tests.
+template <class Row>
+std::string rowName(const testing::TestParamInfo<Row>& info) {
+  return info.param.name;
+}
 
 /// A NURBS surface as its file says it, so that tests can spoil one thing at a time.
 struct ZrnSurface {

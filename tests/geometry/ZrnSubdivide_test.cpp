@@ -123,7 +123,7 @@ INSTANTIATE_TEST_SUITE_P(Corners, ZrnSubdivideTwoLong,
                          testing::Values(TwoLong{"ShortEdgeLast", {kLeft, kRight, kTop}},
                                          TwoLong{"ShortEdgeFirst", {kTop, kLeft, kRight}},
                                          TwoLong{"ShortEdgeBetween", {kRight, kTop, kLeft}}),
-                         [](const auto& info) { return info.param.name; });
+                         korvo::test::rowName<TwoLong>);
 
 TEST(ZrnSubdivide, TheOtherDiagonalWhenThatIsShorter) {
   const UVec3d a(0, 0, 0), b(0, 10, 0), c(2, 0, 0), ab(0, 5, 0), bc(1, 5, 0);
@@ -151,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(Limits, ZrnSubdivideNoLimit,
                          testing::Values(Limit{"Zero", 0}, Limit{"MinusOne", -1.0},
                                          Limit{"NaN", kNan}, Limit{"Infinite", kInf},
                                          Limit{"MinusInfinite", -kInf}, Limit{"Huge", 1e308}),
-                         [](const auto& info) { return info.param.name; });
+                         korvo::test::rowName<Limit>);
 
 struct Odd {
   const char* name;
@@ -174,7 +174,7 @@ TEST_P(ZrnSubdivideOddCorner, StaysAsItIs) {
 INSTANTIATE_TEST_SUITE_P(Values, ZrnSubdivideOddCorner,
                          testing::Values(Odd{"NaN", kNan}, Odd{"Infinite", kInf},
                                          Odd{"MinusInfinite", -kInf}),
-                         [](const auto& info) { return info.param.name; });
+                         korvo::test::rowName<Odd>);
 
 TEST(ZrnSubdivide, EndsWhereMiddlesAreNoNewPoints) {
   const double next = std::nextafter(1.0, 2.0);

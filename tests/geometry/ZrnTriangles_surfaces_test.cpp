@@ -127,6 +127,6 @@ TEST_P(ZrnExact, SurfaceIsTheOneThatIsMeant) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Surfaces, ZrnExact, testing::ValuesIn(exactSurfaces()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         korvo::test::rowName<Exact>);
 
 }  // namespace

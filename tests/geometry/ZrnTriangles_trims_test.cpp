@@ -91,8 +91,7 @@ TEST_P(ZrnTrims, TrianglesStayOnThePlane) {
   EXPECT_LE(largestAtCorners(trimmed(GetParam().trims), [](const UVec3d& p) { return p.z; }), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Plane, ZrnTrims, testing::ValuesIn(kTrims),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Plane, ZrnTrims, testing::ValuesIn(kTrims), korvo::test::rowName<Trimmed>);
 
 // Three nested loops in every order and every orientation: always the same region.
 TEST(ZrnTrimOrders, RegionIsTheSameHoweverLoopsStandAndTurn) {
@@ -109,16 +108,29 @@ TEST(ZrnTrimOrders, RegionIsTheSameHoweverLoopsStandAndTurn) {
   } while (std::next_permutation(std::begin(order), std::end(order)));
 }
 
-// --- an eight by eight grid of holes, as machined plates have
+// --- an eight by eight grid of holes, as machined plates have: of any width up to thin bridges
 
-TEST(ZrnTrimGrid, PlateWithManyHoles) {
-  std::string trims = uvRectangle(.02, .02, .98, .98);
+struct Plate {
+  const char* name;
+  double radius;  ///< Of the parameter plane, where holes stand an eighth apart.
+};
+
+class ZrnTrimPlate : public testing::TestWithParam<Plate> {};
+
+TEST_P(ZrnTrimPlate, AreaIsThatOfThePlateWithoutItsHoles) {
+  const double r = GetParam().radius;
+  std::string trims = uvRectangle(.005, .005, .995, .995);
   for (int k = 0; k < 64; ++k)
-    trims += uvEllipse((k % 8 + 1) / 9.0, (k / 8 + 1) / 9.0, .04, .05, k % 3 == 0);
-  const double share = .96 * .96 - 64 * kPi * .04 * .05;
+    trims += uvEllipse((k % 8 + .5) / 8.0, (k / 8 + .5) / 8.0, r, r, k % 3 == 0);
+  const double share = .99 * .99 - 64 * kPi * r * r;
   const Triangles triangles = trimmed(trims);
   EXPECT_NEAR(areaOf(triangles), share * 8000, .005 * share * 8000);
 }
+
+INSTANTIATE_TEST_SUITE_P(Holes, ZrnTrimPlate,
+                         testing::Values(Plate{"Small", .01}, Plate{"Middling", .03},
+                                         Plate{"Large", .05}, Plate{"ThinBridges", .056}),
+                         korvo::test::rowName<Plate>);
 
 // --- on a quarter of a cylinder: u is no angle, but u = const are straight lines
 
@@ -239,6 +251,6 @@ INSTANTIATE_TEST_SUITE_P(Surfaces, ZrnCompared,
                                          Compared{"SphereZone", sphere(50, -30, 60, 1, 1)},
                                          Compared{"TorusPatch", torus(50, 20, -60, 60, 1, 1)},
                                          Compared{"Hill", hill(100, 15)}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         korvo::test::rowName<Compared>);
 
 }  // namespace
