@@ -312,24 +312,25 @@ def crosses(a, p, loop):
 
 
 def triangulated(outer, holes):
-    """Triangles of a region: `outer` counter-clockwise, `holes` clockwise. Ears are cut off."""
+    """Triangles of a region: `outer` counter-clockwise, `holes` clockwise. Ears are cut off, going
+    around, so that no corner becomes that of a long fan."""
     ring = bridged(outer, holes) if holes else list(outer)
-    triangles = []
+    triangles, i = [], 0
     while len(ring) > 3:
-        i = best_ear(ring)
+        i = next_ear(ring, i)
         triangles.append((ring[i - 1], ring[i], ring[(i + 1) % len(ring)]))
         del ring[i]
     return triangles + [tuple(ring)]
 
 
-def best_ear(ring):
-    """The ear of the shortest cut: triangles stay as round as they can."""
+def next_ear(ring, start):
     reflex = [p for k, p in enumerate(ring)
               if cross(ring[k - 1], p, ring[(k + 1) % len(ring)]) <= 0]
-    ears = [i for i in range(len(ring)) if is_ear(ring, i, reflex)]
-    if not ears:
-        raise ValueError("a flat region that cannot be cut into triangles")
-    return min(ears, key=lambda i: (math.dist(ring[i - 1], ring[(i + 1) % len(ring)]), i))
+    for k in range(len(ring)):
+        i = (start + k) % len(ring)
+        if is_ear(ring, i, reflex):
+            return i
+    raise ValueError("a flat region that cannot be cut into triangles")
 
 
 def is_ear(ring, i, reflex):
