@@ -100,6 +100,22 @@ TEST_F(BodiesOf, EmptyFilesGiveNone) {
   EXPECT_EQ(bodiesOf(**machine, machine->position()).front().name, "A");
 }
 
+// What rides on the frame moves by the axes between, what lies under it by those of the table: X
+// carries Y and the tool, A carries C.
+TEST_F(BodiesOf, StandOnTheFrameThatDoesNotMove) {
+  ASSERT_TRUE(machine);
+  const korvo::Position at = machine->position({{"X", 10.0}, {"A", 90.0}});
+  std::vector<Body> bodies = bodiesOf(**machine, at);
+  EXPECT_NE(bodies[0].motion, UMatrix());
+  standOnFrame(**machine, at, bodies);
+  const UVec3d p(1, 2, 3);
+  EXPECT_LT((bodies[0].motion * p).distanceTo(p), 1e-12);
+  EXPECT_LT((bodies[3].motion * p).distanceTo({11, 2, 3}), 1e-12);
+  // A's direction is that of the tool about the part, so the table turns by -90 about the line
+  // through (0, 0, 50) along X: (y, z - 50) comes to (z - 50, -y).
+  EXPECT_LT((bodies[2].motion * p).distanceTo({1, 3 - 50, 50 - 2}), 1e-12);
+}
+
 RC_GTEST_FIXTURE_PROP(BodiesOf, PlacedInOrderAreWhatTheLibraryGivesBitByBit, ()) {
   korvo::Position at = machine->position();
   for (int i = 0; i < at.size(); ++i) at[i] = *rc::gen::inRange(-3600, 3600) / 10.0;
