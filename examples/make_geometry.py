@@ -131,7 +131,7 @@ def table_ac_cradle():
         x0, x1 = span(side, 215, 264)
         plate = hood((A_Y, A_Z), 95, (-150, -145), (150, -145), 45)
         shaft = span(side, 264, 400)
-        eyes = [circle(-62, -80, 24), circle(62, -80, 24)]
+        eyes = [circle(-72, -22, 22), circle(72, -22, 22)]
         return [Prism(X_AXES, plate, x0, x1, holes=eyes), bar(X_AXES, A_Y, A_Z, 60, *shaft),
                 collar(A_Y, A_Z, 82, *span(side, 264, 278), 8, side)]
 
