@@ -263,6 +263,23 @@ TEST_P(ExampleCutters, EndInTheTip) {
   }
 }
 
+// Boxes with a gap between them along some axis.
+bool areApart(const Triangles& a, const Triangles& b) {
+  for (const UVec3d& along : {UVec3d{1, 0, 0}, UVec3d{0, 1, 0}, UVec3d{0, 0, 1}}) {
+    if (reachOf(a, along) < -reachOf(b, -along) || reachOf(b, along) < -reachOf(a, -along)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+TEST_P(ExampleCutters, ClearsThePartWithAllAxesAtZero) {
+  const Position zero = machine.position();
+  const Placed part(machine, zero, machine->getElemByName(L"PIECE"));
+  EXPECT_TRUE(areApart(Placed(machine, zero, cutter()).triangles, part.triangles));
+  EXPECT_TRUE(areApart(Placed(machine, zero, toolElement()).triangles, part.triangles));
+}
+
 std::string machineName(const testing::TestParamInfo<Row>& info) {
   std::string name = info.param.machine;
   std::replace(name.begin(), name.end(), '-', '_');
