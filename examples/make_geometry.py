@@ -3,10 +3,13 @@
 the files there with what it would write. Each body is drawn where it stands with all axes at 0, in
 the coordinates of its machine's definition file."""
 
+import math
 import pathlib
 import sys
 
-from shapes import *  # noqa: F403: the words of this file
+from shapes import (DOWN_AXES, Prism, Turned, X_AXES, Y_AXES, Z_AXES, ascii_stl, bar, belt,
+                    binary_stl, bolt_circle, box, box_outline, circle, geometry_text, hood, path,
+                    polygon, slot)
 
 FOLDER = pathlib.Path(__file__).resolve().parent / "machines" / "geometry"
 SAG = 0.4  # mm between an arc and its chords in STL files
@@ -120,7 +123,7 @@ def table_ac_ram():
 def table_ac_head():
     housing = polygon([(-92, -92, 88), (92, -92, 88), (104, 66, 12), (-104, 66, 12)])
     ports = bolt_circle(0, 0, 79, 8, 4.5, 0.3927)
-    return [Prism(Z_AXES, housing, 215, 600, round_top=10, isFlat=True),
+    return [Prism(Z_AXES, housing, 215, 600, round_top=10, is_flat=True),
             Prism(Z_AXES, circle(0, 0, 88), 600, 618, pockets=[(p, 6.0) for p in ports]),
             bar(Z_AXES, 0, 0, 70, 618, 775, 10), bar(Z_AXES, 0, 0, 45, 775, 800, 4),
             box(-150, 150, 58, 92, 320, 730, 15)]
@@ -140,7 +143,7 @@ def table_ac_cradle():
     return [Prism(Z_AXES, floor, -145, -66, holes=[circle(0, 0, 60)]),
             Prism(DOWN_AXES, circle(0, 0, 128), 145, 165, pockets=drive),
             Prism(DOWN_AXES, circle(0, 0, 100), 165, 215, pockets=[(circle(0, 0, 30), 20.0)],
-                  round_top=8, isFlat=True)] + both(arm)
+                  round_top=8, is_flat=True)] + both(arm)
 
 
 def table_ac_table():
@@ -150,7 +153,7 @@ def table_ac_table():
         slots.append((slot((62 * c, 62 * s), (144 * c, 144 * s), 6), 18.0))
     rings = [(h, 8.0) for h in bolt_circle(0, 0, 105, 8, 5, math.pi / 8)]
     top = Prism(Z_AXES, circle(0, 0, 160), -42, 0, pockets=slots + rings + [(circle(0, 0, 25), 30.0)],
-                round_top=3, isFlat=True)
+                round_top=3, is_flat=True)
     return [top, bar(Z_AXES, 0, 0, 122, -60, -42)]
 
 
@@ -266,7 +269,7 @@ def fork_yoke():
                     pockets=[(h, 4.0) for h in bolt_circle(215, 0.02, 64, 8, 5)] if side > 0 else [])
         return [Prism(Y_AXES, plate, *span(side, 132, 207)), cap]
 
-    return [Prism(Z_AXES, circle(0, 0, 212), 400, 442, round_bottom=8, isFlat=True)] + both(cheek)
+    return [Prism(Z_AXES, circle(0, 0, 212), 400, 442, round_bottom=8, is_flat=True)] + both(cheek)
 
 
 def fork_spindle():
@@ -281,8 +284,6 @@ def fork_block():
 
 
 # --- arm-irb2400 and the same arm on its rail
-
-ALONG_X = X_AXES
 
 
 def arm_base():
@@ -302,7 +303,7 @@ def arm_shoulder():
 def arm_upper():
     link = belt((615, 100), 118, (1320, 100), 102)
     window = [slot((800, 100), (1140, 100), 48)]
-    return [Prism(Y_AXES, link, 42, 118, holes=window, round_top=12, round_bottom=12, isFlat=True),
+    return [Prism(Y_AXES, link, 42, 118, holes=window, round_top=12, round_bottom=12, is_flat=True),
             bar(Y_AXES, 615, 100, 88, 118, 134, 4), bar(Y_AXES, 1320, 100, 78, 118, 134, 4)]
 
 

@@ -192,14 +192,14 @@ class Solid:
 
 class Prism(Solid):
     """An outline raised from w0 to w1. `holes` go through, `pockets` are (outline, depth) from the
-    top. Of a smooth outline the outer edges can be rounded, or flattened with `isFlat`."""
+    top. Of a smooth outline the outer edges can be rounded, or flattened with `is_flat`."""
 
     def __init__(self, axes, outline, w0, w1, holes=(), pockets=(), round_top=0.0, round_bottom=0.0,
-                 isFlat=False, origin=(0, 0, 0)):
+                 is_flat=False, origin=(0, 0, 0)):
         super().__init__(axes, origin)
         self.outline, self.w0, self.w1 = outline, w0, w1
         self.holes, self.pockets = list(holes), list(pockets)
-        self.round_top, self.round_bottom, self.isFlat = round_top, round_bottom, isFlat
+        self.round_top, self.round_bottom, self.is_flat = round_top, round_bottom, is_flat
         if min(area_of(o) for o in [outline, *holes, *(p for p, _ in pockets)]) <= 0:
             raise ValueError("outlines, also those of holes, run counter-clockwise")
         if max(round_top, round_bottom) > 0 and not can_be_inset(outline, max(round_top, round_bottom)):
@@ -217,7 +217,7 @@ class Prism(Solid):
         return segments
 
     def edge(self, arc):
-        return ("line", point_on(arc, 0), point_on(arc, 1)) if self.isFlat else arc
+        return ("line", point_on(arc, 0), point_on(arc, 1)) if self.is_flat else arc
 
     def walls(self):
         """(loop with the material on its left, side) of every wall."""
@@ -447,18 +447,18 @@ def spline_of(segment):
     half = (b - a) / spans / 2
     poles, weights = [], []
     for k in range(2 * spans + 1):
-        angle, isBetween = a + k * half, k % 2 == 1
-        out = r / math.cos(half) if isBetween else r
+        angle, is_between = a + k * half, k % 2 == 1
+        out = r / math.cos(half) if is_between else r
         poles.append((c[0] + out * math.cos(angle), c[1] + out * math.sin(angle)))
-        weights.append(math.cos(half) if isBetween else 1.0)
+        weights.append(math.cos(half) if is_between else 1.0)
     knots = [0.0] + [float(k) for k in range(spans + 1) for _ in (0, 1)] + [float(spans)]
     return poles, weights, 2, knots
 
 
 def spline_entity(name, u, v, poles, weights):
     """A NURBS surface; `u` and `v` are (pole count, degree, knots), U runs fastest."""
-    isRational = any(w != 1.0 for w in weights)
-    flag = "1 1" if isRational else "0 0"
+    is_rational = any(w != 1.0 for w in weights)
+    flag = "1 1" if is_rational else "0 0"
     lines = [f"{u[0]} {v[0]} 9 0 {name}"]
     lines += [numbers(p) + " " + numbers([w]) for p, w in zip(poles, weights)]
     lines += [f"{u[1]} {v[1]}", flag]

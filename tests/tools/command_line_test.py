@@ -650,10 +650,10 @@ class NewMachine(CommandLine):
     # A copy lies where the example's files are not: it names none of them, says so, and is the
     # same machine.
     def test_a_copy_of_an_example_with_bodies_leaves_them_out(self):
-        withBodies = [name for name, text in self.examples()
+        with_bodies = [name for name, text in self.examples()
                       if "$ZRN_MACHINE_DEF/geometry/" in text]
-        self.assertIn("head-cb-fork", withBodies)
-        for name in withBodies:
+        self.assertIn("head-cb-fork", with_bodies)
+        for name in with_bodies:
             offered = self.answer("new", name)
             self.assertIn("\n# Left out of this copy: the files of the example's bodies.\n", offered)
             self.assertNotIn("ZRN_MACHINE_DEF", offered)
