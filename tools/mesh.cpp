@@ -212,6 +212,12 @@ void refuseWhatIsRead(const MeshOptions& o, const Session& session) {
   if (isRead) failUsage("a file of its own after -o", inQuotes(o.output) + ", which is read");
 }
 
+// A picture is what one sees beside the machine; the other files keep its frame.
+void standStill(const MeshOptions& o, const Session& session, const Position& at,
+                std::vector<Body>& bodies) {
+  if (suffixOf(o.output) == ".png") standOnFrame(*session.machine(), at, bodies);
+}
+
 void write(const Kind& kind, const MeshOptions& o, const std::vector<Body>& bodies) {
   try {
     kind.write(o.output, bodies, o.size ? sizeOf(*o.size) : PictureSize());
@@ -234,7 +240,7 @@ Exit run(const MeshOptions& o) {
   Session session(o.common);
   const Position at = o.at ? positionOf(session, *o.at, "--at") : session.machine().position();
   refuseWhatIsRead(o, session);
-  const std::vector<Body> bodies = bodiesOf(*session.machine(), at);
+  std::vector<Body> bodies = bodiesOf(*session.machine(), at);
   const json elements = withoutBody(session, bodies);
   warn(session, elements);
   const Measured answer = measured(bodies);
@@ -243,6 +249,7 @@ Exit run(const MeshOptions& o) {
     say("korvo: warning: left out " + counted(answer.leftOut) +
         " with a corner that is no number, or too large for the file");
   }
+  standStill(o, session, at, bodies);
   write(kind, o, bodies);
   if (o.common.json) {
     std::cout << answerJson(o, session, at, bodies, answer).dump(2) << '\n';
@@ -271,7 +278,8 @@ void addMesh(CLI::App& app, Exit& exit) {
       "GLB: metres, Y up, as glTF wants it; one node for each body, in its own frame (mm) and "
       "moved\n"
       "by its matrix, below one root that scales and turns.\n"
-      "PNG: from the front, right and above, isometric.\n"
+      "PNG: from the front, right and above, isometric; the machine's frame stands still, so that\n"
+      "table axes move the table.\n"
       "Bodies are the .stl and .zrn files that the elements name. A file is written whole or not "
       "at "
       "all.");

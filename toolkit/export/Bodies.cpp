@@ -50,6 +50,12 @@ std::vector<Body> bodiesOf(const zkin::KMachine& machine, const zkin::KMachineVa
   return bodies;
 }
 
+void standOnFrame(const zkin::KMachine& machine, const zkin::KMachineValueBase& position,
+                  std::vector<Body>& bodies) {
+  const zgeo::UMatrix back = machine.getMatrix(position, KMachineElem::KMET_BATI).inverse();
+  for (Body& body : bodies) body.motion = back * body.motion;
+}
+
 Box unite(const Box& a, const Box& b) {
   return {{std::min(a.min.x, b.min.x), std::min(a.min.y, b.min.y), std::min(a.min.z, b.min.z)},
           {std::max(a.max.x, b.max.x), std::max(a.max.y, b.max.y), std::max(a.max.z, b.max.z)}};

@@ -33,6 +33,13 @@ struct Body {
 KORVO_TOOLKIT_API std::vector<Body> bodiesOf(const zkin::KMachine& machine,
                                              const zkin::KMachineValueBase& position);
 
+/// Moves the bodies to where they are for one who stands beside the machine: its frame (the
+/// element) stays as at the zero position, and table axes move the table. The machine frame is the
+/// part's, so without this it is the rest of the machine that tilts about the table.
+KORVO_TOOLKIT_API void standOnFrame(const zkin::KMachine& machine,
+                                    const zkin::KMachineValueBase& position,
+                                    std::vector<Body>& bodies);
+
 /// Smallest and largest coordinates; min.x > max.x when there are none.
 struct Box {
   zgeo::UVec3d min;

@@ -145,8 +145,8 @@ int addMesh(tinygltf::Model& model, const Body& body, const Surface& surface) {
 
 // Column by column, as the format has them.
 std::vector<double> valuesOf(const UMatrix& m) {
-  std::vector<double> values;
-  for (int i = 0; i < 16; ++i) values.push_back(m(i % 4, i / 4));
+  std::vector<double> values(16);
+  for (int i = 0; i < 16; ++i) values[static_cast<std::size_t>(i)] = m(i % 4, i / 4);
   return values;
 }
 

@@ -17,7 +17,7 @@ constexpr int kFine = 3;                         // samples along a pixel's side
 constexpr std::size_t kSamplesAtOnce = 1 << 22;  // in a band, which bounds the memory
 
 using Colour = std::array<std::uint8_t, 3>;
-constexpr Colour kBackground{238, 240, 242};
+constexpr Colour kBackground{214, 218, 222};
 
 // From above, the front and a little from the right, so that the three faces of a box differ.
 const UVec3d kToLight = UVec3d(0.30, -0.55, 0.90).normalised();

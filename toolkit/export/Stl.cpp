@@ -18,8 +18,8 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "the file's numbers are little-endian");
 
-constexpr std::size_t kRecord = 50;         // 12 floats and two bytes that mean nothing
-constexpr std::size_t kAtOnce = 1024 * 16;  // triangles written in one go
+constexpr std::size_t kRecord = 50;     // 12 floats and two bytes that mean nothing
+constexpr std::size_t kAtOnce = 16384;  // triangles written in one go
 
 // Not "solid": some readers take that for the text form.
 std::string headerOf(std::uint32_t count) {

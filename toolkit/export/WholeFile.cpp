@@ -41,7 +41,7 @@ fs::path beside(const fs::path& path) {
 // What stands at `path`, a link followed; `path` itself when nothing does.
 fs::path targetOf(const fs::path& path) {
   std::error_code error;
-  const fs::path target = fs::canonical(path, error);
+  fs::path target = fs::canonical(path, error);
   if (error) return path;
   if (!fs::is_regular_file(target)) fail(path, "a file, found something else of that name");
   if (!std::ofstream(target, std::ios::binary | std::ios::app)) {

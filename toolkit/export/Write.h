@@ -45,8 +45,8 @@ struct PictureSize {
 };
 
 /// PNG: the machine from the front, right and above, as large as fits; isometric, flat shaded by
-/// one light, on a light grey. X runs to the right and back, Z up. Which way triangles are turned
-/// plays no part.
+/// one light, on a light grey. X runs to the right and forward, Y to the right and back, Z up.
+/// Which way triangles are turned plays no part.
 ///
 /// @param size  From 1 to 16384 each way.
 /// @cost  One pass over the triangles for every 4 million samples (9 a pixel), 40 MB of memory and
