@@ -529,7 +529,7 @@ class Options(CommandLine):
                 (["--json", "info", "x"], "found '--json' before 'info'; write 'korvo info ...'"),
                 (["x.def", "forward"], "found 'x.def' before 'forward'"), ([], "found nothing")):
             self.assert_fails(USAGE, "korvo: expected a verb (info, forward, inverse, limits, interpolate, "
-                              "translate, new, check, lsp) first",
+                              "translate, mesh, new, check, lsp) first",
                               *arguments)
             self.assert_fails(USAGE, hint, *arguments)
 
