@@ -30,33 +30,25 @@ constexpr std::size_t kMostBytes = 0xffff0000;  // lengths have 32 bits; some ro
 
 // --- one body's corners
 
+// A corner has its place and the normal of its face: one of two faces is two corners.
+using Corners = exporting::Corners<float, 6>;
+
 struct Surface {
-  std::vector<float> points;   // three a corner
-  std::vector<float> normals;  // of the same corners
+  Corners corners;
   std::vector<std::uint32_t> indices;
 };
 
-void append(std::vector<float>& list, const float* three) {
-  list.insert(list.end(), three, three + 3);
-}
-
-// A corner of two faces is two corners, since it has two normals.
 Surface surfaceOf(const Body& body) {
   Surface surface;
-  exporting::Corners<float, 6> corners;
   for (const UTri& t : body.triangles) {
     const UVec3d n = exporting::normalOf(t);
     if (!exporting::fits(t) || !exporting::fits(exporting::placed(body.motion, t))) continue;
     if (n == UVec3d()) continue;
     for (const UVec3d& p : t.p) {
-      const std::array<float, 6> corner = {static_cast<float>(p.x), static_cast<float>(p.y),
-                                           static_cast<float>(p.z), static_cast<float>(n.x),
-                                           static_cast<float>(n.y), static_cast<float>(n.z)};
-      const auto [index, isNew] = corners.add(corner);
-      surface.indices.push_back(index);
-      if (!isNew) continue;
-      append(surface.points, corner.data());
-      append(surface.normals, corner.data() + 3);
+      const Corners::Key corner = {static_cast<float>(p.x), static_cast<float>(p.y),
+                                   static_cast<float>(p.z), static_cast<float>(n.x),
+                                   static_cast<float>(n.y), static_cast<float>(n.z)};
+      surface.indices.push_back(surface.corners.add(corner).index);
     }
   }
   return surface;
@@ -66,47 +58,54 @@ Surface surfaceOf(const Body& body) {
 
 int lastOf(std::size_t count) { return static_cast<int>(count) - 1; }
 
-template <class T>
-int addView(tinygltf::Model& model, const std::vector<T>& list, int target) {
+// Room for a list at the end of the bytes.
+unsigned char* addView(tinygltf::Model& model, std::size_t length, int target) {
   std::vector<unsigned char>& bytes = model.buffers[0].data;
-  const std::size_t length = list.size() * sizeof(T);
   if (bytes.size() + length > kMostBytes) {
     throw std::length_error("expected fewer triangles: a GLB file ends at 4 GiB");
   }
-  tinygltf::BufferView view;
+  tinygltf::BufferView& view = model.bufferViews.emplace_back();
   view.buffer = 0;
   view.byteOffset = bytes.size();
   view.byteLength = length;
   view.target = target;
   bytes.resize(bytes.size() + length);
-  std::memcpy(bytes.data() + view.byteOffset, list.data(), length);
-  model.bufferViews.push_back(std::move(view));
-  return lastOf(model.bufferViews.size());
+  return bytes.data() + view.byteOffset;
 }
 
-int addVectors(tinygltf::Model& model, const std::vector<float>& list) {
-  tinygltf::Accessor accessor;
-  accessor.bufferView = addView(model, list, TINYGLTF_TARGET_ARRAY_BUFFER);
-  accessor.componentType = TINYGLTF_COMPONENT_TYPE_FLOAT;
-  accessor.type = TINYGLTF_TYPE_VEC3;
-  accessor.count = list.size() / 3;
-  accessor.minValues.assign(list.begin(), list.begin() + 3);
+tinygltf::Accessor& addAccessor(tinygltf::Model& model, std::size_t count, int number, int type) {
+  tinygltf::Accessor& accessor = model.accessors.emplace_back();
+  accessor.bufferView = lastOf(model.bufferViews.size());
+  accessor.count = count;
+  accessor.componentType = number;
+  accessor.type = type;
+  return accessor;
+}
+
+// Three numbers of every corner, from the first one on.
+int addVectors(tinygltf::Model& model, const std::vector<Corners::Key>& corners,
+               std::size_t first) {
+  constexpr std::size_t kLength = 3 * sizeof(float);
+  unsigned char* at = addView(model, corners.size() * kLength, TINYGLTF_TARGET_ARRAY_BUFFER);
+  tinygltf::Accessor& accessor =
+      addAccessor(model, corners.size(), TINYGLTF_COMPONENT_TYPE_FLOAT, TINYGLTF_TYPE_VEC3);
+  accessor.minValues.assign(corners[0].data() + first, corners[0].data() + first + 3);
   accessor.maxValues = accessor.minValues;
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    accessor.minValues[i % 3] = std::min(accessor.minValues[i % 3], double{list[i]});
-    accessor.maxValues[i % 3] = std::max(accessor.maxValues[i % 3], double{list[i]});
+  for (const Corners::Key& corner : corners) {
+    std::memcpy(at, corner.data() + first, kLength);
+    at += kLength;
+    for (std::size_t i = 0; i < 3; ++i) {
+      accessor.minValues[i] = std::min(accessor.minValues[i], double{corner[first + i]});
+      accessor.maxValues[i] = std::max(accessor.maxValues[i], double{corner[first + i]});
+    }
   }
-  model.accessors.push_back(std::move(accessor));
   return lastOf(model.accessors.size());
 }
 
 int addIndices(tinygltf::Model& model, const std::vector<std::uint32_t>& list) {
-  tinygltf::Accessor accessor;
-  accessor.bufferView = addView(model, list, TINYGLTF_TARGET_ELEMENT_ARRAY_BUFFER);
-  accessor.componentType = TINYGLTF_COMPONENT_TYPE_UNSIGNED_INT;
-  accessor.type = TINYGLTF_TYPE_SCALAR;
-  accessor.count = list.size();
-  model.accessors.push_back(std::move(accessor));
+  const std::size_t length = list.size() * sizeof list[0];
+  std::memcpy(addView(model, length, TINYGLTF_TARGET_ELEMENT_ARRAY_BUFFER), list.data(), length);
+  addAccessor(model, list.size(), TINYGLTF_COMPONENT_TYPE_UNSIGNED_INT, TINYGLTF_TYPE_SCALAR);
   return lastOf(model.accessors.size());
 }
 
@@ -131,8 +130,8 @@ int addMaterial(tinygltf::Model& model, const Body& body) {
 
 int addMesh(tinygltf::Model& model, const Body& body, const Surface& surface) {
   tinygltf::Primitive primitive;
-  primitive.attributes["POSITION"] = addVectors(model, surface.points);
-  primitive.attributes["NORMAL"] = addVectors(model, surface.normals);
+  primitive.attributes["POSITION"] = addVectors(model, surface.corners.keys(), 0);
+  primitive.attributes["NORMAL"] = addVectors(model, surface.corners.keys(), 3);
   primitive.indices = addIndices(model, surface.indices);
   primitive.material = addMaterial(model, body);
   primitive.mode = TINYGLTF_MODE_TRIANGLES;

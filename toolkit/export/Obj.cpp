@@ -67,7 +67,7 @@ class ObjText {
   void add(const Body& body) {
     Corners corners;
     exporting::forEachPlaced(body, [&](const UTri& t) { addTriangle(corners, t); });
-    first_ += corners.size();
+    first_ += corners.keys().size();
   }
 
   void commit() {

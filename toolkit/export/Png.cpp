@@ -33,8 +33,9 @@ void writePng(const std::filesystem::path& path, std::span<const Body> bodies, P
   check(size.height);
   WholeFile file(path);
   const exporting::Picture picture = exporting::drawn(bodies, size);
+  constexpr int kRowsFollowEachOther = 0;
   if (!stbi_write_png_to_func(pass, &file, size.width, size.height, 3, picture.bytes.data(),
-                              3 * size.width)) {
+                              kRowsFollowEachOther)) {
     throw std::bad_alloc();
   }
   file.commit();
