@@ -75,7 +75,7 @@ double longestEdge(const UTri& t) {
 
 /// Parts of the extent that triangles may be off: coarse, so that a face takes milliseconds however
 /// large the numbers of its file are.
-constexpr double kPartsOfExtent = 200;
+constexpr double kPartsOfExtent = 50;
 
 }  // namespace
 

@@ -349,7 +349,7 @@ TEST_F(ZrnFaults, MemoryShortInAConversionLeavesOutSomethingOrIsMinusOne) {
     ASSERT_EQ(triangles.size(), count < 0 ? 0u : static_cast<std::size_t>(count)) << call;
     ASSERT_TRUE(isSumOfFaces(areaOf(triangles))) << call << ": " << areaOf(triangles);
   }
-  EXPECT_NEAR(areaOf(triangles), kFrame - kCircle + 8000, 10);
+  EXPECT_NEAR(areaOf(triangles), kHasMesher ? kFrame - kCircle + 8000 : 0, 10);
 }
 
 TEST_F(ZrnFaults, MemoryShortInABodysFileLeavesNothingOrAll) {
@@ -363,7 +363,7 @@ TEST_F(ZrnFaults, MemoryShortInABodysFileLeavesNothingOrAll) {
     allocation.never();
     ASSERT_TRUE(triangles.empty() || std::abs(areaOf(triangles) - 8000) < 1) << call;
   }
-  EXPECT_FALSE(triangles.empty());
+  EXPECT_EQ(triangles.empty(), !kHasMesher);
 }
 
 // --- how much a load takes

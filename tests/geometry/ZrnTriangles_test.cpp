@@ -37,29 +37,6 @@ const std::string kScale2 = "2 2 100\n2\n";
 
 const ZrnSurface kPlane = rectangle(100, 80);
 
-/// The box of the triangles' corners: low x, high x, low y, high y.
-struct Box {
-  double x0 = kInf, x1 = -kInf, y0 = kInf, y1 = -kInf;
-};
-
-Box boxOf(const Triangles& triangles) {
-  Box box;
-  for (const UTri& t : triangles)
-    for (const UVec3d& p : t.p) {
-      box = {std::min(box.x0, p.x), std::max(box.x1, p.x), std::min(box.y0, p.y),
-             std::max(box.y1, p.y)};
-    }
-  return box;
-}
-
-void expectBox(const Triangles& triangles, double x0, double x1, double y0, double y1) {
-  const Box box = boxOf(triangles);
-  EXPECT_NEAR(box.x0, x0, 1e-4);
-  EXPECT_NEAR(box.x1, x1, 1e-4);
-  EXPECT_NEAR(box.y0, y0, 1e-4);
-  EXPECT_NEAR(box.y1, y1, 1e-4);
-}
-
 // --- results
 
 struct Unloaded {
@@ -109,6 +86,44 @@ INSTANTIATE_TEST_SUITE_P(
                             kPolyline3d + kArc + kPolynomialCurve + uvPolyline({{0, 0}})},
                     Nothing{"ScaleAlone", kScale2}, Nothing{"OtherText", "not a geometry file\n"}),
     korvo::test::rowName<Nothing>);
+
+TEST(ZrnFace, WithoutASurfaceIsMinusOne) {
+  zkin::zrn::FaceRecord record;
+  Triangles triangles(2);
+  EXPECT_EQ(zkin::zrn::faceToTriangles(record, 0.01, triangles), -1);
+  EXPECT_TRUE(triangles.empty());
+}
+
+TEST(ZrnTriangles, WithoutAMesherFacesAreWithoutTriangles) {
+  int count = -1;
+  EXPECT_EQ(trianglesOf(kPlane.text(), 0.01, &count).empty(), !kHasMesher);
+  EXPECT_EQ(count == 0, !kHasMesher);
+}
+
+#if !defined(KORVO_SOLIDRA_none)
+
+/// The box of the triangles' corners: low x, high x, low y, high y.
+struct Box {
+  double x0 = kInf, x1 = -kInf, y0 = kInf, y1 = -kInf;
+};
+
+Box boxOf(const Triangles& triangles) {
+  Box box;
+  for (const UTri& t : triangles)
+    for (const UVec3d& p : t.p) {
+      box = {std::min(box.x0, p.x), std::max(box.x1, p.x), std::min(box.y0, p.y),
+             std::max(box.y1, p.y)};
+    }
+  return box;
+}
+
+void expectBox(const Triangles& triangles, double x0, double x1, double y0, double y1) {
+  const Box box = boxOf(triangles);
+  EXPECT_NEAR(box.x0, x0, 1e-4);
+  EXPECT_NEAR(box.x1, x1, 1e-4);
+  EXPECT_NEAR(box.y0, y0, 1e-4);
+  EXPECT_NEAR(box.y1, y1, 1e-4);
+}
 
 TEST(ZrnTriangles, CountIsThatOfTheList) {
   int count = 0;
@@ -517,13 +532,6 @@ TEST(ZrnFace, RecordHoldsTheSurfaceAndThePlanesCurvesInOrder) {
   EXPECT_FALSE(record.trims[1].isPolygon);
 }
 
-TEST(ZrnFace, WithoutASurfaceIsMinusOne) {
-  zkin::zrn::FaceRecord record;
-  Triangles triangles(2);
-  EXPECT_EQ(zkin::zrn::faceToTriangles(record, 0.01, triangles), -1);
-  EXPECT_TRUE(triangles.empty());
-}
-
 TEST(ZrnFace, GivesItsSurfaceAway) {
   zkin::zrn::FaceRecord record = recordOf(kPlane.text());
   Triangles triangles;
@@ -561,5 +569,7 @@ TEST(ZrnFace, LeavesTheFittingSwitchAsItWas) {
   }
   CGeom_CNurbs::m_useFitting = before;
 }
+
+#endif
 
 }  // namespace
