@@ -503,14 +503,16 @@ INSTANTIATE_TEST_SUITE_P(Values, ZrnTolerance,
                                          Tolerance{"NaN", kNan}),
                          korvo::test::rowName<Tolerance>);
 
-// A ball of 20 m: a hundredth would take some ten million triangles, more than a face may have.
-TEST(ZrnTriangles, FaceTooLargeForTheToleranceIsMeshedCoarsely) {
-  const AsMeshed off;
-  const Triangles triangles = trianglesOf(sphere(20000, -60, 60, 2, 4).text());
-  ASSERT_FALSE(triangles.empty());
-  EXPECT_LT(triangles.size(), 10000u);
-  const double diagonal = std::hypot(40000, 40000, 40000 * std::sin(1.0471975511965976));
-  EXPECT_LE(largest(triangles, [](const UVec3d& p) { return p.norm() - 20000; }), .1 * diagonal);
+// A plate of 10 m with a hundred holes: to be met within a hundredth, each needs more than 500
+// points, and all of them more than a face's boundary may have.
+TEST(ZrnTriangles, FaceWithTooManyPointsForTheToleranceIsMeshedCoarsely) {
+  std::string bytes = rectangle(10000, 10000).text() + uvRectangle(.005, .005, .995, .995);
+  for (int k = 0; k < 100; ++k)
+    bytes += uvEllipse((k % 10 + .5) / 10, (k / 10 + .5) / 10, .045, .045);
+  const Triangles triangles = trianglesOf(bytes, 0.01);
+  const double area = 1e8 * (.99 * .99 - 100 * 3.14159265 * .045 * .045);
+  EXPECT_NEAR(areaOf(triangles), area, .02 * area);
+  EXPECT_EQ(triangles, trianglesOf(bytes, .1 * std::hypot(10000, 10000)));
 }
 
 // --- faces alone
