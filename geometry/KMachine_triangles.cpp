@@ -11,9 +11,12 @@ namespace zkin {
 namespace {
 
 /// Appends all of `body` or, when there is no memory for it, nothing.
-void append(const std::vector<UTri>& body, std::vector<UTri>& triangles) try {
+/// @return  Whether there was.
+bool append(const std::vector<UTri>& body, std::vector<UTri>& triangles) try {
   triangles.insert(triangles.end(), body.begin(), body.end());
+  return true;
 } catch (const std::bad_alloc&) {
+  return false;
 }
 
 }  // namespace
@@ -27,7 +30,7 @@ void KMachine::getTrianglesU(const KMachineValueBase& value, std::vector<UTri>& 
     loadGeometryFile(e.getGeomFile(), body);
     if (body.empty()) continue;
     UTri::_applyMatrix(getMatrix(value, &e), body);
-    append(body, triangles);
+    append(body, triangles);  // what memory is short for is left out, as what cannot be read is
   }
 }
 

@@ -25,8 +25,9 @@ struct SolveView;
 /// Failures are return values: null, -1, false or an empty list; nothing throws across this
 /// interface. Pointers to elements are valid until the next element is added or the machine is
 /// loaded again. The queries of KMachine_forward.cpp read only, and `getMatrix` and its relatives,
-/// `getTool` and `getElemAxis` may run on one machine in many threads at once; `updateDHm` and
-/// `getKine` must not. A cycle of previous-element links makes chains endless: check files first.
+/// `getTool`, `getElemAxis` and `getTrianglesU` may run on one machine in many threads at once;
+/// `updateDHm` and `getKine` must not. A cycle of previous-element links makes chains endless:
+/// check files first.
 class KORVO_KINEMATICS_API KMachine {
  public:
   /// Kinematic record of one tool.

@@ -123,9 +123,10 @@ std::vector<Loop> clip(std::vector<Loop> loops, const Side& side) {
 
 bool isSame(const CGeom2d_XY& a, const CGeom2d_XY& b) { return a.x == b.x && a.y == b.y; }
 
-// Points on a side exactly on it, and none twice in a row.
+// Points inside the square, on the grid, and none twice in a row.
 void tidy(Loop& loop) {
-  for (CGeom2d_XY& p : loop) p = {std::clamp(p.x, 0.0, 1.0), std::clamp(p.y, 0.0, 1.0)};
+  for (CGeom2d_XY& p : loop)
+    p = unitOf(gridPoint({std::clamp(p.x, 0.0, 1.0), std::clamp(p.y, 0.0, 1.0)}));
   loop.erase(std::unique(loop.begin(), loop.end(), isSame), loop.end());
   while (loop.size() > 1 && isSame(loop.front(), loop.back())) loop.pop_back();
 }

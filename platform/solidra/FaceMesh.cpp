@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <utility>
 
 namespace solidra {
@@ -19,33 +20,21 @@ constexpr double kSampledShare = 0.92;
 constexpr double kFinestOfSize = 1e-6;
 constexpr double kFinestOfCoordinate = 2.5e-7;
 
-// The mesher's parts may differ from what the loops enclose by this share of it: beyond, it has
-// turned a loop inside out or lost one, which it does without a word.
-constexpr double kAreaSlack = 0.01;
+// Triangles cover exactly what the loops enclose, but for rounding: beyond, the mesher has turned a
+// loop inside out or lost one, which it does without a word, or has folded triangles over.
+constexpr double kAreaSlack = 1e-6;
 
-// The same once all points of the loops are in the mesh: rounding alone.
-constexpr double kFoldSlack = 1e-6;
+// Steps that a face may cost, of some nanoseconds each: far more than a million triangles take.
+constexpr long long kMaxSteps = 3'000'000'000;
 
-constexpr std::chrono::seconds kMaxTime{10};
-
-// What the mesher is asked for first, of the surface's size, where the tolerance is finer. Its time
-// grows faster than its triangles (70 microseconds each at 1e-4 of the size), cutting them costs
-// one or two: the same tolerance is reached some ten times as fast, and with fewer triangles.
+// What the mesher is asked for, of the surface's size, where the tolerance is finer: its time grows
+// faster than its triangles (70 microseconds each at 1e-4 of the size), cutting them costs one or
+// two.
 constexpr double kCoarse = 1.0 / 500;
 
-// How far the loops may be simplified for it.
-constexpr double kRimShare = 0.1;
-
-// Points that a rim may have to be left whole: a thousand may take the mesher a second.
-constexpr std::size_t kMaxFullRim = 1000;
-
-// Points that the mesher is given at all: its time and memory grow with their square at worst, and
-// it looks at no clock meanwhile.
-constexpr std::size_t kMaxRim = 5000;
-
-// Where the first mesh leads to none within the tolerance, the mesher is asked for finer ones.
-constexpr int kAttempts = 3;
-constexpr double kFiner = 0.2;
+// Points on a rim that the mesher is given. Its time grows with their square: a thousand may take
+// it a second. Beyond, the own triangulation is as good and faster by far.
+constexpr std::size_t kMaxRim = 100;
 
 double finest(const Surface& surface) {
   const CGeom_Bound bound = surface.poleBound();
@@ -73,27 +62,16 @@ double areaOf(const Region& region) {
   return area;
 }
 
-double areaOf(const UvMesh& mesh) {
-  double area = 0;
-  for (const auto& [a, b, c] : mesh.triangles)
-    area += std::abs(signedArea({mesh.points[a], mesh.points[b], mesh.points[c]}));
-  return area;
-}
-
-bool isRightArea(const Region& region, const UvMesh& mesh) {
-  const double wanted = areaOf(region);
-  return std::abs(areaOf(mesh) - wanted) <= kAreaSlack * wanted;
-}
-
-// Whether no triangle was turned over when points of the rim were put in: the areas without their
-// signs would exceed what the loops enclose.
-bool isUnfolded(const std::vector<Region>& regions, const FaceMesh& mesh) {
-  double wanted = 0;
+// No triangle is turned over, and together they cover what the loops enclose.
+bool isUnfolded(const Region& region, const UvMesh& mesh) {
   double found = 0;
-  for (const Region& region : regions) wanted += areaOf(region);
-  for (const auto& [a, b, c] : mesh.triangles)
-    found += std::abs(signedArea({mesh.unit[a], mesh.unit[b], mesh.unit[c]}));
-  return std::abs(found - wanted) <= kFoldSlack * wanted;
+  for (const auto& [a, b, c] : mesh.triangles) {
+    const double area = signedArea({mesh.points[a], mesh.points[b], mesh.points[c]});
+    if (area < 0) return false;
+    found += area;
+  }
+  const double wanted = areaOf(region);
+  return std::abs(found - wanted) <= kAreaSlack * wanted;
 }
 
 void append(const Surface& surface, const UvMesh& part, FaceMesh& out) {
@@ -128,31 +106,22 @@ std::size_t pointsOf(const std::vector<Region>& regions) {
   return count;
 }
 
-std::vector<CoarseRegion> coarsenAll(const Surface& surface, const std::vector<Region>& regions,
-                                     double tolerance) {
-  std::vector<CoarseRegion> out;
-  for (const Region& region : regions) out.push_back(coarsen(surface, region, tolerance));
-  return out;
-}
+/// Triangulates one region; false when it cannot.
+using Way = std::function<bool(const Region&, UvMesh&)>;
 
-// One mesh of the mesher, checked, then cut until it keeps the tolerance and has all of the loops.
-bool meshOnce(const Surface& surface, const std::vector<Region>& regions,
-              const std::vector<CoarseRegion>& coarse, double tolerance, const Deadline& deadline,
-              FaceMesh& out) {
-  std::vector<Region> asked;
-  for (const CoarseRegion& c : coarse) asked.push_back(c.region);
-  if (pointsOf(asked) > kMaxRim) return false;
-  std::vector<UvMesh> parts;
-  Rim rim;
-  if (!triangulate(surface, asked, out.stats.asked, deadline, parts)) return false;
-  for (std::size_t i = 0; i < parts.size(); ++i) {
-    if (!isRightArea(asked[i], parts[i])) return false;
-    if (!makeRim(regions[i], coarse[i], static_cast<int>(out.unit.size()), parts[i], rim))
-      return false;
-    append(surface, parts[i], out);
+// One way of triangulating, checked, then cut until it keeps the tolerance.
+bool meshBy(const Way& way, const Surface& surface, const std::vector<Region>& regions,
+            double tolerance, Work& work, FaceMesh& out) {
+  out.unit.clear();
+  out.points.clear();
+  out.triangles.clear();
+  ++out.stats.attempts;
+  for (const Region& region : regions) {
+    UvMesh part;
+    if (!way(region, part) || !isUnfolded(region, part)) return false;
+    append(surface, part, out);
   }
-  if (!refine(surface, kSampledShare * tolerance, deadline, std::move(rim), out)) return false;
-  if (!isUnfolded(regions, out)) return false;
+  if (!refine(surface, kSampledShare * tolerance, work, out)) return false;
   out.stats.missed = out.stats.first > out.stats.asked;
   dropFlat(out);
   return !out.triangles.empty() && out.triangles.size() <= kMaxTriangles;
@@ -168,22 +137,21 @@ bool meshFace(const Surface& surface, const Trim& trim, double tolerance, FaceMe
   const double least = finest(surface);
   if (!std::isfinite(tolerance) || tolerance <= 0 || least == 0) return false;
   tolerance = std::max(tolerance, least);
-  const Deadline deadline(kMaxTime);
   std::vector<Region> regions;
   if (!regionsOf(surface, trim, kBoundaryShare * tolerance, regions)) return false;
-  double asked = std::max(tolerance, kCoarse * surface.poleBound().GetDiag());
-  for (int attempt = 1; attempt <= kAttempts && !deadline.isPast(); ++attempt, asked *= kFiner) {
-    out = {};
-    out.stats.asked = asked;
-    out.stats.attempts = attempt;
-    // The last attempt leaves the mesher all points of the loops, if they are not too many.
-    const bool isFull = attempt == kAttempts && pointsOf(regions) <= kMaxFullRim;
-    const double simplified = isFull ? 0 : kRimShare * asked;
-    if (meshOnce(surface, regions, coarsenAll(surface, regions, simplified), tolerance, deadline,
-                 out))
-      return true;
-  }
-  return false;
+  Work work(kMaxSteps);
+  out = {};
+  out.stats.asked = std::max(tolerance, kCoarse * surface.poleBound().GetDiag());
+  const Way byMesher = [&](const Region& region, UvMesh& part) {
+    return triangulate(surface, region, out.stats.asked, part);
+  };
+  if (pointsOf(regions) <= kMaxRim && meshBy(byMesher, surface, regions, tolerance, work, out))
+    return true;
+  out.stats.asked = tolerance;
+  const Way densely = [&](const Region& region, UvMesh& part) {
+    return triangulateDensely(surface, region, tolerance, work, part);
+  };
+  return meshBy(densely, surface, regions, tolerance, work, out);
 }
 
 }  // namespace solidra

@@ -7,7 +7,6 @@
 #include "platform/solidra/CMesh_Stats.h"
 #include "platform/solidra/Mesher.h"
 #include "platform/solidra/Region.h"
-#include "platform/solidra/Rim.h"
 
 /// From a surface and what trims it to triangles that keep a tolerance.
 namespace solidra {
@@ -27,11 +26,16 @@ struct FaceMesh {
 bool meshFace(const Surface& surface, const Trim& trim, double tolerance, FaceMesh& out);
 
 /// Cuts triangles further than `tolerance` from the surface until none is; fills `stats.first`,
-/// `stats.reached` and `stats.rounds`. False when that takes too many rounds or triangles.
+/// `stats.reached` and `stats.rounds`. False when that takes too many rounds, triangles or steps.
 ///
-/// Edges of the rim are cut at the points of the loops that they stand for, down to the last one.
-bool refine(const Surface& surface, double tolerance, const Deadline& deadline, Rim rim,
-            FaceMesh& mesh);
+/// Sides are cut in their middles in the parameter plane: what covers a region without a fold goes
+/// on doing so.
+bool refine(const Surface& surface, double tolerance, Work& work, FaceMesh& mesh);
+
+/// Triangulates a region from its rim and from points of the surface that are as dense as
+/// `tolerance` asks for. False when the loops cross or that takes too many steps.
+bool triangulateDensely(const Surface& surface, const Region& region, double tolerance, Work& work,
+                        UvMesh& out);
 
 /// The point as a vertex holds it.
 CGeom_XYZ rounded(const CGeom_XYZ& p);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <chrono>
 #include <vector>
 
 #include "platform/solidra/Region.h"
@@ -15,24 +14,13 @@ struct UvMesh {
   std::vector<std::array<int, 3>> triangles;
 };
 
-/// When meshing is given up. A last resort against hostile data: no sensible face comes near it.
-class Deadline {
- public:
-  using Clock = std::chrono::steady_clock;
-  explicit Deadline(Clock::duration time) : end_(Clock::now() + time) {}
-  bool isPast() const { return Clock::now() > end_; }
-
- private:
-  Clock::time_point end_;
-};
-
-/// Triangulates regions of a surface, one mesh for each, so that no triangle should be further than
-/// `deflection` mm from the surface. Callers measure whether that is so.
+/// Triangulates a region of a surface so that no triangle should be further than `deflection` mm
+/// from the surface. Callers measure whether that is so, and where the triangles lie.
 ///
-/// @errors  False where the mesher refuses a region, says that it did it wrongly, or runs out of
-/// time.
-///          Throws nothing but what std::exception is the base of.
-bool triangulate(const Surface& surface, const std::vector<Region>& regions, double deflection,
-                 const Deadline& deadline, std::vector<UvMesh>& out);
+/// @errors  False where the mesher refuses the region, says that it did it wrongly, or takes too
+/// many
+///          steps. Throws nothing but what std::exception is the base of.
+/// @cost    Grows with the square of the region's points, and worse: give it few.
+bool triangulate(const Surface& surface, const Region& region, double deflection, UvMesh& out);
 
 }  // namespace solidra

@@ -2,9 +2,6 @@
 
 namespace solidra {
 
-bool triangulate(const Surface&, const std::vector<Region>&, double, const Deadline&,
-                 std::vector<UvMesh>&) {
-  return false;
-}
+bool triangulate(const Surface&, const Region&, double, UvMesh&) { return false; }
 
 }  // namespace solidra

@@ -35,6 +35,9 @@ constexpr double kSize = 100;
 // Vertices and edges are exact but for rounding.
 constexpr double kExact = 1e-7;
 
+// How often the mesher may ask whether to go on.
+constexpr int kMaxAsked = 1'000'000;
+
 // Largest turn in radians from one piece of an edge to the next.
 constexpr double kAngle = 0.5;
 
@@ -102,17 +105,14 @@ Handle(Geom_BSplineSurface) splineOf(const Surface& s, const Scale& scale) {
 /// Builds a face from loops.
 class FaceBuilder {
  public:
-  FaceBuilder(const Handle(Geom_BSplineSurface) & surface, const Deadline& deadline)
-      : surface_(surface), deadline_(deadline) {}
+  explicit FaceBuilder(const Handle(Geom_BSplineSurface) & surface) : surface_(surface) {}
 
-  // Null when the time is over.
   TopoDS_Face face(const Region& region) const {
     if (region.isWhole) return BRepBuilderAPI_MakeFace(surface_, 0, 1, 0, 1, kExact).Face();
     TopoDS_Face face;
     builder_.MakeFace(face, surface_, kExact);
-    if (!addLoop(region.outer, face)) return {};
-    for (const Loop& hole : region.holes)
-      if (!addLoop(hole, face)) return {};
+    addLoop(region.outer, face);
+    for (const Loop& hole : region.holes) addLoop(hole, face);
     return face;
   }
 
@@ -148,13 +148,12 @@ class FaceBuilder {
            from.Distance(surface_->Value((a.x + b.x) / 2, (a.y + b.y) / 2)) < kExact;
   }
 
-  bool addLoop(const Loop& loop, TopoDS_Face& face) const {
+  void addLoop(const Loop& loop, TopoDS_Face& face) const {
     TopoDS_Wire wire;
     builder_.MakeWire(wire);
     const TopoDS_Vertex first = vertex(loop.front());
     TopoDS_Vertex from = first;
     for (std::size_t i = 0; i < loop.size(); ++i) {
-      if (deadline_.isPast()) return false;
       const bool isLast = i + 1 == loop.size();
       const CGeom2d_XY& end = loop[isLast ? 0 : i + 1];
       const TopoDS_Vertex to = isLast ? first : isCollapsed(loop[i], end) ? from : vertex(end);
@@ -163,23 +162,20 @@ class FaceBuilder {
     }
     wire.Closed(true);
     builder_.Add(face, wire);
-    return true;
   }
 
   BRep_Builder builder_;
   Handle(Geom_BSplineSurface) surface_;
-  const Deadline& deadline_;
 };
 
-/// Stops the mesher at the deadline; shows nothing.
+/// Stops the mesher when it has asked too often whether it may go on; shows nothing.
 class Watch : public Message_ProgressIndicator {
  public:
-  explicit Watch(const Deadline& deadline) : deadline_(deadline) {}
-  Standard_Boolean UserBreak() override { return deadline_.isPast(); }
+  Standard_Boolean UserBreak() override { return ++asked_ > kMaxAsked; }
   void Show(const Message_ProgressScope&, const Standard_Boolean) override {}
 
  private:
-  const Deadline& deadline_;
+  int asked_ = 0;
 };
 
 // Every other status bit means a mesh that is missing or wrong, even where there is one.
@@ -187,7 +183,7 @@ bool isGood(int status) {
   return (status & ~(IMeshData_ReMesh | IMeshData_Outdated | IMeshData_Reused)) == 0;
 }
 
-bool mesh(const TopoDS_Face& face, double deflection, const Deadline& deadline) {
+bool mesh(const TopoDS_Face& face, double deflection) {
   IMeshTools_Parameters parameters;
   parameters.Deflection = deflection;
   parameters.Angle = kAngle;
@@ -196,7 +192,7 @@ bool mesh(const TopoDS_Face& face, double deflection, const Deadline& deadline) 
   BRepMesh_IncrementalMesh mesher;
   mesher.SetShape(face);
   mesher.ChangeParameters() = parameters;
-  const Handle(Watch) watch = new Watch(deadline);
+  const Handle(Watch) watch = new Watch;
   mesher.Perform(watch->Start());
   return isGood(mesher.GetStatusFlags());
 }
@@ -221,16 +217,10 @@ bool read(const TopoDS_Face& face, UvMesh& out) {
 
 }  // namespace
 
-bool triangulate(const Surface& surface, const std::vector<Region>& regions, double deflection,
-                 const Deadline& deadline, std::vector<UvMesh>& out) try {
+bool triangulate(const Surface& surface, const Region& region, double deflection, UvMesh& out) try {
   const Scale scale(surface);
-  const FaceBuilder builder(splineOf(surface, scale), deadline);
-  for (const Region& region : regions) {
-    const TopoDS_Face face = builder.face(region);
-    if (face.IsNull() || !mesh(face, deflection * scale.factor, deadline)) return false;
-    if (!read(face, out.emplace_back())) return false;
-  }
-  return true;
+  const TopoDS_Face face = FaceBuilder(splineOf(surface, scale)).face(region);
+  return mesh(face, deflection * scale.factor) && read(face, out);
 } catch (const Standard_Failure&) {  // not a std::exception
   return false;
 }

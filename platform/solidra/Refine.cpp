@@ -73,16 +73,21 @@ struct Finding {
 /// One face's refinement.
 class Refiner {
  public:
-  Refiner(const Surface& surface, double tolerance, Rim rim, FaceMesh& mesh)
-      : surface_(surface), tolerance_(tolerance), rim_(std::move(rim)), mesh_(mesh) {
+  Refiner(const Surface& surface, double tolerance, FaceMesh& mesh)
+      : surface_(surface), tolerance_(tolerance), mesh_(mesh) {
     open_.resize(mesh.triangles.size());
     for (std::size_t i = 0; i < open_.size(); ++i) open_[i] = i;
+  }
+
+  // What the next look costs.
+  long long steps() const {
+    return static_cast<long long>(open_.size() * kSamples.size()) * surface_.steps();
   }
 
   // Looks at the triangles not yet found good; whether all are good now.
   bool look(double& worst) {
     worst = reached_;
-    if (rim_.empty()) ++lookedAt_;
+    ++lookedAt_;
     bool isGood = true;
     for (const std::size_t i : open_) {
       const Finding found = find(mesh_.triangles[i]);
@@ -92,10 +97,8 @@ class Refiner {
         continue;
       }
       isGood = false;
-      const bool isRim = found.distance == 0;  // not yet looked at
       for (int k = 0; k < 3; ++k)
-        if ((lookedAt_ > kThriftyRounds && !isRim) || (found.sides >> k & 1) != 0)
-          mark(mesh_.triangles[i], k);
+        if (lookedAt_ > kThriftyRounds || (found.sides >> k & 1) != 0) mark(mesh_.triangles[i], k);
     }
     open_.clear();
     return isGood;
@@ -120,17 +123,7 @@ class Refiner {
     return static_cast<std::uint64_t>(std::min(a, b)) << 32 | static_cast<unsigned>(std::max(a, b));
   }
 
-  // Sides of the rim are cut whatever their distance.
-  int rimSides(const Triangle& t) const {
-    int sides = 0;
-    for (int k = 0; k < 3 && !rim_.empty(); ++k)
-      if (rim_.contains(directedKey(t[k], t[(k + 1) % 3]))) sides |= 1 << k;
-    return sides;
-  }
-
   Finding find(const Triangle& t) const {
-    const int rim = rimSides(t);
-    if (rim != 0) return {0, rim};
     const CGeom_XYZ& origin = mesh_.points[t[0]];
     const CGeom_XYZ b = minus(mesh_.points[t[1]], origin);
     const CGeom_XYZ c = minus(mesh_.points[t[2]], origin);
@@ -168,25 +161,10 @@ class Refiner {
     const int b = t[(side + 1) % 3];
     const auto [at, isNew] = middles_.try_emplace(key(a, b), static_cast<int>(mesh_.unit.size()));
     if (!isNew) return;
-    mesh_.unit.push_back(middlePoint(a, b, at->second));
+    const CGeom2d_XY& p = mesh_.unit[a];
+    const CGeom2d_XY& q = mesh_.unit[b];
+    mesh_.unit.push_back({(p.x + q.x) / 2, (p.y + q.y) / 2});
     mesh_.points.push_back(rounded(surface_.unitPoint(mesh_.unit.back())));
-  }
-
-  // In the parameter plane; on the rim a point of the loop, and the two parts are rim again.
-  CGeom2d_XY middlePoint(int a, int b, int made) {
-    const auto at = rim_.find(directedKey(a, b));
-    if (at == rim_.end()) {
-      const CGeom2d_XY& p = mesh_.unit[a];
-      const CGeom2d_XY& q = mesh_.unit[b];
-      return {(p.x + q.x) / 2, (p.y + q.y) / 2};
-    }
-    const Stretch whole = at->second;
-    rim_.erase(at);
-    const double middle = middleOf(whole);
-    const Stretch parts[] = {{whole.loop, whole.from, middle}, {whole.loop, middle, whole.to}};
-    if (hasPoints(parts[0])) rim_[directedKey(a, made)] = parts[0];
-    if (hasPoints(parts[1])) rim_[directedKey(made, b)] = parts[1];
-    return pointAt(*whole.loop, middle);
   }
 
   int middle(int a, int b) const {
@@ -225,9 +203,8 @@ class Refiner {
 
   const Surface& surface_;
   double tolerance_;
-  Rim rim_;
   FaceMesh& mesh_;
-  int lookedAt_ = 0;               // rounds since the rim has all its points
+  int lookedAt_ = 0;               // rounds
   double reached_ = 0;             // of the triangles found good
   std::vector<std::size_t> open_;  // triangles to look at
   std::unordered_map<std::uint64_t, int> middles_;
@@ -235,16 +212,16 @@ class Refiner {
 
 }  // namespace
 
-bool refine(const Surface& surface, double tolerance, const Deadline& deadline, Rim rim,
-            FaceMesh& mesh) {
-  Refiner refiner(surface, tolerance, std::move(rim), mesh);
+bool refine(const Surface& surface, double tolerance, Work& work, FaceMesh& mesh) {
+  Refiner refiner(surface, tolerance, mesh);
   for (int round = 0; round <= kMaxRounds; ++round) {
+    if (!work.spend(refiner.steps())) return false;
     const bool isGood = refiner.look(mesh.stats.reached);
     if (round == 0) mesh.stats.first = mesh.stats.reached;
     mesh.stats.rounds = round;
     if (isGood) return std::isfinite(mesh.stats.reached);
     refiner.cut();
-    if (mesh.triangles.size() > kMaxTriangles || deadline.isPast()) return false;
+    if (mesh.triangles.size() > kMaxTriangles) return false;
   }
   return false;
 }

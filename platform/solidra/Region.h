@@ -1,11 +1,41 @@
 #pragma once
 
+#include <cmath>
+#include <cstdint>
 #include <vector>
 
 #include "platform/solidra/Nurbs.h"
 
 /// From trimming curves to the parts of the parameter plane that they bound.
 namespace solidra {
+
+/// Points of loops are rounded to multiples of 1 / kGrid: 1e-9 of the parameter range. Whether
+/// three of them turn left is then exact in 64 bits, and so are the middles of their connections in
+/// doubles, many times over.
+inline constexpr double kGrid = 1 << 30;
+
+/// A point of that grid.
+struct GridPoint {
+  std::int64_t x = 0;
+  std::int64_t y = 0;
+};
+
+inline GridPoint gridPoint(const CGeom2d_XY& p) {
+  return {std::llround(p.x * kGrid), std::llround(p.y * kGrid)};
+}
+
+inline CGeom2d_XY unitOf(const GridPoint& p) {
+  return {static_cast<double>(p.x) / kGrid, static_cast<double>(p.y) / kGrid};
+}
+
+/// Twice the area of the triangle, positive when it turns left.
+inline std::int64_t turn(const GridPoint& a, const GridPoint& b, const GridPoint& c) {
+  return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+}
+
+/// The distance of two steps of the grid within which loops touch rather than cross: rounding moves
+/// each of their points by up to one.
+inline constexpr double kTouch = 2;
 
 /// A closed polyline in unit parameters, without its first point again at its end.
 using Loop = std::vector<CGeom2d_XY>;
@@ -29,13 +59,15 @@ inline constexpr long long kMaxWork = 200'000'000;
 /// Points that the loops of one wire may have together.
 inline constexpr std::size_t kMaxBoundary = 50'000;
 
-/// Steps left; false from spend() when they are used up.
+/// Steps left; false from spend() when they are used up. Counted, so that what is given up does not
+/// depend on how fast a machine is.
 class Work {
  public:
+  explicit Work(long long steps = kMaxWork) : left_(steps) {}
   bool spend(long long steps) { return (left_ -= steps) >= 0; }
 
  private:
-  long long left_ = kMaxWork;
+  long long left_;
 };
 
 /// The loops of the curves, flattened within `tolerance` mm, cut to the unit square: flatten, join,

@@ -21,21 +21,21 @@ struct Segment {
   double high() const { return std::max(a.x, b.x); }
 };
 
-double cross(const CGeom2d_XY& o, const CGeom2d_XY& a, const CGeom2d_XY& b) {
-  return (a.x - o.x) * (b.y - o.y) - (b.x - o.x) * (a.y - o.y);
+// Whether the ends of t lie clearly on either side of s: touching is no crossing.
+bool isParted(const Segment& s, const Segment& t) {
+  const GridPoint a = gridPoint(s.a);
+  const GridPoint b = gridPoint(s.b);
+  const auto p = static_cast<double>(turn(a, b, gridPoint(t.a)));
+  const auto q = static_cast<double>(turn(a, b, gridPoint(t.b)));
+  const double length = std::hypot(s.b.x - s.a.x, s.b.y - s.a.y) * kGrid;
+  return (p > 0) != (q > 0) && std::min(std::abs(p), std::abs(q)) > kTouch * length;
 }
 
-// Each segment has its ends strictly on either side of the other; touching is no crossing.
 bool isCrossing(const Segment& s, const Segment& t) {
   if (std::max(s.a.y, s.b.y) < std::min(t.a.y, t.b.y) ||
       std::max(t.a.y, t.b.y) < std::min(s.a.y, s.b.y))
     return false;
-  const double tolerance = kOnLoop * kOnLoop;
-  const auto apart = [&](double x, double y) {
-    return x * y < 0 && std::min(std::abs(x), std::abs(y)) > tolerance;
-  };
-  return apart(cross(s.a, s.b, t.a), cross(s.a, s.b, t.b)) &&
-         apart(cross(t.a, t.b, s.a), cross(t.a, t.b, s.b));
+  return isParted(s, t) && isParted(t, s);
 }
 
 std::vector<Segment> segmentsOf(const std::vector<Loop>& loops) {

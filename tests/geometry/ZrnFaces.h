@@ -13,6 +13,13 @@
 /// Exact surfaces and trimming curves as geometry files, and what can be read off triangles.
 namespace korvo::test {
 
+/// Whether there is anything that meshes faces; else every face is without triangles.
+#if defined(KORVO_SOLIDRA_none)
+inline constexpr bool kHasMesher = false;
+#else
+inline constexpr bool kHasMesher = true;
+#endif
+
 /// The name of a row of a table of tests.
 template <class Row>
 std::string rowName(const testing::TestParamInfo<Row>& info) {

@@ -1,4 +1,5 @@
 // Exact surfaces: their triangles' corners, distance, area and volume against closed forms.
+#if !defined(KORVO_SOLIDRA_none)
 
 #include <cmath>
 #include <numbers>
@@ -130,3 +131,5 @@ INSTANTIATE_TEST_SUITE_P(Surfaces, ZrnExact, testing::ValuesIn(exactSurfaces()),
                          korvo::test::rowName<Exact>);
 
 }  // namespace
+
+#endif

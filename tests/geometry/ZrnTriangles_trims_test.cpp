@@ -1,4 +1,5 @@
 // Trimmed faces: which part of the surface they are.
+#if !defined(KORVO_SOLIDRA_none)
 
 #include <algorithm>
 #include <cmath>
@@ -254,3 +255,5 @@ INSTANTIATE_TEST_SUITE_P(Surfaces, ZrnCompared,
                          korvo::test::rowName<Compared>);
 
 }  // namespace
+
+#endif
