@@ -137,6 +137,8 @@ bool meshFace(const Surface& surface, const Trim& trim, double tolerance, FaceMe
   const double least = finest(surface);
   if (!std::isfinite(tolerance) || tolerance <= 0 || least == 0) return false;
   tolerance = std::max(tolerance, least);
+  const Mesher triangulate = mesher();
+  if (!triangulate) return false;
   std::vector<Region> regions;
   if (!regionsOf(surface, trim, kBoundaryShare * tolerance, regions)) return false;
   Work work(kMaxSteps);
