@@ -27,9 +27,10 @@ class Extent {
   explicit Extent(const char* path) {
     zkin::CGeomFileNodeList nodes;
     double scale = 0;
-    require(zkin::ZRN_LoadFile(path, nodes, scale) == 0);
+    isLoaded_ = zkin::ZRN_LoadFile(path, nodes, scale) == 0;
     for (const auto& node : nodes) add(node->entity);
   }
+  bool isLoaded() const { return isLoaded_; }
   double largest() const {
     const UVec3d size = high_ - low_;
     return std::fmax(size.x, std::fmax(size.y, size.z));
@@ -56,6 +57,7 @@ class Extent {
   }
 
   UVec3d low_{HUGE_VAL, HUGE_VAL, HUGE_VAL};
+  bool isLoaded_ = false;
   UVec3d high_{-HUGE_VAL, -HUGE_VAL, -HUGE_VAL};
 };
 
@@ -71,21 +73,22 @@ double longestEdge(const UTri& t) {
                    std::fmax(t.p[1].distanceTo(t.p[2]), t.p[2].distanceTo(t.p[0])));
 }
 
-/// Coarser than bodies are meshed, so that a face takes milliseconds and not seconds.
-constexpr double kTolerance = 0.5;
+/// Parts of the extent that triangles may be off: coarse, so that a face takes milliseconds however
+/// large the numbers of its file are.
+constexpr double kPartsOfExtent = 200;
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const korvo::test::MemoryFile file(data, size);
   const std::string path = file.path();
-  std::vector<UTri> triangles(3);
-  const int count = zkin::ZRN_FileToTriangles(path.c_str(), kTolerance, triangles);
-  require(count >= -1);
-  require(triangles.size() == static_cast<std::size_t>(count < 0 ? 0 : count));
-  if (triangles.empty()) return 0;
-
   const Extent extent(path.c_str());
+  std::vector<UTri> triangles(3);
+  const int count =
+      zkin::ZRN_FileToTriangles(path.c_str(), extent.largest() / kPartsOfExtent, triangles);
+  require(count == -1 ? !extent.isLoaded() : count >= 0);
+  require(triangles.size() == static_cast<std::size_t>(count < 0 ? 0 : count));
+
   const double longest = extent.largest() / 15;
   for (const UTri& t : triangles) {
     require(isFinite(t));

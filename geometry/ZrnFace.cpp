@@ -80,6 +80,7 @@ std::unique_ptr<CGeom_SNurbs> makeSurface(const CGeomFilePrivateNurbsSurface& s)
 std::unique_ptr<CGeom2d_Curve> makePolygon(const CGeomFilePrivatePolylineUVCurve& c) {
   if (!fits(c.points.size())) return nullptr;
   std::vector<CGeom2d_XY> points;
+  points.reserve(c.points.size());
   for (const UVec2d& p : c.points) points.push_back({p.x, p.y});
   const int count = static_cast<int>(points.size());
   return std::make_unique<CGeom2d_Polygon>(count, points.data(), count);
@@ -100,12 +101,15 @@ std::unique_ptr<CGeom2d_Curve> makeNurbs(const CGeomFilePrivateNurbsCurve& c) {
                                           arrayOf(c.weights, c.weights.size()));
 }
 
-TrimmingCurve makeTrim(const CGeomFileEntity& e) {
-  if (e.GetKind() == ZRN_KIND_POLYLINE_UV_CURVE)
-    return {makePolygon(static_cast<const CGeomFilePrivatePolylineUVCurve&>(*e.GetGeom())), true};
+bool isPolygon(const CGeomFileEntity& e) { return e.GetKind() == ZRN_KIND_POLYLINE_UV_CURVE; }
+
+/// Null for curves that are none in the parameter plane.
+std::unique_ptr<CGeom2d_Curve> makeCurve(const CGeomFileEntity& e) {
+  if (isPolygon(e))
+    return makePolygon(static_cast<const CGeomFilePrivatePolylineUVCurve&>(*e.GetGeom()));
   if (e.GetKind() == ZRN_KIND_NURBS_CURVE)
-    return {makeNurbs(static_cast<const CGeomFilePrivateNurbsCurve&>(*e.GetGeom())), false};
-  return {};
+    return makeNurbs(static_cast<const CGeomFilePrivateNurbsCurve&>(*e.GetGeom()));
+  return nullptr;
 }
 
 // --- from the objects to a mesh
@@ -121,6 +125,11 @@ constexpr double kAngle = 1e-5;
 
 /// Share of the diagonal of a surface's box that its mesh may be off when a fine one fails.
 constexpr double kCoarse = 0.1;
+
+/// What Solidra refuses to take only when memory is short.
+void require(bool isTaken) {
+  if (!isTaken) throw std::bad_alloc();
+}
 
 /// The pieces of a curve, as Solidra hands them out; deletes those that nobody took.
 struct Pieces {
@@ -140,7 +149,8 @@ struct Pieces {
 void addPiece(CTopo_Wire& wire, std::unique_ptr<CGeom2d_Curve> piece, bool isPolygon) {
   if (isPolygon) piece->SetFlags(kPolygonFlag);
   CTopo_Edge* edge = nullptr;
-  wire.AddCoEdge(new CTopo_CoEdge(nullptr, piece.release()), kForward, kEdgeKind, edge, kGap);
+  auto* coEdge = new CTopo_CoEdge(nullptr, piece.release());
+  require(wire.AddCoEdge(coEdge, kForward, kEdgeKind, edge, kGap));
 }
 
 /// Adds the smooth pieces of a curve, or itself where it cannot be cut.
@@ -163,7 +173,7 @@ void makeEdges(CTopo_Wire& wire) {
 void trimFace(CTopo_Face& face, std::vector<TrimmingCurve>& trims) {
   auto* wire = new CTopo_Wire;
   wire->SetFlags(kWireFlags);
-  if (!face.AddWire(wire)) throw std::bad_alloc();
+  require(face.AddWire(wire));
   for (TrimmingCurve& trim : trims) addCurve(*wire, trim);
   if (wire->GetCoEdgeCount() > 0) makeEdges(*wire);
   face.Regen(0, kGap);
@@ -182,8 +192,7 @@ UVec3d widened(const CMesh_Vertex& v) { return {v.x, v.y, v.z}; }
 int readMesh(const CTopo_Face& face, std::vector<UTri>& triangles) {
   CStd_Array1<CMesh_Vertex> vertices;
   CStd_Array1<CMesh_Index> indices;
-  face.GetMeshVertex(vertices);
-  face.GetVTriangles(indices);
+  require(face.GetMeshVertex(vertices) > 0 && face.GetVTriangles(indices) > 0);
   for (const auto& [i0, i1, i2] : indices)
     triangles.emplace_back(widened(vertices[i0]), widened(vertices[i1]), widened(vertices[i2]));
   return indices.GetCount();
@@ -196,8 +205,9 @@ FaceRecord makeFaceRecord(const CGeomFileNode& node) {
   const auto& geom = static_cast<const CGeomFilePrivateNurbsSurface&>(*node.entity.GetGeom());
   record.surface = makeSurface(geom);
   for (const auto& child : node.trimmingCurves) {
-    TrimmingCurve trim = makeTrim(child->entity);
-    if (trim.curve && trim.curve->IsValid()) record.trims.push_back(std::move(trim));
+    std::unique_ptr<CGeom2d_Curve> curve = makeCurve(child->entity);
+    if (curve && curve->IsValid())
+      record.trims.push_back({std::move(curve), isPolygon(child->entity)});
   }
   return record;
 }
@@ -207,7 +217,7 @@ int faceToTriangles(FaceRecord& record, double tolerance, std::vector<UTri>& tri
   if (!record.surface) return -1;
   auto* face = new CTopo_Face(record.surface.release(), 0);
   CTopo_Solid solid;
-  if (!solid.AddFace(face)) throw std::bad_alloc();
+  require(solid.AddFace(face));
   if (record.trims.empty()) {
     face->AddOuterWire(false);
   } else {

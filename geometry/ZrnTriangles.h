@@ -31,7 +31,8 @@ namespace zkin {
 ///          ZrnTriangles.ScaleOfTheFileIsNotApplied). Corners are rounded to single precision.
 /// @return  The number of triangles: 0 too when no face could be meshed, and the largest int when
 ///          there are more. -1, and an empty list, when `ZRN_LoadFile` does not return 0, and when
-///          memory is short.
+///          memory for the list is short. (A surface or curve for which memory is short is left
+///          out.)
 /// @errors  A surface or curve that is none (knots that are too few or decrease, a degree outside 1
 ///          to 25 or above the number of poles - 1, numbers that are not finite, weights that are
 ///          not positive, loops that cross) is left out and the rest goes on; nothing is told.
