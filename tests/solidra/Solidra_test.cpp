@@ -277,6 +277,8 @@ INSTANTIATE_TEST_SUITE_P(Data, SolidraRefused, testing::ValuesIn(kRefused), rowN
 const Trimmed kNoRegion[] = {
     {"FigureEight",
      [] { return list(polygon({{.1, .1}, {.9, .9}, {.9, .1}, {.1, .8}, {.1, .1}})); }, 0},
+    {"BowTieWhoseHalvesCancel",
+     [] { return list(polygon({{.1, .1}, {.9, .9}, {.9, .1}, {.1, .9}, {.1, .1}})); }, 0},
     {"HoleAcrossTheOuter", [] { return list(frame(), circle(.9, .5, .05, .05)); }, 0},
     {"SameLoopTwice", [] { return list(frame(), frame(true)); }, 0},
     {"AllOutside", [] { return list(rectangle(2, 2, 3, 3)); }, 0}};
