@@ -59,12 +59,10 @@ class SOLIDRA_API CTopo_Face {
   /// @return  Whether the face has a mesh. False, and no mesh, for a refused surface, a region that
   ///          cannot be meshed, a tolerance that is not a positive finite number, and a mesh of
   ///          more than a million triangles.
-  /// @cost    Nearly linear in the triangles: they take some microseconds each. Bounded whatever
-  /// the
-  ///          input: no more than 2e8 steps go into the wire, no more than 50,000 points into its
-  ///          curves and 5000 of them (those that cannot be simplified away at first) to the
-  ///          mesher, and meshing is given up after some 10 s. Checking the poles and knots is
-  ///          linear in their number, which the caller bounds.
+  /// @cost    Nearly linear in the triangles and in the points of the curves: some microseconds
+  ///          each. Bounded whatever the input: no more than 2e8 steps go into the wire, 50,000
+  ///          points into its curves and 1e9 steps into triangles, which is some seconds. Checking
+  ///          the poles and knots is linear in their number, which the caller bounds.
   bool ValidateMesh(double chord, double edge);
 
   bool HasMesh() const;

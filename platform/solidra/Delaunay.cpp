@@ -1,6 +1,7 @@
 #include "platform/solidra/Delaunay.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <deque>
 
@@ -230,9 +231,13 @@ bool Delaunay::addRim(const Region& region) {
   return true;
 }
 
+// First few points all along the loop, then more and more between them: one after the other, each
+// would turn over most of the triangles that the ones before it made.
 bool Delaunay::addPoints(const Loop& loop) {
-  return std::all_of(loop.begin(), loop.end(),
-                     [&](const CGeom2d_XY& p) { return addPoint(gridPoint(p)) >= 0; });
+  for (std::size_t step = std::bit_ceil(loop.size()); step > 0; step /= 2)
+    for (std::size_t i = 0; i < loop.size(); i += step)
+      if (addPoint(gridPoint(loop[i])) < 0) return false;
+  return true;
 }
 
 bool Delaunay::addWay(const Loop& loop) {

@@ -25,7 +25,7 @@ constexpr double kFinestOfCoordinate = 2.5e-7;
 constexpr double kAreaSlack = 1e-6;
 
 // Steps that a face may cost, of some nanoseconds each: far more than a million triangles take.
-constexpr long long kMaxSteps = 3'000'000'000;
+constexpr long long kMaxSteps = 1'000'000'000;
 
 // What the mesher is asked for, of the surface's size, where the tolerance is finer: its time grows
 // faster than its triangles (70 microseconds each at 1e-4 of the size), cutting them costs one or
@@ -137,6 +137,8 @@ bool meshFace(const Surface& surface, const Trim& trim, double tolerance, FaceMe
   const double least = finest(surface);
   if (!std::isfinite(tolerance) || tolerance <= 0 || least == 0) return false;
   tolerance = std::max(tolerance, least);
+  const Mesher triangulate = mesher();
+  if (!triangulate) return false;
   std::vector<Region> regions;
   if (!regionsOf(surface, trim, kBoundaryShare * tolerance, regions)) return false;
   Work work(kMaxSteps);
@@ -147,6 +149,7 @@ bool meshFace(const Surface& surface, const Trim& trim, double tolerance, FaceMe
   };
   if (pointsOf(regions) <= kMaxRim && meshBy(byMesher, surface, regions, tolerance, work, out))
     return true;
+  if (out.triangles.size() > kMaxTriangles / 2) return false;  // no other way takes far fewer
   out.stats.asked = tolerance;
   const Way densely = [&](const Region& region, UvMesh& part) {
     return triangulateDensely(surface, region, tolerance, work, part);

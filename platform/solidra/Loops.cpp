@@ -114,7 +114,7 @@ class Chains {
       if (chain.size() > 3 && isNear(chain.front(), chain.back(), kJoin))
         meet(chain.front(), chain.back());
       if (isNear(chain.front(), chain.back(), kSamePoint)) chain.pop_back();
-      if (std::abs(signedArea(chain)) > kNoArea) loops.push_back(std::move(chain));
+      if (chain.size() > 2) loops.push_back(std::move(chain));
     }
     return true;
   }
@@ -186,6 +186,8 @@ bool isUsable(const Loop& points) {
          });
 }
 
+bool hasArea(const Loop& loop) { return std::abs(signedArea(loop)) > kNoArea; }
+
 }  // namespace
 
 double signedArea(const Loop& loop) {
@@ -210,9 +212,12 @@ bool makeLoops(const Surface& surface, const Trim& trim, double tolerance, Work&
     pieces.push_back(std::move(piece));
   }
   if (!Chains(surface, std::move(pieces), trim.gap, work).join(out.loops)) return false;
-  out.isTrimmed = !out.loops.empty();
+  out.isTrimmed = std::any_of(out.loops.begin(), out.loops.end(), hasArea);
   out.loops = clipToUnit(std::move(out.loops));
-  std::erase_if(out.loops, [](const Loop& l) { return std::abs(signedArea(l)) <= kNoArea; });
+  // A way there and back encloses nothing; a loop with two halves that cancel does.
+  for (const Loop& loop : out.loops)
+    if (!hasArea(loop) && !areFreeOfCrossings({loop}, work)) return false;
+  std::erase_if(out.loops, [](const Loop& loop) { return !hasArea(loop); });
   return true;
 }
 

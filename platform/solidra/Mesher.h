@@ -5,7 +5,8 @@
 
 #include "platform/solidra/Region.h"
 
-/// The one seam to what triangulates: Mesher_occt.cpp or, without a mesher, Mesher_none.cpp.
+/// The one seam to what triangulates: Mesher_module.cpp, which loads the module made of
+/// Mesher_occt.cpp, or, without a mesher, Mesher_none.cpp.
 namespace solidra {
 
 /// Triangles in the parameter plane.
@@ -21,6 +22,11 @@ struct UvMesh {
 /// many
 ///          steps. Throws nothing but what std::exception is the base of.
 /// @cost    Grows with the square of the region's points, and worse: give it few.
-bool triangulate(const Surface& surface, const Region& region, double deflection, UvMesh& out);
+using Mesher = bool (*)(const Surface& surface, const Region& region, double deflection,
+                        UvMesh& out);
+
+/// The mesher, which the first call loads; it stays. Null when there is none: no face has a mesh
+/// then.
+Mesher mesher();
 
 }  // namespace solidra

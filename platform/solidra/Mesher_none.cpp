@@ -2,6 +2,6 @@
 
 namespace solidra {
 
-bool triangulate(const Surface&, const Region&, double, UvMesh&) { return false; }
+Mesher mesher() { return nullptr; }
 
 }  // namespace solidra

@@ -1,4 +1,5 @@
-// The only file that sees OpenCASCADE. Which calls, and in which order, was found by measuring:
+// The only file that sees OpenCASCADE: a module of its own, which uses nothing of the library but
+// what stands in headers. Which calls, and in which order, was found by measuring:
 // faces and wires are built edge by edge with BRep_Builder, as the algorithms that build them from
 // curves keep wrong orientations and turn gaps into tolerances without a word.
 #include "platform/solidra/Mesher.h"
@@ -24,6 +25,12 @@
 #include <algorithm>
 #include <cmath>
 
+#if defined(_WIN32)
+#define SOLIDRA_MODULE_API __declspec(dllexport)
+#else
+#define SOLIDRA_MODULE_API __attribute__((visibility("default")))
+#endif
+
 namespace solidra {
 
 namespace {
@@ -47,11 +54,14 @@ struct Scale {
   double factor;
 
   explicit Scale(const Surface& surface) {
-    const CGeom_Bound bound = surface.poleBound();
-    const CGeom_XYZ& a = bound.GetLow();
-    const CGeom_XYZ& b = bound.GetHigh();
-    centre = {(a.x + b.x) / 2, (a.y + b.y) / 2, (a.z + b.z) / 2};
-    factor = kSize / bound.GetDiag();
+    CGeom_XYZ low = surface.poles.front();
+    CGeom_XYZ high = low;
+    for (const CGeom_XYZ& p : surface.poles) {
+      low = {std::min(low.x, p.x), std::min(low.y, p.y), std::min(low.z, p.z)};
+      high = {std::max(high.x, p.x), std::max(high.y, p.y), std::max(high.z, p.z)};
+    }
+    centre = {(low.x + high.x) / 2, (low.y + high.y) / 2, (low.z + high.z) / 2};
+    factor = kSize / std::hypot(high.x - low.x, high.y - low.y, high.z - low.z);
   }
 
   gp_Pnt operator()(const CGeom_XYZ& p) const {
@@ -217,12 +227,17 @@ bool read(const TopoDS_Face& face, UvMesh& out) {
 
 }  // namespace
 
-bool triangulate(const Surface& surface, const Region& region, double deflection, UvMesh& out) try {
+}  // namespace solidra
+
+// The module's one symbol, a solidra::Mesher.
+extern "C" SOLIDRA_MODULE_API bool solidra_triangulate(const solidra::Surface& surface,
+                                                       const solidra::Region& region,
+                                                       double deflection,
+                                                       solidra::UvMesh& out) try {
+  using namespace solidra;
   const Scale scale(surface);
   const TopoDS_Face face = FaceBuilder(splineOf(surface, scale)).face(region);
   return mesh(face, deflection * scale.factor) && read(face, out);
 } catch (const Standard_Failure&) {  // not a std::exception
   return false;
 }
-
-}  // namespace solidra

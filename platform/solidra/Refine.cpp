@@ -18,6 +18,9 @@ constexpr int kMaxRounds = 24;
 // pieces of a triangle and leave the bad rest.
 constexpr int kThriftyRounds = 4;
 
+// Below this square of the sine of an angle rounding may put a foot anywhere in the triangle.
+constexpr double kThin = 1e-10;
+
 using Triangle = std::array<int, 3>;
 
 CGeom_XYZ minus(const CGeom_XYZ& a, const CGeom_XYZ& b) {
@@ -50,9 +53,10 @@ double toTriangle(const CGeom_XYZ& p, const CGeom_XYZ& b, const CGeom_XYZ& c) {
   const double area2 = bb * cc - bc * bc;
   const double s = pb * cc - pc * bc;
   const double t = pc * bb - pb * bc;
-  if (area2 > 0 && s >= 0 && t >= 0 && s + t <= area2)
-    return squared(plus(plus(p, b, -s / area2), c, -t / area2));
-  return std::min({toSegment(p, b), toSegment(p, c), toSegment(minus(p, b), minus(c, b))});
+  const bool isInside = area2 > 0 && s >= 0 && t >= 0 && s + t <= area2;
+  const double toPlane = isInside ? squared(plus(plus(p, b, -s / area2), c, -t / area2)) : HUGE_VAL;
+  if (isInside && area2 > kThin * bb * cc) return toPlane;
+  return std::min({toPlane, toSegment(p, b), toSegment(p, c), toSegment(minus(p, b), minus(c, b))});
 }
 
 /// Where a triangle is looked at, as shares of its corners: the middles of the sides first.

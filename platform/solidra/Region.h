@@ -78,6 +78,9 @@ struct Loops {
 };
 bool makeLoops(const Surface& surface, const Trim& trim, double tolerance, Work& work, Loops& out);
 
+/// Whether no two segments of the loops clearly cross. False too when the work is used up.
+bool areFreeOfCrossings(const std::vector<Loop>& loops, Work& work);
+
 /// What an odd number of loops surround. False when loops cross or cannot be told apart.
 bool makeRegions(std::vector<Loop> loops, Work& work, std::vector<Region>& out);
 

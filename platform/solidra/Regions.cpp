@@ -48,19 +48,6 @@ std::vector<Segment> segmentsOf(const std::vector<Loop>& loops) {
   return out;
 }
 
-// Sweeps along x with those segments in hand that the sweep line still meets.
-bool areFreeOfCrossings(const std::vector<Loop>& loops, Work& work) {
-  std::vector<Segment> active;
-  for (const Segment& s : segmentsOf(loops)) {
-    std::erase_if(active, [&](const Segment& t) { return t.high() < s.low(); });
-    if (!work.spend(static_cast<long long>(active.size()))) return false;
-    for (const Segment& t : active)
-      if (isCrossing(s, t)) return false;
-    active.push_back(s);
-  }
-  return true;
-}
-
 double distance(const CGeom2d_XY& p, const Segment& s) {
   const CGeom2d_XY d{s.b.x - s.a.x, s.b.y - s.a.y};
   const double length2 = d.x * d.x + d.y * d.y;
@@ -175,6 +162,19 @@ bool isWhole(const Region& region) {
 }
 
 }  // namespace
+
+// Sweeps along x with those segments in hand that the sweep line still meets.
+bool areFreeOfCrossings(const std::vector<Loop>& loops, Work& work) {
+  std::vector<Segment> active;
+  for (const Segment& s : segmentsOf(loops)) {
+    std::erase_if(active, [&](const Segment& t) { return t.high() < s.low(); });
+    if (!work.spend(static_cast<long long>(active.size()))) return false;
+    for (const Segment& t : active)
+      if (isCrossing(s, t)) return false;
+    active.push_back(s);
+  }
+  return true;
+}
 
 bool makeRegions(std::vector<Loop> loops, Work& work, std::vector<Region>& out) {
   Nesting nesting(loops, work);

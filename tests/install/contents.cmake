@@ -6,7 +6,8 @@ foreach(file
     include/kinematics/KMachine.h include/kinematics/KMachineElem.h
     include/kinematics/KMachineValue.h include/platform/zgeo/UVec3d.h include/platform/zgeo/UMatrix.h
     ${LIBDIR}/libKorvo_Kinematics.so.0 ${LIBDIR}/libKorvo_CollisionUtils.so.0
-    ${LIBDIR}/libKorvoToolkit.so.0 ${LIBDIR}/libSolidra.so.0 ${LIBDIR}/pkgconfig/Korvo_Kinematics.pc
+    ${LIBDIR}/libKorvoToolkit.so.0 ${LIBDIR}/libSolidra.so.0 ${LIBDIR}/${MODULE}
+    ${LIBDIR}/pkgconfig/Korvo_Kinematics.pc
     ${LIBDIR}/pkgconfig/KorvoToolkit.pc
     ${LIBDIR}/cmake/Korvo_Kinematics/Korvo_KinematicsConfig.cmake bin/korvo)
   if(NOT EXISTS ${PREFIX}/${file})

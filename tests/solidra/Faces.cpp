@@ -180,16 +180,18 @@ Mesh meshOf(const CTopo_Face& face) {
   return out;
 }
 
+double areaOf(const Mesh& mesh, const CMesh_Index& t) {
+  const CGeom_XYZ& a = mesh.vertices[t.i0];
+  const CGeom_XYZ& b = mesh.vertices[t.i1];
+  const CGeom_XYZ& c = mesh.vertices[t.i2];
+  const CGeom_XYZ p{b.x - a.x, b.y - a.y, b.z - a.z};
+  const CGeom_XYZ q{c.x - a.x, c.y - a.y, c.z - a.z};
+  return std::hypot(p.y * q.z - p.z * q.y, p.z * q.x - p.x * q.z, p.x * q.y - p.y * q.x) / 2;
+}
+
 double areaOf(const Mesh& mesh) {
   double area = 0;
-  for (const CMesh_Index& t : mesh.triangles) {
-    const CGeom_XYZ& a = mesh.vertices[t.i0];
-    const CGeom_XYZ& b = mesh.vertices[t.i1];
-    const CGeom_XYZ& c = mesh.vertices[t.i2];
-    const CGeom_XYZ p{b.x - a.x, b.y - a.y, b.z - a.z};
-    const CGeom_XYZ q{c.x - a.x, c.y - a.y, c.z - a.z};
-    area += std::hypot(p.y * q.z - p.z * q.y, p.z * q.x - p.x * q.z, p.x * q.y - p.y * q.x) / 2;
-  }
+  for (const CMesh_Index& t : mesh.triangles) area += areaOf(mesh, t);
   return area;
 }
 

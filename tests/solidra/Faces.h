@@ -73,6 +73,7 @@ struct Mesh {
 };
 Mesh meshOf(const CTopo_Face& face);
 
+double areaOf(const Mesh& mesh, const CMesh_Index& triangle);
 double areaOf(const Mesh& mesh);
 
 /// Largest of `distance` over all points of a fine grid on every triangle: a function that knows
