@@ -265,8 +265,10 @@ bool isPlain(std::string_view bytes) {
 }
 
 bool isText(std::string_view head) {
-  // A binary file whose header says "solid facet" still has a count, which is hardly four letters.
-  if (head.size() >= kRecordsAt && !isPlain(head.substr(kHeaderSize, 4))) return false;
+  // A binary file whose header says "solid facet" still has a count. One below 2^24 has a zero
+  // byte, a count that was never filled in often has 0xFF, and text has neither.
+  constexpr std::string_view kNoText("\0\xFF", 2);
+  if (head.substr(0, kRecordsAt).find_first_of(kNoText, kHeaderSize) != head.npos) return false;
   Words words(withoutMark(head));
   if (!words.find() || !words.take(kSolid)) return false;
   while (words.find()) {

@@ -31,7 +31,8 @@ struct KORVO_COLLISIONUTILS_API UTri {
   ///
   /// The content tells the forms apart: a file as long as a binary one of its count is binary,
   /// whatever its header says; else text that begins with the word "solid" and has a "facet" or an
-  /// "endsolid" is ASCII (a UTF-8 mark before it is passed over), and other text is no STL; else it
+  /// "endsolid" in its first 64 KB is ASCII (a UTF-8 mark before it is passed over), and other text
+  /// is no STL; else it
   /// is binary, with as many triangles as its count says or, when there are fewer, as are there
   /// whole.
   ///

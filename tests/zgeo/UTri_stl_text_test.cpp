@@ -106,6 +106,14 @@ TEST(StlText, OfNoFacetsIsLoaded) {
   }
 }
 
+TEST(StlText, ControlByteInItsNameIsStillText) {
+  for (std::size_t place = 75; place < 90; ++place) {  // a binary file has its count at 80 to 83
+    std::string name(100, 'n');
+    name[place] = '\x01';
+    EXPECT_EQ(load("solid " + name + "\n" + facet(kA) + "endsolid"), loaded({kA})) << place;
+  }
+}
+
 TEST(StlText, KeepsTheDigitsOfDoubles) {
   const UTri t({0.1, 1.0 / 3, 1e-300}, {2e300, 123456.789012345, -5e-324}, {-0.0, 1e22, 1e23});
   const Loaded result = load(solid(facet(t)));
