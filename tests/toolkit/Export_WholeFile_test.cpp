@@ -63,6 +63,15 @@ TEST(WholeFile, IsThereWithAllItsBytes) {
   EXPECT_EQ(filesIn(folder.path()), 1u);
 }
 
+TEST(WholeFile, ItsStartMayBeWrittenOver) {
+  const TempDir folder;
+  WholeFile file(folder.path() / "a");
+  file.write("0 lines: one two");
+  file.overwriteStart("2");
+  file.commit();
+  EXPECT_EQ(bytesOf(folder.path() / "a"), "2 lines: one two");
+}
+
 TEST(WholeFile, WithoutCommitLeavesEverythingAsItWas) {
   const TempDir folder;
   const fs::path old = folder.write("a", "old");

@@ -72,6 +72,11 @@ void WholeFile::write(std::string_view bytes) {
   isWhole_ = std::fwrite(bytes.data(), 1, bytes.size(), file_) == bytes.size() && isWhole_;
 }
 
+void WholeFile::overwriteStart(std::string_view bytes) {
+  isWhole_ = std::fseek(file_, 0, SEEK_SET) == 0 && isWhole_;
+  write(bytes);
+}
+
 void WholeFile::close() {
   isWhole_ = std::fclose(file_) == 0 && isWhole_;
   file_ = nullptr;

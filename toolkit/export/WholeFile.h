@@ -30,6 +30,9 @@ class KORVO_TOOLKIT_API WholeFile {
   /// Appends. A failure shows in `commit`.
   void write(std::string_view bytes);
 
+  /// Writes over the beginning, once all else is written. A failure shows in `commit`.
+  void overwriteStart(std::string_view bytes);
+
   /// Ends the file and puts it in its place. Throws WriteError when not all of it could be written.
   void commit();
 
