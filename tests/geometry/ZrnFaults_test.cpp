@@ -18,6 +18,7 @@
 #include <new>
 
 #include "geometry/GeometryFile.h"
+#include "kinematics/KMachine.h"
 #include "tests/geometry/ZrnFaces.h"
 #include "tests/geometry/ZrnFiles.h"
 #include "tests/support/ZrnStream.h"
@@ -364,6 +365,26 @@ TEST_F(ZrnFaults, MemoryShortInABodysFileLeavesNothingOrAll) {
     ASSERT_TRUE(triangles.empty() || std::abs(areaOf(triangles) - 8000) < 1) << call;
   }
   EXPECT_EQ(triangles.empty(), !kHasMesher);
+}
+
+TEST_F(ZrnFaults, MemoryShortForAMachinesBodiesLeavesElementsOut) {
+  const std::wstring path = folder.write("f.zrn", rectangle(100, 80).text()).wstring();
+  zkin::KMachine machine;
+  for (int i = 0; i < 2; ++i)
+    machine.addElem(zkin::KMachineElem::KMET_TYPE_BATI)->setGeomFile(path);
+  Triangles body;
+  zkin::loadGeometryFile(path, body);
+  bool isOver = false;
+  for (int call = 1; !isOver; call = nextCall(call)) {
+    Triangles triangles;
+    allocation.atCall(call);
+    machine.getTrianglesU(zkin::KMachineValue<3>(), triangles);
+    isOver = allocation.isToCome();
+    allocation.never();
+    const bool isWhole = triangles.size() % std::max<std::size_t>(body.size(), 1) == 0;
+    ASSERT_TRUE(isWhole && triangles.size() <= 2 * body.size()) << call;
+    ASSERT_TRUE(!isOver || triangles.size() == 2 * body.size());
+  }
 }
 
 // --- how much a load takes

@@ -178,7 +178,7 @@ const Oval kOvals[] = {
 
 class ZrnCompared : public testing::TestWithParam<Compared> {
  protected:
-  static constexpr int kCells = 240;
+  static constexpr int kCells = 160;
 
   static bool isInside(double u, double v) {
     int around = 0;
