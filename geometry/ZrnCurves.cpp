@@ -75,7 +75,8 @@ void CGeomFilePrivateTrimPolynomialcurve::Clear() {
   release(coefficients);
 }
 
-// Deliberate: the interval's line is used up unread. Pinned by ZrnData.
+// Deliberate: the interval's line is used up unread. Test:
+// Curves/ZrnData.IsAsWritten/TrimPolynomialCurve.
 bool CGeomFilePrivateTrimPolynomialcurve::ReadDatas(std::FILE* stream, const ZRN_CancelCallback&,
                                                     const ZRN_ProgressCallback&,
                                                     const ZRN_MessageCallback&) {
@@ -115,7 +116,8 @@ bool scanPole(const DataLines& in, bool isPlanar, zgeo::UVec3d& pole, double& we
   return isPlanar ? in.again(pole.x, pole.y, weight) : in.again(pole.x, pole.y, pole.z, weight);
 }
 
-/// The first line decides for all: planar when it does not hold four reals.
+/// Deliberate: the first line decides for all: planar when it does not hold four reals. Test:
+/// ZrnNurbsCurve.IsDecidedByItsFirstPole.
 bool readPoles(DataLines& in, CGeomFilePrivateNurbsCurve& curve) {
   zgeo::UVec3d pole;
   double weight = 0.0;

@@ -45,8 +45,8 @@ Geom makePlain(long long, long long) {
   return std::make_unique<Class>();
 }
 
-/// Deliberate: codes 1 and 22 are the same curve with the count in different fields. Pinned by
-/// ZrnKinds.
+/// Deliberate: codes 1 and 22 are the same curve with the count in different fields. Test:
+/// ZrnEntity.ObjectKeepsTheCountsOfItsHeader.
 constexpr KindRow kKinds[] = {
     {1, isPolylineByB, ZRN_KIND_POLYLINE_CURVE, makeByB<CGeomFilePrivatePolylineCurve>},
     {22, isPolylineByA, ZRN_KIND_POLYLINE_CURVE, makeByA<CGeomFilePrivatePolylineCurve>},

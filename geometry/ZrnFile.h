@@ -94,7 +94,8 @@ class KORVO_KINEMATICS_API CGeomFileNode {
 /// @errors  Entities that do not fit are reported and passed over. "SkipToNextEntity::end of
 /// file\n"
 ///          is no error: nearly every file that does not end in a curve or a surface gives it.
-///          Throws what a callback throws, nothing else.
+///          Throws what a callback throws (but a std::bad_alloc, which is memory that ran out),
+///          nothing else.
 /// @owner   The nodes belong to the caller.
 /// @cost    The file is read once; memory below 64 times its size plus 1 MB, constant stack.
 KORVO_KINEMATICS_API int ZRN_LoadFile(const char* path, CGeomFileNodeList& nodes, double& scale,

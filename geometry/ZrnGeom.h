@@ -169,7 +169,8 @@ class KORVO_KINEMATICS_API CGeomFilePrivateTrimPolynomialcurve : public CGeomFil
                  const ZRN_ProgressCallback& progress, const ZRN_MessageCallback& message) override;
 
   const long long n;
-  /// Deliberate: stays (0, 0); the line that holds it is passed over, whatever it says.
+  /// Deliberate: stays (0, 0); the line that holds it is passed over, whatever it says. Test:
+  /// Curves/ZrnData.IsAsWritten/TrimPolynomialCurve.
   ZRN_INTERVAL interval;
   std::vector<zgeo::UVec3d> coefficients;
 };

@@ -14,7 +14,8 @@ std::string_view wordOf(std::string_view text) {
 }
 
 /// Deliberate: the name starts where the word's text occurs first in the line, which may be inside
-/// an earlier field: "2 4 1 0.125 1" is named "1 0.125 1". Pinned by ZrnHeaderName.
+/// an earlier field: "2 4 1 0.125 1" is named "1 0.125 1". Test:
+/// ZrnHeaderName/ZrnHeader.GivesItsFields/StartsWhereItsTextOccursFirst.
 std::string_view nameIn(std::string_view line, std::string_view rest) {
   const std::string_view word = wordOf(rest);
   return word.empty() ? word : line.substr(line.find(word));

@@ -43,7 +43,8 @@ void keep(std::unique_ptr<CGeomFileNode> node, CGeomFileNodeList& nodes, double&
 int readAll(Reading& in, CGeomFileNodeList& nodes, double& scale) {
   long long surfaceCounter = -1;
   bool positionError = false;
-  while (!in.isFlaggedToStop()) {
+  for (;;) {
+    if (in.isFlaggedToStop()) return kDone;
     const std::uint64_t taken = in.linesTaken();
     auto node = std::make_unique<CGeomFileNode>();
     if (zrn::readNextEntity(in, *node, surfaceCounter, positionError)) {
@@ -70,6 +71,8 @@ int ZRN_LoadFile(const char* path, CGeomFileNodeList& nodes, double& scale,
   // Between the look and this, another program may have taken the file away.
   const korvo::os::File file = korvo::os::openRead(std::string(path));
   if (!file) return refused(callbacks, "ZRN_LoadFile:: Could not open file");
+  // Deliberate: told once, and only to who listens to messages, too. Test:
+  // ZrnCallbacks.ProgressIsToldOnceAndOnlyWithMessages.
   if (progress && message) progress(0, 100);
   Reading in(file.get(), callbacks);
   return readAll(in, nodes, scale);

@@ -88,7 +88,8 @@ bool readByKind(Reading& in, CGeomFileNode& node, long long& surfaceCounter, boo
     case ZRN_KIND_POLYNOMIAL_SURFACE:
     case ZRN_KIND_ATTRIBUTE:
       return pass(in, false, positionError);
-    default:  // surfaces that are not read still use up a number
+    default:  // Deliberate: surfaces that are not read use up a number. Test: ZrnBadFile,
+              // UnreadOneUsesUpANumber
       ++surfaceCounter;
       return pass(in, false, positionError);
   }

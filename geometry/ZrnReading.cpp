@@ -10,6 +10,8 @@ bool Reading::isCancelled() const {
   return callbacks_.cancel && callbacks_.cancel(&flag) != 0;
 }
 
+// Deliberate: a load stops by the flag, its steps by the result. Test:
+// ZrnCallbacks.CancelByTheFlagAloneStopsAtTheNextEntity.
 bool Reading::isFlaggedToStop() const {
   unsigned char flag = 0;
   if (callbacks_.cancel) callbacks_.cancel(&flag);

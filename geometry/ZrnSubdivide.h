@@ -10,7 +10,8 @@ namespace zkin::zrn {
 /// those of its pieces again, until none has such an edge.
 ///
 /// Deliberate: of the four pieces of a triangle with three long edges, the middle one turns the
-/// other way; all others turn as their triangle.
+/// other way; all others turn as their triangle. Test:
+/// ZrnSubdivide.ThreeLongEdgesGiveFourPiecesWithTheMiddleOneReversed.
 ///
 /// @param longest  In the unit of the corners. Not a positive finite number: nothing is cut.
 /// @errors  A triangle with a corner that is not finite is appended as it is. Cutting ends after
@@ -19,10 +20,11 @@ namespace zkin::zrn {
 /// @cost    Linear in the pieces.
 void subdivide(const zgeo::UTri& triangle, double longest, std::vector<zgeo::UTri>& pieces);
 
-/// Rounds of cutting. Corners lie in a box whose longest side is 15 times `longest`, so edges are
-/// at most sqrt(3) * 15 = 26 times as long. A round halves the longest edge, or nearly: of two long
-/// edges x and y, x >= y, and one c <= 1, the quadrilateral's shorter diagonal d has
-/// 4 d^2 = 2 y^2 + 2 c^2 - x^2 <= x^2 + 2. So 26 becomes 13.1, 6.6, 3.4, 1.9, 1.2, 0.9: six rounds.
+/// Rounds of cutting. Corners lie, but for their rounding by less than `longest`, in a box whose
+/// longest side is 15 times `longest`, so edges are at most sqrt(3) * 17 = 30 times as long. A
+/// round halves the longest edge, or nearly: of two long edges x and y, x >= y, and one c <= 1, the
+/// quadrilateral's shorter diagonal d has 4 d^2 = 2 y^2 + 2 c^2 - x^2 <= x^2 + 2. So 30
+/// becomes 15.1, 7.6, 3.9, 2.1, 1.3, 1.0: six rounds.
 inline constexpr int kMostCuts = 8;
 
 }  // namespace zkin::zrn

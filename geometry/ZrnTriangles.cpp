@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <limits>
 #include <new>
 
@@ -30,12 +31,13 @@ struct Part {
   CGeom_Bound bound = CGeom_Bound::Empty();
 };
 
+// Deliberate: surfaces of other kinds stand for a point at the origin. Test:
+// ZrnTriangles.SurfaceOfAnotherKindCountsAsTheOrigin.
 void addSurface(const CGeomFileNode& node, Part& part) {
-  CGeom_Bound bound;  // the origin, which surfaces of other kinds stand for
+  CGeom_Bound bound;
   if (node.entity.GetKind() == ZRN_KIND_NURBS_SURFACE) {
     zrn::FaceRecord record = zrn::makeFaceRecord(node);
-    if (!record.surface) return;
-    record.surface->Get3DBound(bound);
+    if (!record.surface || !record.surface->Get3DBound(bound)) return;
     part.faces.push_back(std::move(record));
   }
   part.bound.Add(bound);
@@ -49,10 +51,19 @@ Part partOf(const CGeomFileNodeList& nodes) {
   return part;
 }
 
+/// How far apart single precision, in which corners come, puts numbers of this size.
+double singleStep(double size) {
+  const auto rounded = static_cast<float>(size);
+  return double{std::nextafter(rounded, std::numeric_limits<float>::infinity())} - double{rounded};
+}
+
+/// Edges below the step of the corners could be cut for ever without becoming shorter.
 double longestEdge(const CGeom_Bound& bound) {
   const CGeom_XYZ& low = bound.GetLow();
   const CGeom_XYZ& high = bound.GetHigh();
-  return std::max({high.x - low.x, high.y - low.y, high.z - low.z}) / kPiecesPerExtent;
+  const double extent = std::max({high.x - low.x, high.y - low.y, high.z - low.z});
+  const double farthest = std::max({-low.x, high.x, -low.y, high.y, -low.z, high.z});
+  return std::max(extent / kPiecesPerExtent, singleStep(farthest));
 }
 
 void convert(Part& part, double tolerance, double longest, std::vector<UTri>& triangles) {
@@ -71,7 +82,7 @@ int countOf(const std::vector<UTri>& triangles) {
 /// The nodes go as soon as the faces are made of them.
 bool load(const char* path, Part& part) {
   CGeomFileNodeList nodes;
-  double scale = 1.0;  // Deliberate: not applied; see the header
+  double scale = 1.0;  // Deliberate: not applied. Test: ZrnTriangles.ScaleOfTheFileIsNotApplied
   if (ZRN_LoadFile(path, nodes, scale) != 0) return false;
   part = partOf(nodes);
   return true;

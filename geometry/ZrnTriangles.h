@@ -15,13 +15,16 @@ namespace zkin {
 /// a NURBS trimming curve are taken as (v, u), points of a UV polyline as (u, v).
 ///
 /// Triangles with an edge longer than L are cut up until none has one; the pieces lie in their
-/// triangle. L is a fifteenth of the largest extent of all faces together, untrimmed; a surface of
-/// another kind counts as a point at the origin. See `ZRN_SetSubdivision`.
+/// triangle. L is a fifteenth of the largest extent of all faces together, untrimmed, and no less
+/// than single precision tells apart at the part's place; a surface of another kind counts as a
+/// point at the origin. See `ZRN_SetSubdivision`.
 ///
 /// @param path       Narrow path of a regular file, taken as it is (UTF-8 on Windows).
 /// @param tolerance  Largest distance between a surface and its triangles, where the face can be
 ///                   meshed that finely; otherwise, and when it is no positive finite number, a
-///                   tenth of the diagonal of the surface's box.
+///                   tenth of the diagonal of the surface's box. No finer than 1e-6 of the box of
+///                   the poles and 2.5e-7 of the largest coordinate: single precision tells no
+///                   more.
 /// @param[out] triangles  Emptied first (its storage is kept), then the faces' in file order. They
 ///                   turn from u to v, but Deliberate: the middle one of four pieces turns the
 ///                   other way (test:
@@ -33,10 +36,11 @@ namespace zkin {
 ///          there are more. -1, and an empty list, when `ZRN_LoadFile` does not return 0, and when
 ///          memory for the list is short. (A surface or curve for which memory is short is left
 ///          out.)
-/// @errors  A surface or curve that is none (knots that are too few or decrease, a degree outside 1
-///          to 25 or above the number of poles - 1, numbers that are not finite, weights that are
-///          not positive, loops that cross) is left out and the rest goes on; nothing is told.
-///          Never throws.
+/// @errors  A surface or curve that is none (knots that are too few or decrease, an inner knot more
+///          often than the degree, a degree outside 1 to 25 or above the number of poles - 1,
+///          numbers that are not finite, coordinates above 1e9, weights that are not positive or
+///          differ by more than 1 to 1e6, loops that cross) is left out and the rest goes on;
+///          nothing is told. Never throws.
 /// @cost    Bounded for each face: at most a million triangles before they are cut up.
 KORVO_KINEMATICS_API int ZRN_FileToTriangles(const char* path, double tolerance,
                                              std::vector<zgeo::UTri>& triangles);

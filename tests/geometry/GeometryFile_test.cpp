@@ -141,9 +141,9 @@ TEST_F(BodyFile, StlThatFailsLeavesNothing) {
     EXPECT_TRUE(loaded(write("part.stl", bytes)).empty()) << bytes;
 }
 
-TEST_F(BodyFile, ZrnThatFailsLeavesNothing) {
-  EXPECT_TRUE(loaded(write("part.zrn", "")).empty());
-  EXPECT_TRUE(loaded(write("part.zrn", "2 2 10\n0 0 1\n")).empty());
+TEST_F(BodyFile, ZrnWithoutFacesLeavesNothing) {
+  EXPECT_TRUE(loaded(write("part.zrn", "")).empty());                 // does not load
+  EXPECT_TRUE(loaded(write("part.zrn", "2 2 10\n0 0 1\n")).empty());  // a planar surface
 }
 
 // --- names

@@ -1,5 +1,7 @@
 #include "tests/geometry/ZrnFaces.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -223,6 +225,12 @@ Triangles trianglesOf(const std::string& bytes, double tolerance, int* count) {
   Triangles triangles(1);
   const int result = zkin::ZRN_FileToTriangles(file.path().c_str(), tolerance, triangles);
   if (count) *count = result;
+  return triangles;
+}
+
+Triangles meshedOf(const std::string& bytes, double tolerance) {
+  Triangles triangles = trianglesOf(bytes, tolerance);
+  EXPECT_FALSE(triangles.empty());
   return triangles;
 }
 

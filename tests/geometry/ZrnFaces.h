@@ -98,6 +98,8 @@ using Triangles = std::vector<zgeo::UTri>;
 
 /// What a file of these bytes gives; `count`, when asked for, is the result of the conversion.
 Triangles trianglesOf(const std::string& bytes, double tolerance = 0.01, int* count = nullptr);
+/// The same; a test fails when there are none.
+Triangles meshedOf(const std::string& bytes, double tolerance = 0.01);
 
 /// No cutting up of long triangles while it lives: the mesh as it is.
 class AsMeshed {

@@ -66,7 +66,7 @@ class ZrnExact : public testing::TestWithParam<Exact> {
  protected:
   Triangles meshed(double tolerance) const {
     const AsMeshed off;
-    return trianglesOf(GetParam().surface.text(), tolerance);
+    return meshedOf(GetParam().surface.text(), tolerance);
   }
 };
 

@@ -134,7 +134,7 @@ TEST(ZrnTriangles, CountIsThatOfTheList) {
 
 TEST(ZrnTriangles, SameFileGivesTheSameTriangles) {
   const std::string bytes = torus(50, 10, 0, 360, 4, 4).text() + uvEllipse(.5, .5, .3, .3);
-  EXPECT_EQ(trianglesOf(bytes, 0.1), trianglesOf(bytes, 0.1));
+  EXPECT_EQ(meshedOf(bytes, 0.1), meshedOf(bytes, 0.1));
 }
 
 TEST(ZrnTriangles, TwoThreadsConvertAtOnce) {
@@ -209,7 +209,7 @@ TEST(ZrnTriangles, HeightOfNurbsTrimsIsNotLookedAt) {
   const std::string ends = "1 0\n0 0\n0 1\n0 1\n6\n0\n0\n1\n2\n3\n3\n0\n";
   const std::string flat = "4 1 9\n1 2 0 1\n3 2 0 1\n3 4 0 1\n1 2 0 1\n";
   const std::string high = "4 1 9\n1 2 7 1\n3 2 nan 1\n3 4 1 1\n1 2 -9 1\n";
-  EXPECT_EQ(trianglesOf(widePlane().text() + high + ends),
+  EXPECT_EQ(meshedOf(widePlane().text() + high + ends),
             trianglesOf(widePlane().text() + flat + ends));
 }
 
@@ -349,7 +349,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ZrnTriangles, SurplusKnotsAreNotLookedAt) {
   ZrnSurface s = cylinder(50, 80, 1);
-  const Triangles expected = trianglesOf(s.text(), 0.1);
+  const Triangles expected = meshedOf(s.text(), 0.1);
   s.knotsU.insert(s.knotsU.end(), {-5, kNan, 7});
   s.knotsV.push_back(0);
   EXPECT_EQ(trianglesOf(s.text(), 0.1), expected);
@@ -370,9 +370,9 @@ class ZrnSpoiltTrim : public testing::TestWithParam<SpoiltTrim> {};
 
 TEST_P(ZrnSpoiltTrim, IsLeftOut) {
   const std::string surface = kPlane.text();
-  EXPECT_EQ(trianglesOf(surface + GetParam().text), trianglesOf(surface));
+  EXPECT_EQ(trianglesOf(surface + GetParam().text), meshedOf(surface));
   const std::string frame = uvRectangle(.1, .1, .9, .9);
-  EXPECT_EQ(trianglesOf(surface + frame + GetParam().text), trianglesOf(surface + frame));
+  EXPECT_EQ(trianglesOf(surface + frame + GetParam().text), meshedOf(surface + frame));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -400,7 +400,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ZrnTriangles, SurplusKnotsOfATrimAreNotLookedAt) {
   NurbsTrim circle = ellipse(.5, .5, .3, .3);
-  const Triangles expected = trianglesOf(kPlane.text() + circle.text());
+  const Triangles expected = meshedOf(kPlane.text() + circle.text());
   circle.knots.push_back(7);
   EXPECT_EQ(trianglesOf(kPlane.text() + circle.text()), expected);
 }
@@ -439,7 +439,14 @@ TEST(ZrnTriangles, SubdivisionCanBeSwitchedOff) {
 
 // L = 10 although the face is a thousand from the origin: the box starts with the first surface.
 TEST(ZrnTriangles, OriginAloneDoesNotCount) {
-  EXPECT_LE(longestEdgeOf(trianglesOf(rectangle(150, 10, {1000, 0, 0}).text())), 10.0);
+  EXPECT_LE(longestEdgeOf(meshedOf(rectangle(150, 10, {1000, 0, 0}).text())), 10.0);
+}
+
+// The square's side is far below the step of single precision there, 0.0625.
+TEST(ZrnTriangles, WhatSinglePrecisionCannotTellApartIsNotCutFinely) {
+  const Triangles triangles = trianglesOf(rectangle(.001, .001, {1e6, 1e6, 0}).text());
+  EXPECT_LE(triangles.size(), 8u);
+  EXPECT_LE(longestEdgeOf(triangles), .0625 * std::sqrt(2.));
 }
 
 // With one the box goes from 0 to 1150, so L = 76.7; the triangles' longest edges are 150 or so and
@@ -456,7 +463,7 @@ TEST(ZrnTriangles, SurfaceOfAnotherKindCountsAsTheOrigin) {
 
 TEST(ZrnTriangles, CurvesDoNotCount) {
   const std::string face = rectangle(150, 10, {1000, 0, 0}).text();
-  EXPECT_EQ(trianglesOf(kPolyline3d + face), trianglesOf(face));
+  EXPECT_EQ(trianglesOf(kPolyline3d + face), meshedOf(face));
 }
 
 // The face is 15 x 10, its surface 150 x 10.

@@ -21,7 +21,7 @@ constexpr double kPi = std::numbers::pi;
 const ZrnSurface kPlane = rectangle(100, 80);
 
 Triangles trimmed(const std::string& trims, const ZrnSurface& surface = kPlane) {
-  return trianglesOf(surface.text() + trims);
+  return meshedOf(surface.text() + trims);
 }
 
 struct Trimmed {

@@ -259,9 +259,9 @@ TEST_P(ExampleMachines, AxisLinesTellTheVersion) {
 // Everything in an example has an effect: no line is one that the reader passes over.
 TEST_P(ExampleMachines, EveryLineBeginsWithAKeyword) {
   const std::set<std::string> keywords = {
-      "lien",          "bati",          "frame",        "piece",       "part",     "outil",
-      "tool",          "axe",           "axis",         "translation", "rotation", "gun",
-      "drillgun",      "strategie",     "strategy",     "limites",     "limits",   "collisions",
+      "lien",          "bati",          "frame",         "piece",       "part",     "outil",
+      "tool",          "axe",           "axis",          "translation", "rotation", "gun",
+      "drillgun",      "strategie",     "strategy",      "limites",     "limits",   "collisions",
       "courseminimum", "coursemaximum", "rotationpoint", "geom"};
   for (const std::string& line : statements(pathOf(example))) {
     EXPECT_TRUE(keywords.contains(line.substr(0, line.find('=')))) << line;
