@@ -94,7 +94,8 @@ CGeom2d_CNurbs::CGeom2d_CNurbs(int count, int order, bool periodic, bool closed,
     const double start = shape->knots.start();
     const double end = shape->knots.end();
     data_ = std::make_shared<const Curve>(Curve{std::move(shape), start, end});
-  } catch (const std::exception&) {  // memory is short: a refused curve
+  } catch (const std::exception&) {  // memory is short
+    data_.reset();
   }
 }
 
@@ -118,7 +119,8 @@ CGeom2d_Polygon::CGeom2d_Polygon(int count, const CGeom2d_XY* points, int size) 
     auto shape = std::make_shared<CurveShape>();
     shape->poles.assign(points, points + count);
     data_ = std::make_shared<const Curve>(Curve{std::move(shape), 0, count - 1.0});
-  } catch (const std::exception&) {  // memory is short: a refused curve
+  } catch (const std::exception&) {  // memory is short
+    data_.reset();
   }
 }
 

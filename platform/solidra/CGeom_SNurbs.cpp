@@ -57,7 +57,8 @@ CGeom_SNurbs::CGeom_SNurbs(int countU, int orderU, bool periodicU, bool closedU,
     std::tie(data->start.x, data->end.x) = interval(data->u, startU, endU);
     std::tie(data->start.y, data->end.y) = interval(data->v, startV, endV);
     data_ = std::move(data);
-  } catch (const std::exception&) {  // memory is short: a refused surface
+  } catch (const std::exception&) {  // memory is short
+    data_.reset();
   }
 }
 

@@ -63,6 +63,7 @@ bool CTopo_Face::ValidateMesh(double chord, double edge) {
     if (solidra::meshFace(*surface_->Data(), trimOf(wires_, gap_), std::min(chord, edge), *mesh))
       mesh_ = std::move(mesh);
   } catch (const std::exception&) {  // memory is short
+    mesh_.reset();
   }
   return HasMesh();
 }

@@ -250,8 +250,8 @@ bool Delaunay::addWay(const Loop& loop) {
   return true;
 }
 
-// The way from a to b becomes sides of triangles. Where it runs into another part of the rim
-// without clearly crossing it, it leads through the point that it touches there.
+// The way from a to b becomes sides of triangles. It leads through the points that it touches, so
+// that parts of the rim that lie on each other share their sides.
 bool Delaunay::constrain(int a, int b) {
   std::vector<int> targets = {b};
   while (!targets.empty()) {
@@ -297,17 +297,23 @@ Delaunay::Side Delaunay::firstOnWay(int a, int b) const {
   return {};
 }
 
-// The sides that the way from a to b crosses, and the first point on it, mostly b. Where a part of
-// the rim bars the way: -1, and in `round` its end that is near enough to the way to go through.
+// Whether the way from a to b touches p on its way: rounding may have moved both.
+bool Delaunay::touches(int a, int b, int p) const {
+  const double length2 = along(points_[a], points_[b], points_[b]);
+  const double at = along(points_[a], points_[b], points_[p]);
+  return at > 0 && at < length2 &&
+         static_cast<double>(std::abs(turnOf(a, b, p))) <= kTouch * std::sqrt(length2);
+}
+
+// The sides that the way from a to b crosses, and the first point on it, mostly b. Where it touches
+// a point it must lead through it, which `round` then is, and -1 the answer; so too, without one,
+// where a part of the rim bars the way.
 int Delaunay::cross(int a, int b, Side first, std::vector<Pair>& crossed, int& round) const {
   for (Side s = first;;) {
     if (!work_.spend(1)) return -1;
-    if (isRim(s)) {
-      const double length = std::sqrt(along(points_[a], points_[b], points_[b]));
-      for (const int p : {from(s), to(s)})
-        if (static_cast<double>(std::abs(turnOf(a, b, p))) <= 2 * kTouch * length) round = p;
-      return -1;
-    }
+    for (const int p : {from(s), to(s)})
+      if (touches(a, b, p)) round = round >= 0 && touches(a, p, round) ? round : p;
+    if (round >= 0 || isRim(s)) return -1;
     crossed.push_back({from(s), to(s)});
     s = opposite(s);
     const int point = apex(s);

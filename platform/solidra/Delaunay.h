@@ -77,6 +77,7 @@ class Delaunay {
   bool addWay(const Loop& loop);
   bool constrain(int a, int b);
   Side firstOnWay(int a, int b) const;
+  bool touches(int a, int b, int p) const;
   int cross(int a, int b, Side first, std::vector<Pair>& crossed, int& round) const;
   bool clear(int a, int b, const std::vector<Pair>& crossed);
   void markInside();

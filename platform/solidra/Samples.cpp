@@ -190,7 +190,7 @@ bool triangulateDensely(const Surface& surface, const Region& region, double tol
   for (Cell cell; sampler.next(cell);) {
     const double u = sampler.metric().u * (cell.high.x - cell.low.x);
     const double v = sampler.metric().v * (cell.high.y - cell.low.y);
-    if (!work.spend(10 * surface.steps())) return false;
+    if (!work.spend(10LL * surface.steps())) return false;
     if (!mesh.addInside(cell.low, kApart * std::min(u, v))) return false;
   }
   out = mesh.mesh();

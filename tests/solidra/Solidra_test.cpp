@@ -126,6 +126,18 @@ std::vector<CurvePtr> brokenCircle(bool shuffled, double gap) {
   return out;
 }
 
+// A rectangle of a grid of sixteenths, the grid turned by 0.3 radians and shrunk by 2 / 3: corners
+// on sides of others lie there only as nearly as doubles can.
+CurvePtr slanted(int x0, int y0, int x1, int y1) {
+  const auto at = [](int x, int y) {
+    const double a = (x - 8) / 24.;
+    const double b = (y - 8) / 24.;
+    return CGeom2d_XY{.5 + a * std::cos(.3) - b * std::sin(.3),
+                      .5 + a * std::sin(.3) + b * std::cos(.3)};
+  };
+  return polygon({at(x0, y0), at(x1, y0), at(x1, y1), at(x0, y1), at(x0, y0)});
+}
+
 CurvePtr frame(bool clockwise = false) { return rectangle(.1, .1, .9, .9, clockwise); }
 CurvePtr hole(bool clockwise = false) { return circle(.5, .5, .3, .3, clockwise); }
 CurvePtr island(bool clockwise = false) { return circle(.5, .5, .1, .1, clockwise); }
@@ -145,6 +157,18 @@ const Trimmed kTrims[] = {
     {"IslandFirst", [] { return list(island(true), hole(), frame()); }, .64 - kPi * .08},
     {"TwoApart", [] { return list(rectangle(.1, .1, .4, .4), rectangle(.6, .6, .9, .9, true)); },
      .18},
+    {"HolesThatShareSides",
+     [] {
+       return list(slanted(0, 0, 16, 16), slanted(2, 2, 5, 7), slanted(5, 3, 9, 6),
+                   slanted(3, 7, 8, 9), slanted(9, 4, 13, 5));
+     },
+     (256 - 15 - 12 - 10 - 4) / 576.},
+    {"HolesAlongTheOuter",
+     [] {
+       return list(slanted(0, 0, 16, 16), slanted(0, 3, 4, 7), slanted(5, 0, 7, 7),
+                   slanted(7, 0, 9, 3));
+     },
+     (256 - 16 - 14 - 6) / 576.},
     {"QuartersInOrder", [] { return brokenCircle(false, 0); }, kPi * .09},
     {"QuartersInDisorder", [] { return brokenCircle(true, 0); }, kPi * .09},
     {"QuartersWithGaps", [] { return brokenCircle(false, 2e-5); }, kPi * .09},
