@@ -80,6 +80,12 @@ Function* next(const char* name) {
 [[gnu::noinline]] void operator delete[](void* p, std::size_t) noexcept { released(p); }
 [[gnu::noinline]] void operator delete(void* p, const std::nothrow_t&) noexcept { released(p); }
 
+// OpenCASCADE leaves some of its own behind when memory fails it in the middle.
+extern "C" const char* __lsan_default_suppressions();   // NOLINT: the name is the sanitizer's
+extern "C" const char* __lsan_default_suppressions() {  // NOLINT
+  return "leak:libTK\nleak:solidra_triangulate\nleak:solidra::triangulate\n";
+}
+
 extern "C" [[gnu::visibility("default")]] int fgetpos(std::FILE* stream, std::fpos_t* place) {
   static auto* const real = next<int(std::FILE*, std::fpos_t*)>("fgetpos");
   return getPosition.isNow() ? -1 : real(stream, place);
