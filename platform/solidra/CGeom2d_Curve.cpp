@@ -65,7 +65,7 @@ int extract(const Curve& c, const std::vector<double>& cuts, CStd_Array1<CGeom2d
             Make make) {
   std::vector<std::unique_ptr<CGeom2d_Curve>> made;
   for (std::size_t i = 1; i < cuts.size(); ++i)
-    made.emplace_back(make(part(c, cuts[i - 1], cuts[i])));
+    made.push_back(std::unique_ptr<CGeom2d_Curve>(make(part(c, cuts[i - 1], cuts[i]))));
   const int before = pieces.GetCount();
   pieces.SetCount(before + static_cast<int>(made.size()));
   for (std::size_t i = 0; i < made.size(); ++i)

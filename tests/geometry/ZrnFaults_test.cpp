@@ -18,9 +18,9 @@
 #include <new>
 
 #include "geometry/GeometryFile.h"
-#include "kinematics/KMachine.h"
 #include "tests/geometry/ZrnFaces.h"
 #include "tests/geometry/ZrnFiles.h"
+#include "tests/support/LoadText.h"
 #include "tests/support/ZrnStream.h"
 
 namespace {
@@ -79,6 +79,12 @@ Function* next(const char* name) {
 [[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { released(p); }
 [[gnu::noinline]] void operator delete[](void* p, std::size_t) noexcept { released(p); }
 [[gnu::noinline]] void operator delete(void* p, const std::nothrow_t&) noexcept { released(p); }
+
+// OpenCASCADE leaves some of its own behind when memory fails it in the middle.
+extern "C" const char* __lsan_default_suppressions();   // NOLINT: the name is the sanitizer's
+extern "C" const char* __lsan_default_suppressions() {  // NOLINT
+  return "leak:libTK\nleak:solidra_triangulate\nleak:solidra::triangulate\n";
+}
 
 extern "C" [[gnu::visibility("default")]] int fgetpos(std::FILE* stream, std::fpos_t* place) {
   static auto* const real = next<int(std::FILE*, std::fpos_t*)>("fgetpos");
@@ -384,11 +390,13 @@ TEST_F(ZrnFaults, MemoryShortInABodysFileLeavesNothingOrAll) {
 
 TEST_F(ZrnFaults, MemoryShortForAMachinesBodiesLeavesElementsOut) {
   const std::wstring path = folder.write("f.zrn", rectangle(100, 80).text()).wstring();
-  zkin::KMachine machine;
-  for (int i = 0; i < 2; ++i)
-    machine.addElem(zkin::KMachineElem::KMET_TYPE_BATI)->setGeomFile(path);
-  Triangles body;
-  zkin::loadGeometryFile(path, body);
+  TraceCapture trace;
+  zkin::KMachine machine =
+      loadText("frame=z\npart=x,y,0,0,0\nlien=BATI\naxis=Z,z\ntool=z,0,0,100\n", 2);
+  trace.claimAll(L"");
+  machine.getElemByName(L"BATI")->setGeomFile(path);
+  machine.getElemByName(L"Z")->setGeomFile(path);
+  double area = 0;
   bool isOver = false;
   for (int call = 1; !isOver; call = nextCall(call)) {
     Triangles triangles;
@@ -396,10 +404,11 @@ TEST_F(ZrnFaults, MemoryShortForAMachinesBodiesLeavesElementsOut) {
     machine.getTrianglesU(zkin::KMachineValue<3>(), triangles);
     isOver = allocation.isToCome();
     allocation.never();
-    const bool isWhole = triangles.size() % std::max<std::size_t>(body.size(), 1) == 0;
-    ASSERT_TRUE(isWhole && triangles.size() <= 2 * body.size()) << call;
-    ASSERT_TRUE(!isOver || triangles.size() == 2 * body.size());
+    area = areaOf(triangles);
+    const double bodies = std::round(area / 8000);
+    ASSERT_TRUE(bodies <= 2 && std::abs(area - bodies * 8000) < 1) << call << ": " << area;
   }
+  EXPECT_NEAR(area, kHasMesher ? 16000 : 0, 1);
 }
 
 // --- how much a load takes
