@@ -2,7 +2,7 @@
 # Korvo_Kinematics, pkg-config files, the command line, the example machines and the JSON schemas.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS Korvo_CollisionUtils Korvo_Kinematics KorvoToolkit EXPORT Korvo_Kinematics
+install(TARGETS Solidra Korvo_CollisionUtils Korvo_Kinematics KorvoToolkit EXPORT Korvo_Kinematics
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
@@ -10,7 +10,7 @@ install(TARGETS korvo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 # The interface. The other headers are the libraries' own affair; tests/structure reads this list.
 set(KORVO_INTERFACE
-  geometry/ZrnFile.h geometry/ZrnGeom.h
+  geometry/GeometryFile.h geometry/ZrnFile.h geometry/ZrnGeom.h geometry/ZrnTriangles.h
   kinematics/Export.h kinematics/KMachine.h kinematics/KMachineElem.h kinematics/KMachineValue.h
   platform/zgeo/Export.h platform/zgeo/UAlgo.h platform/zgeo/UMatrix.h platform/zgeo/UTools.h
   platform/zgeo/UTri.h platform/zgeo/UVec2d.h platform/zgeo/UVec3d.h

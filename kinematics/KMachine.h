@@ -8,6 +8,7 @@
 #include "kinematics/KMachineElem.h"
 #include "kinematics/KMachineValue.h"
 #include "platform/zgeo/UMatrix.h"
+#include "platform/zgeo/UTri.h"
 #include "platform/zgeo/UVec3d.h"
 
 namespace zkin {
@@ -321,6 +322,23 @@ class KORVO_KINEMATICS_API KMachine {
   /// by the caller; null when `v` is null or the number of axes is outside 1 to 12. When the solver
   /// finds nothing: what it left, minus `v`.
   KMachineValueBase* axisTranslation(const KMachineValueBase* v, const zgeo::UVec3d& delta) const;
+
+  // --- geometry/KMachine_triangles.cpp: the bodies as triangles
+
+  /// The triangles of all bodies at position `value`, for display and collision checks.
+  ///
+  /// Each element's geometry file, STL or .zrn (`loadGeometryFile`), is moved by the element's
+  /// motion matrix; two elements that name one file have a body each.
+  ///
+  /// @frames  Machine frame: p_M = getMatrix(value, e) * p, files hold p at the zero position.
+  /// @units   mm, as the files have them; the scale in a .zrn file is not applied.
+  /// @param[out] triangles  Emptied first (its storage is kept), then the bodies in order of
+  ///                        addition of their elements, each in its file's order.
+  /// @errors  An element without a file, whose file cannot be read or loaded, or for whose
+  ///          triangles memory is short has none; nothing is told. Never throws, traces nothing.
+  /// @cost    Every file is read, and .zrn meshed, at every call; nothing is kept. A caller that
+  ///          needs many positions loads the files once and moves them by `getMatrices`.
+  void getTrianglesU(const KMachineValueBase& value, std::vector<zgeo::UTri>& triangles) const;
 
  protected:
   void clearRotationPoints() { rotationPoints_.clear(); }

@@ -1,11 +1,12 @@
 # Checks the files of an install prefix: what a host needs is there, and nothing in the packages'
 # files names the tree that they were built from.
 foreach(file
-    include/geometry/ZrnFile.h include/geometry/ZrnGeom.h
+    include/geometry/GeometryFile.h include/geometry/ZrnFile.h include/geometry/ZrnGeom.h
+    include/geometry/ZrnTriangles.h
     include/kinematics/KMachine.h include/kinematics/KMachineElem.h
     include/kinematics/KMachineValue.h include/platform/zgeo/UVec3d.h include/platform/zgeo/UMatrix.h
     ${LIBDIR}/libKorvo_Kinematics.so.0 ${LIBDIR}/libKorvo_CollisionUtils.so.0
-    ${LIBDIR}/libKorvoToolkit.so.0 ${LIBDIR}/pkgconfig/Korvo_Kinematics.pc
+    ${LIBDIR}/libKorvoToolkit.so.0 ${LIBDIR}/libSolidra.so.0 ${LIBDIR}/pkgconfig/Korvo_Kinematics.pc
     ${LIBDIR}/pkgconfig/KorvoToolkit.pc
     ${LIBDIR}/cmake/Korvo_Kinematics/Korvo_KinematicsConfig.cmake bin/korvo)
   if(NOT EXISTS ${PREFIX}/${file})
@@ -24,7 +25,8 @@ if(NOT schemas)
 endif()
 
 # The static helpers are inside the shared libraries; their headers and names stay inside too.
-if(EXISTS ${PREFIX}/include/platform/text OR EXISTS ${PREFIX}/include/kinematics/ChainWalk.h)
+if(EXISTS ${PREFIX}/include/platform/text OR EXISTS ${PREFIX}/include/platform/solidra
+    OR EXISTS ${PREFIX}/include/kinematics/ChainWalk.h)
   message(SEND_ERROR "an internal header is installed")
 endif()
 file(GLOB packages ${PREFIX}/${LIBDIR}/cmake/Korvo_Kinematics/*.cmake
