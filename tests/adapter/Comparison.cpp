@@ -69,6 +69,14 @@ bool BothModels::areRotaryParallel() const {
   return cross * cross < 1e-24 * (a * a) * (b * b);
 }
 
+bool BothModels::areLinearDependent() const {
+  const auto& k = adapter_->machine()->GetKinematic();
+  const auto direction = [&](int i) {
+    return k.GetEntity(adapter_->translations()[i])->GetDirection();
+  };
+  return std::abs(direction(0) * (direction(1) ^ direction(2))) < 1e-9;
+}
+
 std::vector<double> BothModels::anyPosition(Dice& dice) const {
   const auto& k = adapter_->machine()->GetKinematic();
   std::vector<double> values;

@@ -53,8 +53,9 @@ class BothModels {
   /// What can be said of the axes of tool 1.
   int linearAxes() const { return static_cast<int>(adapter_->translations().size()); }
   int rotaryAxes() const { return static_cast<int>(adapter_->rotations().size()); }
-  bool areRotaryLimited() const;   ///< At both ends.
-  bool areRotaryParallel() const;  ///< The first two.
+  bool areRotaryLimited() const;    ///< At both ends.
+  bool areRotaryParallel() const;   ///< The first two.
+  bool areLinearDependent() const;  ///< Three linear axes, at the zero position.
 
   /// Values inside the limits and within one turn or a metre.
   std::vector<double> anyPosition(Dice& dice) const;
