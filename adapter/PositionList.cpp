@@ -44,9 +44,8 @@ void PositionList::add(const MachinePosition& p) {
   const std::int64_t cell = cellOf(p);
   if (holds(p, cell) || holds(p, cell - 1) || holds(p, cell + 1)) return;
   auto copy = std::make_unique<MachinePosition>(p);
-  cells_.emplace(cell, copy.get());
   list_.push_back(copy.get());
-  (void)copy.release();
+  cells_.emplace(cell, copy.release());  // the list's now
 }
 
 }  // namespace zkin

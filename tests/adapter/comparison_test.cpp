@@ -22,8 +22,13 @@ using zgeo::UTri;
 using zgeo::UVec3d;
 using zkin::KMachine;
 
+#ifdef KORVO_SANITIZED  // every computation takes many times as long, and numbers are no news there
+constexpr int kPositions = 500;
+constexpr int kTargets = 20;
+#else
 constexpr int kPositions = 10000;
 constexpr int kTargets = 1000;
+#endif
 constexpr double kForward = 1e-9;
 
 /// Where a machine of the comparison comes from.
