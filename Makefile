@@ -5,7 +5,7 @@ PREFIX ?= /usr/local
 FUZZ_SECONDS ?= 1200
 
 help:
-	@echo "make demo       build, then ask the command line about two example machines"
+	@echo "make demo       build, ask the command line about two example machines, write one as GLB"
 	@echo "make test       build with warnings as errors and run every test"
 	@echo "make test-long  the same, with twenty times as many cases in each property"
 	@echo "make bench      run the benchmarks"

@@ -24,7 +24,9 @@ set(KORVO_INTERFACE
   toolkit/Position.h
   toolkit/RotarySense.h toolkit/Text.h
   toolkit/answer/Answer.h toolkit/check/Check.h toolkit/check/Diagnostic.h
-  toolkit/check/Fixes.h toolkit/check/Hover.h)
+  toolkit/check/Fixes.h toolkit/check/Hover.h
+  toolkit/export/Bodies.h toolkit/export/WholeFile.h toolkit/export/Write.h
+  toolkit/geometry/Measure.h)
 foreach(header ${KORVO_INTERFACE})
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})

@@ -26,15 +26,9 @@ std::vector<const KMachineElem*> elementsOf(const KMachine& machine) {
   return elements;
 }
 
-// Every tool has the same name in the library.
-std::string nameOf(const KMachineElem& e) {
-  const int tool = e.isTool() ? KMachineElem::_getIndexTool(e.getElemIndex()) : 0;
-  return tool ? "tool " + std::to_string(tool) : toUtf8(e.getElemName());
-}
-
 std::string nameOf(const KMachine& machine, int index) {
   const KMachineElem* e = machine.getElemByIndex(index);
-  return e ? nameOf(*e) : std::string();
+  return e ? elementName(*e) : std::string();
 }
 
 // --- the chains as a tree
@@ -45,7 +39,7 @@ TreeNode nodeOf(const KMachineElem& e, int rank, int depth) {
   const bool isPart = e.getElemType() == KMachineElem::KMET_TYPE_PART;
   return {rank,
           depth,
-          nameOf(e),
+          elementName(e),
           typeWord(e.getElemType()),
           e.getElemIndex(),
           isPart || e.isInverted()};
@@ -120,7 +114,7 @@ int countRotary(const std::vector<const KMachineElem*>& chain, bool underPart) {
 std::vector<DhRow> dhTableOf(const KMachine& machine, int tool) {
   std::vector<DhRow> rows;
   for (const KMachineElem* e : machine.getToolChain(true, tool)) {
-    rows.push_back({nameOf(*e), e->getDHmRef()});
+    rows.push_back({elementName(*e), e->getDHmRef()});
   }
   return rows;
 }
@@ -179,7 +173,7 @@ std::vector<GeometryFile> geometryOf(const KMachine& machine) {
   for (const KMachineElem* e : elementsOf(machine)) {
     const std::wstring& file = e->getGeomFile();
     if (file.empty()) continue;
-    files.push_back({nameOf(*e), toUtf8(file), e->isGeomFileReadable()});
+    files.push_back({elementName(*e), toUtf8(file), e->isGeomFileReadable()});
   }
   return files;
 }
@@ -191,6 +185,12 @@ std::string placesText(int inHead, int underPart) {
 }
 
 }  // namespace
+
+// Every tool has the same name in the library.
+std::string elementName(const KMachineElem& e) {
+  const int tool = e.isTool() ? KMachineElem::_getIndexTool(e.getElemIndex()) : 0;
+  return tool ? "tool " + std::to_string(tool) : toUtf8(e.getElemName());
+}
 
 std::string kinematicClassText(const zkin::KMachine::_sUKine& kine, int inHead, int underPart) {
   const std::string places = " (" + placesText(inHead, underPart) + ")";

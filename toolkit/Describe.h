@@ -92,6 +92,9 @@ struct MachineInfo {
 /// @cost    Copies the machine once per tool but the last.
 KORVO_TOOLKIT_API MachineInfo describe(const Machine& machine);
 
+/// Name of an element for people, UTF-8: "tool 1" for a tool, else the library's own.
+KORVO_TOOLKIT_API std::string elementName(const zkin::KMachineElem& e);
+
 /// Kinematic class in words, with the rotary axes in the head and under the part counted.
 KORVO_TOOLKIT_API std::string kinematicClassText(const zkin::KMachine::_sUKine& kine, int inHead,
                                                  int underPart);

@@ -133,6 +133,7 @@ void Session::loadMachine(const std::filesystem::path& path) {
   if (!lines.empty()) say(lines);
   machine_ = std::move(loaded.machine);
   format_ = loaded.format;
+  findings_ = std::move(loaded.reasons);
 }
 
 // The trace is that of the library reading the file, not of the checks that ask the machine.

@@ -27,7 +27,8 @@ class Session {
 
   const Machine& machine() const { return *machine_; }
   const FormatChoice& format() const { return format_; }
-  const std::string& file() const { return file_; }  ///< For messages.
+  const std::vector<Diagnostic>& findings() const { return findings_; }  ///< Of the check.
+  const std::string& file() const { return file_; }                      ///< For messages.
   int tool() const { return options_.tool; }
   bool hasToolOption() const { return options_.hasTool; }
   const PartZero& partZero() const { return options_.partZero; }
@@ -55,6 +56,7 @@ class Session {
   std::unique_ptr<Trace> trace_;
   std::optional<Machine> machine_;
   FormatChoice format_;
+  std::vector<Diagnostic> findings_;
   std::string file_;
   std::vector<bool> locked_;
 };

@@ -14,6 +14,8 @@ void addInverse(CLI::App& app, Exit& exit);
 void addLimits(CLI::App& app, Exit& exit);
 void addInterpolate(CLI::App& app, Exit& exit);
 void addTranslate(CLI::App& app, Exit& exit);
+void addMesh(CLI::App& app, Exit& exit);
+void addGeometry(CLI::App& app, Exit& exit);
 void addNew(CLI::App& app, Exit& exit);
 void addCheck(CLI::App& app, Exit& exit);
 void addLsp(CLI::App& app, Exit& exit);

@@ -4,7 +4,7 @@
 #include <iostream>
 #include <memory>
 
-#include "toolkit/Text.h"
+#include "toolkit/Describe.h"
 #include "tools/Csv.h"
 #include "tools/InfoJson.h"
 #include "tools/Messages.h"
@@ -46,7 +46,7 @@ std::vector<std::string> outsideLimits(const Session& session, const Position& v
 }
 
 std::string elementName(const zkin::KMachine& machine, int rank) {
-  return describeElement(*machine.getElemByRank(rank));
+  return korvo::elementName(*machine.getElemByRank(rank));
 }
 
 void printElements(std::ostream& out, const Session& session, const Position& v) {
@@ -125,11 +125,6 @@ Exit run(const ForwardOptions& o) {
 }
 
 }  // namespace
-
-std::string describeElement(const zkin::KMachineElem& e) {
-  const int tool = e.isTool() ? zkin::KMachineElem::_getIndexTool(e.getElemIndex()) : 0;
-  return tool ? "tool " + std::to_string(tool) : toUtf8(e.getElemName());
-}
 
 json elementsJson(const zkin::KMachine& machine, const zkin::KMachineValueBase& v) {
   std::vector<UMatrix> matrices;

@@ -19,9 +19,6 @@ struct ForwardOptions {
   bool stats = false;
 };
 
-/// Name of an element for people: "tool 1" for a tool.
-std::string describeElement(const zkin::KMachineElem& e);
-
 /// Motion matrices of all elements.
 nlohmann::json elementsJson(const zkin::KMachine& machine, const zkin::KMachineValueBase& v);
 

@@ -50,6 +50,8 @@ int run(int argc, char** argv) {
   korvo::tools::addLimits(app, exit);
   korvo::tools::addInterpolate(app, exit);
   korvo::tools::addTranslate(app, exit);
+  korvo::tools::addMesh(app, exit);
+  korvo::tools::addGeometry(app, exit);
   korvo::tools::addNew(app, exit);
   korvo::tools::addCheck(app, exit);
   korvo::tools::addLsp(app, exit);

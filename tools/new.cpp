@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
+#include <vector>
 
 #include "toolkit/Text.h"
 #include "toolkit/check/Check.h"
@@ -46,9 +47,57 @@ std::string summaryOf(const std::string& text) {
   return begin == std::string::npos ? "" : text.substr(begin, text.find('\n', begin) - begin);
 }
 
+// --- bodies: a copy of an example's text lies elsewhere, where their files are not
+
+// Where the name of a file beside the examples begins in a line; what follows it is its colour.
+std::size_t bodyIn(const std::string& line) {
+  const std::size_t body = line.find("$ZRN_MACHINE_DEF/geometry/");
+  return body < line.find('#') ? body : std::string::npos;
+}
+
+void dropComment(std::vector<std::string>& lines) {
+  while (!lines.empty() && lines.back().starts_with('#')) lines.pop_back();
+}
+
+// A line without its body; one of a body alone goes, with the comment right above it.
+void addWithoutBody(std::vector<std::string>& lines, const std::string& line) {
+  const std::size_t body = bodyIn(line);
+  if (body == std::string::npos) {
+    lines.push_back(line);
+  } else if (line.starts_with("geom")) {
+    dropComment(lines);
+  } else {
+    lines.push_back(line.substr(0, body - 1));
+  }
+}
+
+// Says so in the text, behind what the example begins with.
+std::string withoutBodies(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) addWithoutBody(lines, line);
+  const auto isOther = [](const std::string& line) { return !line.starts_with('#'); };
+  const auto headEnd = std::find_if(lines.begin(), lines.end(), isOther);
+  lines.insert(headEnd, {"#", "# Left out of this copy: the files of the example's bodies."});
+  std::string result;
+  for (const std::string& line : lines) result += line + '\n';
+  return result;
+}
+
+bool hasBodies(const std::string& text) {
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    if (bodyIn(line) != std::string::npos) return true;
+  }
+  return false;
+}
+
+// --- what is offered
+
 Offer exampleOffer(const std::string& name, const std::filesystem::path& path) {
-  std::string text = readFile(path);
-  return {name, summaryOf(text), text, check(path).format.version};
+  const std::string text = readFile(path);
+  return {name, summaryOf(text), hasBodies(text) ? withoutBodies(text) : text,
+          check(path).format.version};
 }
 
 // A start hides the example of its name: it says more about how to go on.

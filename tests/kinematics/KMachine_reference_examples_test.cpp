@@ -262,7 +262,7 @@ TEST_P(ExampleMachines, EveryLineBeginsWithAKeyword) {
       "lien",          "bati",          "frame",        "piece",       "part",     "outil",
       "tool",          "axe",           "axis",         "translation", "rotation", "gun",
       "drillgun",      "strategie",     "strategy",     "limites",     "limits",   "collisions",
-      "courseminimum", "coursemaximum", "rotationpoint"};
+      "courseminimum", "coursemaximum", "rotationpoint", "geom"};
   for (const std::string& line : statements(pathOf(example))) {
     EXPECT_TRUE(keywords.contains(line.substr(0, line.find('=')))) << line;
   }

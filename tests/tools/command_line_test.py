@@ -529,7 +529,7 @@ class Options(CommandLine):
                 (["--json", "info", "x"], "found '--json' before 'info'; write 'korvo info ...'"),
                 (["x.def", "forward"], "found 'x.def' before 'forward'"), ([], "found nothing")):
             self.assert_fails(USAGE, "korvo: expected a verb (info, forward, inverse, limits, interpolate, "
-                              "translate, new, check, lsp) first",
+                              "translate, mesh, geometry, new, check, lsp) first",
                               *arguments)
             self.assert_fails(USAGE, hint, *arguments)
 
@@ -627,18 +627,50 @@ class NewMachine(CommandLine):
         self.assertEqual([s["name"] for s in self.json("new")["starts"]], names)
         self.assertEqual(len(names), len(set(names)))
 
-    def test_every_example_is_offered_as_it_stands(self):
-        examples = os.path.join(os.path.dirname(SCHEMAS), "..", "examples", "machines")
-        for name in (n[:-4] for n in os.listdir(examples) if n.endswith(".def")):
-            if name in self.STARTS:
-                continue
-            with open(os.path.join(examples, name + ".def"), encoding="utf-8") as file:
-                text = file.read()
-            self.assertEqual(self.answer("new", name), text)
+    @staticmethod
+    def examples():
+        """(name, text) of the examples that no start hides."""
+        folder = os.path.join(os.path.dirname(SCHEMAS), "..", "examples", "machines")
+        for name in sorted(n[:-4] for n in os.listdir(folder) if n.endswith(".def")):
+            if name not in NewMachine.STARTS:
+                with open(os.path.join(folder, name + ".def"), encoding="utf-8") as file:
+                    yield name, file.read()
+
+    def test_every_example_is_offered_as_it_stands_but_for_its_bodies(self):
+        for name, text in self.examples():
+            offered = self.answer("new", name)
             start = self.json("new", name)["starts"][0]
             self.assertEqual((start["text"], start["format"]),
-                             (text, self.json("info", name)["machine"]["format"]))
+                             (offered, self.json("info", name)["machine"]["format"]))
             self.assertEqual("# " + start["summary"], text.splitlines()[0])
+            self.assertEqual(offered.splitlines()[0], text.splitlines()[0])
+            if "$ZRN_MACHINE_DEF/geometry/" not in text:
+                self.assertEqual(offered, text)
+
+    # A copy lies where the example's files are not: it names none of them, says so, and is the
+    # same machine.
+    def test_a_copy_of_an_example_with_bodies_leaves_them_out(self):
+        with_bodies = [name for name, text in self.examples()
+                      if "$ZRN_MACHINE_DEF/geometry/" in text]
+        self.assertIn("head-cb-fork", with_bodies)
+        for name in with_bodies:
+            offered = self.answer("new", name)
+            self.assertIn("\n# Left out of this copy: the files of the example's bodies.\n", offered)
+            self.assertNotIn("ZRN_MACHINE_DEF", offered)
+            self.assertNotIn("geom", offered)
+            copy = self.write(name + "-copy.def", offered)
+            self.assertNotIn("geometry", self.answer("check", copy))
+            at = ",".join("%s=7" % axis["name"] for axis in self.json("info", name)["axes"])
+            self.assertEqual(self.json("forward", copy, "--at", at)["nose"],
+                             self.json("forward", name, "--at", at)["nose"])
+
+    def test_a_body_goes_with_its_comment_and_nothing_else(self):
+        lines = self.answer("new", "head-cb-fork").splitlines()
+        self.assertIn("frame", lines)
+        self.assertIn("axis=X,1,+x", lines)
+        self.assertIn("part=x,y,0,0,0", lines)
+        at = lines.index("tool=z,0,0,0")
+        self.assertEqual(lines[at + 1:at + 3], ["", "# The part stands on the frame."])
 
     def test_every_start_is_a_machine(self):
         classes = {"mill-3axis": 1, "table-ac": 3, "table-bc": 3, "head-cb": 3, "head-table": 3,
