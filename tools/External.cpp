@@ -36,15 +36,16 @@ Answer none(const Session& session, const Target& target, const Position& from) 
 }
 
 void sortByDistance(Answers& answers) {
-  std::vector<std::size_t> order(answers.positions.size());
-  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-  std::stable_sort(order.begin(), order.end(), [&answers](std::size_t a, std::size_t b) {
-    return answers.distances[a] < answers.distances[b];
-  });
+  std::vector<std::pair<double, std::size_t>> order;  // equal distances stay in the list's order
+  order.reserve(answers.positions.size());
+  for (std::size_t i = 0; i < answers.positions.size(); ++i) {
+    order.emplace_back(answers.distances[i], i);
+  }
+  std::sort(order.begin(), order.end());
   Answers sorted;
-  for (const std::size_t i : order) {
+  for (const auto& [away, i] : order) {
     sorted.positions.push_back(std::move(answers.positions[i]));
-    sorted.distances.push_back(answers.distances[i]);
+    sorted.distances.push_back(away);
   }
   sorted.total = order.size();
   answers = std::move(sorted);
