@@ -2,7 +2,8 @@
 # Korvo_Kinematics, pkg-config files, the command line, the example machines and the JSON schemas.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS Solidra Korvo_CollisionUtils Korvo_Kinematics KorvoToolkit EXPORT Korvo_Kinematics
+install(TARGETS Solidra OmbraKinematics Korvo_CollisionUtils Korvo_Kinematics KorvoToolkit
+  EXPORT Korvo_Kinematics
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
@@ -10,8 +11,13 @@ install(TARGETS korvo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 # The interface. The other headers are the libraries' own affair; tests/structure reads this list.
 set(KORVO_INTERFACE
+  adapter/NMachine.h adapter/machineFromDefinition.h
   geometry/GeometryFile.h geometry/ZrnFile.h geometry/ZrnGeom.h geometry/ZrnTriangles.h
   kinematics/Export.h kinematics/KMachine.h kinematics/KMachineElem.h kinematics/KMachineValue.h
+  platform/ombra/Angle.h platform/ombra/Entity.h platform/ombra/EntityMesh.h platform/ombra/Export.h
+  platform/ombra/Indices.h platform/ombra/Kinematic.h platform/ombra/Machine.h
+  platform/ombra/MachineCompute.h platform/ombra/MachinePosition.h platform/ombra/Matrix43.h
+  platform/ombra/Mesh.h platform/ombra/RotariesSolution.h platform/ombra/Vector3D.h
   platform/zgeo/Export.h platform/zgeo/UAlgo.h platform/zgeo/UMatrix.h platform/zgeo/UTools.h
   platform/zgeo/UTri.h platform/zgeo/UVec2d.h platform/zgeo/UVec3d.h
   toolkit/Describe.h toolkit/Export.h toolkit/Format.h toolkit/Language.h toolkit/Machine.h

@@ -6,6 +6,7 @@
 
 #include "toolkit/Describe.h"
 #include "tools/Csv.h"
+#include "tools/External.h"
 #include "tools/InfoJson.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
@@ -22,6 +23,23 @@ namespace korvo::tools {
 namespace {
 
 // --- the answer
+
+/// Where the tool stands, by either engine.
+struct Stand {
+  ToolPoint at;
+  UMatrix toolFrame;  ///< In the machine frame.
+  UMatrix tipFrame;   ///< In part zero.
+};
+
+Stand standOf(const ForwardOptions& o, const Session& session, const Position& v) {
+  if (isExternal(o.engine)) {
+    const External external(session);
+    return {external.toolPoint(v), external.toolFrame(v), external.tipFrame(v)};
+  }
+  const zkin::KMachine& machine = *session.machine();
+  return {toolPoint(machine, *v, session.tool()), machine.getMatrix_H2T(v),
+          machine.getMatrix_TP2U(v)};
+}
 
 bool isFinite(const UMatrix& m) {
   for (int i = 0; i < 16; ++i) {
@@ -59,23 +77,23 @@ void printElements(std::ostream& out, const Session& session, const Position& v)
   }
 }
 
-void print(std::ostream& out, const Session& session, const Position& v, bool elements) {
-  const ToolPoint at = toolPoint(*session.machine(), *v, session.tool());
+void print(std::ostream& out, const Session& session, const Position& v, const Stand& stand,
+           bool elements) {
+  const ToolPoint& at = stand.at;
   out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
       << "\nPosition   " << textOf(v);
   const std::vector<std::string> outside = outsideLimits(session, v);
   if (!outside.empty()) out << "\nOutside limits: " << joined(outside);
   out << "\nNose       " << textOf(at.nose) << "\nTip        " << textOf(at.tip) << "\nDirection  "
       << textOf(at.direction) << "\nTool frame (machine frame)\n";
-  printMatrix(out, session.machine()->getMatrix_H2T(v));
+  printMatrix(out, stand.toolFrame);
   out << "Tip frame (part-zero frame)\n";
-  printMatrix(out, session.machine()->getMatrix_TP2U(v));
+  printMatrix(out, stand.tipFrame);
   if (elements) printElements(out, session, v);
 }
 
-json answerJson(const Session& session, const Position& v, bool elements) {
-  const zkin::KMachine& machine = *session.machine();
-  const ToolPoint at = toolPoint(machine, *v, session.tool());
+json answerJson(const Session& session, const Position& v, const Stand& stand, bool elements) {
+  const ToolPoint& at = stand.at;
   json answer = {{"schema", "korvo.forward/1"},
                  {"units", unitsJson()},
                  {"machine", session.machineJson()},
@@ -85,21 +103,22 @@ json answerJson(const Session& session, const Position& v, bool elements) {
                  {"nose", vectorJson(at.nose)},
                  {"tip", vectorJson(at.tip)},
                  {"direction", vectorJson(at.direction)},
-                 {"toolFrame", matrixJson(machine.getMatrix_H2T(v))},
-                 {"tipFrame", matrixJson(machine.getMatrix_TP2U(v))}};
-  if (elements) answer["elements"] = elementsJson(machine, *v);
+                 {"toolFrame", matrixJson(stand.toolFrame)},
+                 {"tipFrame", matrixJson(stand.tipFrame)}};
+  if (elements) answer["elements"] = elementsJson(*session.machine(), *v);
   return answer;
 }
 
 Exit answerOne(const ForwardOptions& o, const Session& session) {
   const Position v = o.at ? positionOf(session, *o.at, "--at") : session.machine().position();
-  if (!isFinite(session.machine()->getMatrix_TP2U(v))) {
+  const Stand stand = standOf(o, session, v);
+  if (!isFinite(stand.tipFrame)) {
     throw Failure(Exit::no, "korvo: expected a tool point within the range of numbers, found none");
   }
   if (o.common.json) {
-    std::cout << answerJson(session, v, o.elements).dump(2) << '\n';
+    std::cout << answerJson(session, v, stand, o.elements).dump(2) << '\n';
   } else {
-    print(std::cout, session, v, o.elements);
+    print(std::cout, session, v, stand, o.elements);
   }
   return Exit::answered;
 }
@@ -109,6 +128,10 @@ void checkTogether(const ForwardOptions& o) {
   if (o.positions && o.positions->empty()) failUsage("a file or - after --positions", "''");
   if (o.strict && !o.positions) failUsage("--strict with --positions", "it alone");
   if (o.stats && !o.positions) failUsage("--stats with --positions", "it alone");
+  if (isExternal(o.engine) && (o.positions || o.elements)) {
+    failUsage("--engine external with one position (--at)",
+              o.positions ? "--positions" : "--elements");
+  }
   if (o.positions && o.elements && !o.common.json) {
     failUsage("--json for --elements with --positions (a table has no place for matrices)", "none");
   }
@@ -155,11 +178,15 @@ void addForward(CLI::App& app, Exit& exit) {
   verb->add_flag("--stats", o->stats,
                  "Say on standard error what was taken and how fast the rows were answered")
       ->disable_flag_override();
+  verb->add_option("--engine", o->engine,
+                   "What computes: definition, or external for the machine made into one of the "
+                   "external kinematics library [definition]");
   verb->footer(
       "Frames: the columns of a frame are the turned X, Y, Z of the machine, so they are its axes "
       "at the\nzero position. Its Z column is the tool direction only of a tool that stands along "
       "Z "
-      "there.\nLimits: positions outside them are answered too, and the axes outside are named.");
+      "there; with --engine external it always is.\nLimits: positions outside them are answered "
+      "too, and the axes outside are named.");
   verb->callback([o, &exit] { exit = run(*o); });
 }
 

@@ -14,6 +14,7 @@ struct ForwardOptions {
   CommonOptions common;
   std::optional<std::string> at;
   std::optional<std::string> positions;
+  std::string engine = "definition";
   bool elements = false;
   bool strict = false;
   bool stats = false;

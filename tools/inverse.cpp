@@ -5,6 +5,7 @@
 
 #include "toolkit/answer/Answer.h"
 #include "tools/AnswerText.h"
+#include "tools/External.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
@@ -99,6 +100,16 @@ std::size_t mostOf(const InverseOptions& o) {
   return static_cast<std::size_t>(*most);
 }
 
+Answers answersOf(const InverseOptions& o, const Session& session, const Target& target,
+                  const Position& from) {
+  if (isExternal(o.engine)) {
+    const External external(session);
+    return o.all ? external.all(target, from, mostOf(o)) : external.nearest(target, from);
+  }
+  Solver solver(session.machine());
+  return o.all ? solver.all(target, from, mostOf(o)) : nearestOf(solver, target, from);
+}
+
 UVec3d directionOf(const std::string& text) {
   const char* wanted = "i,j,k, not all 0, after --dir";
   const UVec3d direction = vectorOf(text, wanted);
@@ -110,8 +121,7 @@ Exit answerOne(const InverseOptions& o, const Session& session, const Position& 
   const Asked asked{{vectorOf(*o.point, "x,y,z (mm) after --point"), directionOf(*o.direction)},
                     from};
   const Target target = fromPartZero(session.machine(), asked.target);
-  Solver solver(session.machine());
-  const Answers all = o.all ? solver.all(target, from, mostOf(o)) : nearestOf(solver, target, from);
+  const Answers all = answersOf(o, session, target, from);
   if (all.tooManySeeds) say(tooManyText(all));
   if (o.common.json) {
     std::cout << answerJson(session, asked, all, o.all).dump(2) << '\n';
@@ -129,6 +139,9 @@ void checkTogether(const InverseOptions& o) {
     failUsage("--point x,y,z and --dir i,j,k, or --targets FILE", o.point       ? "no --dir"
                                                                   : o.direction ? "no --point"
                                                                                 : "neither");
+  }
+  if (isExternal(o.engine) && o.targets) {
+    failUsage("--engine external with one target (--point and --dir)", "--targets");
   }
   if (o.most && !o.all) failUsage("--max with --all", "it alone");
   if (o.strict && !o.targets) failUsage("--strict with --targets", "it alone");
@@ -176,6 +189,9 @@ void addInverse(CLI::App& app, Exit& exit) {
   verb->add_flag("--stats", o->stats,
                  "Say on standard error what was taken and how fast the rows were answered")
       ->disable_flag_override();
+  verb->add_option("--engine", o->engine,
+                   "What solves: definition, or external for the machine made into one of the "
+                   "external kinematics library [definition]");
   verb->footer(
       "Without --all: the position that the machine takes from --from, its strategy choosing "
       "between two\nbranches; when that is outside the limits, the nearest one inside. Linear axes "

@@ -18,6 +18,7 @@ struct InverseOptions {
   std::optional<std::string> from;
   std::optional<std::string> most;
   std::optional<std::string> targets;
+  std::string engine = "definition";
   bool all = false;
   bool strict = false;
   bool stats = false;

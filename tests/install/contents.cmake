@@ -1,6 +1,8 @@
 # Checks the files of an install prefix: what a host needs is there, and nothing in the packages'
 # files names the tree that they were built from.
 foreach(file
+    include/adapter/NMachine.h include/adapter/machineFromDefinition.h
+    include/platform/ombra/MachineCompute.h ${LIBDIR}/libOmbraKinematics.so.0
     include/geometry/GeometryFile.h include/geometry/ZrnFile.h include/geometry/ZrnGeom.h
     include/geometry/ZrnTriangles.h
     include/kinematics/KMachine.h include/kinematics/KMachineElem.h

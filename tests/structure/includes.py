@@ -10,16 +10,17 @@ import sys
 from pathlib import Path
 
 # What the sources of a folder may include, as folders; its own folder always. The longest match of
-# a path counts. "interface" stands for the installed headers of zgeo, kinematics and geometry, "installed" for all of them.
+# a path counts. "interface" stands for the installed headers of all but the toolkit, "installed" for all of them.
 MAY_INCLUDE = {
     "platform/rotations": [],
     "platform/text": [],
     "platform/os": ["platform/text"],
     "platform/zgeo": ["platform/rotations", "platform/text", "platform/os"],
     "platform/solidra": ["platform/os"],
+    "platform/ombra": ["platform/rotations"],
     "kinematics": ["platform"],
     "geometry": ["platform", "kinematics"],
-    "adapter": ["platform", "kinematics"],
+    "adapter": ["platform", "kinematics", "interface"],
     "toolkit": ["interface", "platform/text", "platform/rotations"],
     "tools": ["installed", "platform/text", "platform/rotations"],
     "examples": ["toolkit"],
@@ -31,7 +32,7 @@ MAY_INCLUDE = {
 
 # The one list of installed headers, and how its entries look.
 INSTALL_LIST = "cmake/KorvoInstall.cmake"
-HEADER = re.compile(r"\b(?:geometry|kinematics|platform|toolkit)/[\w/]+\.h\b")
+HEADER = re.compile(r"\b(?:adapter|geometry|kinematics|platform|toolkit)/[\w/]+\.h\b")
 INCLUDE = re.compile(r'\s*#\s*include\s*(["<])([^">]+)[">]')
 
 
