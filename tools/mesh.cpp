@@ -110,7 +110,7 @@ void refuseNone(const Session& session, const json& elements) {
                     (elements.empty() ? "no element names a geometry file. Write one at the end of "
                                         "an element's line: geom=$ZRN_MACHINE_DEF/head.stl"
                                       : "no geometry file that its elements name gives triangles. "
-                                        "'korvo check' says of each what is wrong"));
+                                        "'korvo geometry FILE' shows what one holds"));
 }
 
 // --- the answer
@@ -274,7 +274,9 @@ void addMesh(CLI::App& app, Exit& exit) {
       ->required();
   verb->add_option("--size", o->size, "Size of a .png in pixels, WIDTHxHEIGHT [1200x900]");
   verb->footer(
-      "STL (binary), OBJ (with a .mtl beside it): mm, in the machine frame.\n"
+      "STL (binary), OBJ (with a .mtl beside it): mm, in the frame of the part, in which points "
+      "are\n"
+      "answered: the part stands still, table axes move the rest. The boxes told are in it, too.\n"
       "GLB: metres, Y up, as glTF wants it; one node for each body, in its own frame (mm) and "
       "moved\n"
       "by its matrix, below one root that scales and turns.\n"

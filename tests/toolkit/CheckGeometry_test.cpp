@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <cctype>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 
@@ -33,6 +35,20 @@ std::string stlOf(float size, std::uint32_t count = 1, const std::string& head =
 constexpr const char* kTextStl =
     "solid body\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 9 0 0\nvertex 0 9 0\n"
     "endloop\nendfacet\nendsolid\n";
+
+// A square of 2 x 2 poles: their places and weights, degrees, flags, intervals, two lists of knots.
+constexpr const char* kSquare =
+    "2 2 9 0.0 name\n0 0 0 1\n9 0 0 1\n0 9 0 1\n9 9 0 1\n1 1\n0 0\n0 1\n0 1\n"
+    "4\n0\n0\n1\n1\n4\n0\n0\n1\n1\n";
+
+std::string capitals(std::string text) {
+  for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return text;
+}
+
+std::string replaced(std::string text, std::string_view what, std::string_view by) {
+  return text.replace(text.find(what), what.size(), by);
+}
 
 std::vector<Diagnostic> geometryOf(const std::filesystem::path& file) {
   std::vector<Diagnostic> found;
@@ -186,7 +202,12 @@ INSTANTIATE_TEST_SUITE_P(
     CheckGeometry, GeometryBody,
     testing::Values(
         BodyRow{"Binary", "a.stl", stlOf(400), ""}, BodyRow{"Text", "a.stl", kTextStl, ""},
-        BodyRow{"TextInCapitals", "a.stl", "SOLID a\nFACET NORMAL 0 0 1\n", ""},
+        BodyRow{"TextInCapitals", "a.stl", capitals(kTextStl), ""},
+        BodyRow{"TextOfTwoSolids", "a.stl", std::string(kTextStl) + kTextStl, ""},
+        BodyRow{"TextCutOff", "a.stl", std::string(kTextStl).substr(0, 90), "geometry-damaged"},
+        BodyRow{"TextWithADecimalComma", "a.stl", replaced(kTextStl, "9 0 0", "9,5 0 0"),
+                "geometry-damaged"},
+        BodyRow{"BinaryWithACornerThatIsNoNumber", "a.stl", stlOf(HUGE_VALF), "geometry-damaged"},
         BodyRow{"BinaryThatBeginsWithSolid", "a.stl", stlOf(400, 2, "solid body"), ""},
         BodyRow{"BinaryWithATail", "a.stl", stlOf(400) + "tail", ""},
         BodyRow{"Empty", "a.stl", "", "geometry-empty"},
@@ -201,7 +222,11 @@ INSTANTIATE_TEST_SUITE_P(
         BodyRow{"Metres", "a.stl", stlOf(0.4f), "geometry-metres"},
         BodyRow{"MetresInManyTriangles", "a.stl", stlOf(4.9f, 1000), "geometry-metres"},
         BodyRow{"SmallBody", "a.stl", stlOf(5.0f), ""},
-        BodyRow{"Nurbs", "a.zrn", "0 1 100\n2 3 9 0.0 name\n0 0 0 1\n", ""},
+        BodyRow{"Nurbs", "a.zrn", std::string("0 1 100\n") + kSquare, ""},
+        BodyRow{"NurbsCutOff", "a.zrn", kSquare + std::string(kSquare).substr(0, 60),
+                "geometry-damaged"},
+        BodyRow{"NurbsWithASpoiltPole", "a.zrn", replaced(kSquare, "9 0 0 1", "9 x 0 1"),
+                "geometry-damaged"},
         BodyRow{"CurvesAlone", "a.zrn", "2 2 1\n0 0 0\n9 0 0\n4 1 9\n0 0 0 1\n",
                 "geometry-no-triangles"},
         BodyRow{"Planes", "a.zrn", "2 2 10\n0 0 1\n", "geometry-no-triangles"},

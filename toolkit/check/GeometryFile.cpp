@@ -10,6 +10,8 @@
 #include <limits>
 #include <system_error>
 
+#include "geometry/ZrnFile.h"
+#include "platform/zgeo/UTri.h"
 #include "toolkit/Text.h"
 
 namespace fs = std::filesystem;
@@ -315,6 +317,55 @@ BodyContent contentOf(const fs::path& path, std::wstring_view extension) {
   if (size == 0) return BodyContent::nothing;
   const std::string bytes = startOf(file, kTextStart);
   return extension == L".stl" ? stlContent(bytes, size) : zrnContent(bytes, size);
+}
+
+namespace {
+
+// How often a text of any case has "facet" in front of a facet: not behind "end", not as a name.
+std::size_t facetsOf(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), lowered);
+  constexpr std::string_view kFacet = "facet normal";
+  std::size_t count = 0;
+  for (std::size_t at = text.find(kFacet); at != std::string::npos;
+       at = text.find(kFacet, at + kFacet.size())) {
+    ++count;
+  }
+  return count;
+}
+
+// Of a binary file no facet is lost but those with a corner that is no number.
+std::size_t facetsOf(const fs::path& path, std::uint64_t size) {
+  std::ifstream file(path, std::ios::binary);
+  std::string bytes = startOf(file, size);
+  const StlHead head = stlHeadOf(bytes, size);
+  return head.isText ? facetsOf(std::move(bytes)) : head.count;
+}
+
+bool losesFacets(const fs::path& path, std::uint64_t size) {
+  std::vector<zgeo::UTri> triangles;
+  zgeo::UTri::_loadSTL(toWide(textOf(path)), triangles);
+  return triangles.size() < facetsOf(path, size);
+}
+
+bool losesSurfaces(const fs::path& path) {
+  bool isLost = false;
+  const auto listen = [&isLost](const char* text) {
+    isLost = isLost || std::string_view(text).find("could not read") != std::string_view::npos;
+  };
+  zkin::CGeomFileNodeList nodes;
+  double scale = 1.0;
+  const int code = zkin::ZRN_LoadFile(textOf(path).c_str(), nodes, scale, nullptr, nullptr, listen);
+  return code != 0 || isLost;
+}
+
+}  // namespace
+
+bool losesParts(const fs::path& path, std::wstring_view extension) {
+  constexpr std::uint64_t kLargest = 64 << 20;
+  std::error_code error;
+  const std::uint64_t size = fs::file_size(path, error);
+  if (error || size > kLargest) return false;
+  return extension == L".stl" ? losesFacets(path, size) : losesSurfaces(path);
 }
 
 std::optional<double> extentOf(const fs::path& path, double enough) {

@@ -65,6 +65,10 @@ enum class BodyContent {
 };
 BodyContent contentOf(const std::filesystem::path& path, std::wstring_view extension);
 
+/// Whether a file with triangles has more facets or surfaces than can be read: it is cut off in the
+/// middle, or numbers in it are spoilt. Reads the whole file; one above 64 MB is left alone.
+bool losesParts(const std::filesystem::path& path, std::wstring_view extension);
+
 /// The largest extent of a binary STL's box, or `enough` when it reaches that: the rest is not
 /// read, nor what comes after 100,000 triangles. Nothing for other files.
 std::optional<double> extentOf(const std::filesystem::path& path, double enough);

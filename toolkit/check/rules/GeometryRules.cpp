@@ -236,16 +236,28 @@ Findings backslashes(const Source& source) {
 
 // --- what it holds
 
-Findings ofContent(const Source& source, BodyContent content) {
+template <class IsIt>
+Findings ofContent(const Source& source, IsIt isIt) {
   return lookAtFiles(source, [&](const Named& file, GeometryFolders& folders) {
     const auto found = folders.find(file.name);
-    const bool isIt = found && contentOf(found->path, extensionOf(file.name)) == content;
-    return isIt ? told(file) : std::nullopt;
+    return found && isIt(found->path, extensionOf(file.name)) ? told(file) : std::nullopt;
+  });
+}
+
+Findings ofContent(const Source& source, BodyContent content) {
+  return ofContent(source, [content](const auto& path, std::wstring_view extension) {
+    return contentOf(path, extension) == content;
   });
 }
 
 Findings empties(const Source& source) { return ofContent(source, BodyContent::nothing); }
-Findings damages(const Source& source) { return ofContent(source, BodyContent::damaged); }
+Findings damages(const Source& source) {
+  return ofContent(source, [](const auto& path, std::wstring_view extension) {
+    const BodyContent content = contentOf(path, extension);
+    return content == BodyContent::damaged ||
+           (content == BodyContent::triangles && losesParts(path, extension));
+  });
+}
 Findings withoutTriangles(const Source& source) {
   return ofContent(source, BodyContent::noTriangles);
 }
@@ -408,16 +420,19 @@ constexpr Rule kRules[] = {
      .find = empties},
     {.code = "geometry-damaged",
      .severity = Severity::warning,
-     .sentence = {"expected what its name says, found that {0} is cut off or of another kind",
-                  "contenu conforme à son nom attendu, trouvé : {0} est tronqué ou d'une autre "
+     .sentence = {"expected what its name says, found that {0} is damaged or of another kind",
+                  "contenu conforme à son nom attendu, trouvé : {0} est abîmé ou d'une autre "
                   "nature"},
      .suggestion = {"export the body again", "exportez le corps à nouveau"},
-     .meaning = {"A binary STL has 84 bytes and 50 more for each triangle that it counts, a text "
-                 "one begins with \"solid\"; a .zrn file is text. This file is neither, so that no "
-                 "or not all triangles are in it.",
-                 "Un STL binaire a 84 octets et 50 de plus par triangle compté, un STL texte "
-                 "commence par « solid » ; un fichier .zrn est du texte. Ce fichier n'est ni l'un "
-                 "ni l'autre : il manque des triangles, ou tous."},
+     .meaning =
+         {"A binary STL has 84 bytes and 50 more for each triangle that it counts, a text "
+          "one begins with \"solid\"; a .zrn file is text. This file is of another kind, cut "
+          "off, or has facets or surfaces that cannot be read (a missing or a spoilt "
+          "number): none or not all of its triangles are there.",
+          "Un STL binaire a 84 octets et 50 de plus par triangle compté, un STL texte "
+          "commence par « solid » ; un fichier .zrn est du texte. Ce fichier est d'une autre "
+          "nature, tronqué, ou certaines de ses facettes ou surfaces sont illisibles (un "
+          "nombre manque ou est abîmé) : il manque des triangles, ou tous."},
      .wrong = "geom=$ZRN_MACHINE_DEF/damaged.stl\n",
      .right = "geom=$ZRN_MACHINE_DEF/head.stl\n",
      .find = damages},
