@@ -17,9 +17,9 @@ constexpr double kSamePoint = 1e-12;
 // A loop that encloses less of the unit square encloses nothing.
 constexpr double kNoArea = 1e-12;
 
-// Unit parameters beyond this are no data of a trimming curve, and would cost the clipping its
-// digits.
-constexpr double kFarOutside = 1e6;
+// Unit parameters beyond this cost the clipping its digits: such a curve leaves the face without a
+// mesh. Below, what is clipped is off by 1e-7 of the range at most.
+constexpr double kFarOutside = 1e9;
 
 // A curved span is cut into this many pieces before its deviation is looked at, so that no
 // symmetric shape hides from it, and at most 2^kMaxHalvings times as many.
@@ -180,10 +180,8 @@ class Chains {
   Work& work_;
 };
 
-bool isUsable(const Loop& points) {
-  return points.size() >= 2 && std::all_of(points.begin(), points.end(), [](const CGeom2d_XY& p) {
-           return std::abs(p.x) <= kFarOutside && std::abs(p.y) <= kFarOutside;
-         });
+bool isFarOutside(const CGeom2d_XY& p) {
+  return !(std::abs(p.x) <= kFarOutside && std::abs(p.y) <= kFarOutside);
 }
 
 bool hasArea(const Loop& loop) { return std::abs(signedArea(loop)) > kNoArea; }
@@ -206,7 +204,8 @@ bool makeLoops(const Surface& surface, const Trim& trim, double tolerance, Work&
   std::size_t points = 0;
   for (const Curve& curve : trim.curves) {
     Loop piece = flattener.flatten(curve);
-    if (!isUsable(piece)) continue;
+    if (piece.size() < 2) continue;
+    if (std::any_of(piece.begin(), piece.end(), isFarOutside)) return false;
     points += piece.size();
     if (points > kMaxBoundary) return false;
     pieces.push_back(std::move(piece));

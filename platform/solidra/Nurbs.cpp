@@ -43,10 +43,12 @@ CGeom_XYZ divided(const Sums& s) { return {s.x / s.w, s.y / s.w, s.z / s.w}; }
 
 double coordinate(const CGeom_XYZ& p, int axis) { return axis == 0 ? p.x : axis == 1 ? p.y : p.z; }
 
-// Samples on each span: eight where the spans are few, one where they are many.
-std::vector<double> samples(const Knots& knots, double from, double to) {
+// Samples on each span: where the spans are few, twice as many as a coordinate can turn there;
+// where they are many, two.
+std::vector<double> samplesOf(const Knots& knots, double from, double to) {
   const std::vector<double> breaks = knots.breaks(from, to);
-  const int each = std::clamp(512 / static_cast<int>(breaks.size()), 1, 8);
+  const int each =
+      std::clamp(512 / static_cast<int>(breaks.size()), 2, std::max(8, 2 * knots.degree));
   std::vector<double> out{breaks.front()};
   for (std::size_t i = 1; i < breaks.size(); ++i)
     for (int j = 1; j <= each; ++j)
@@ -54,10 +56,61 @@ std::vector<double> samples(const Knots& knots, double from, double to) {
   return out;
 }
 
-/// The outermost point in one direction so far.
+/// How far out a point of a surface is in one direction.
 struct Extreme {
   double value = -HUGE_VAL;
   CGeom2d_XY at;
+};
+
+/// Points of a surface in rows and columns.
+class PointGrid {
+ public:
+  explicit PointGrid(const Surface& s)
+      : us_(samplesOf(s.u, s.start.x, s.end.x)), vs_(samplesOf(s.v, s.start.y, s.end.y)) {
+    points_.reserve(us_.size() * vs_.size());
+    for (const double v : vs_)
+      for (const double u : us_) points_.push_back(s.point(u, v));
+  }
+
+  /// Those further out than the samples around them, the outermost first, at most `most`; of equal
+  /// ones side by side the first alone.
+  std::vector<Extreme> peaks(int axis, double sign, std::size_t most) const {
+    std::vector<Extreme> found;
+    for (std::size_t j = 0; j < vs_.size(); ++j)
+      for (std::size_t i = 0; i < us_.size(); ++i)
+        if (isPeak(i, j, axis, sign)) found.push_back({value(i, j, axis, sign), {us_[i], vs_[j]}});
+    const auto end = found.begin() + static_cast<std::ptrdiff_t>(std::min(most, found.size()));
+    std::partial_sort(found.begin(), end, found.end(),
+                      [](const Extreme& a, const Extreme& b) { return a.value > b.value; });
+    found.erase(end, found.end());
+    return found;
+  }
+
+  /// Between two samples, on average.
+  CGeom2d_XY step(const Surface& s) const {
+    return {(s.end.x - s.start.x) / static_cast<double>(us_.size() - 1),
+            (s.end.y - s.start.y) / static_cast<double>(vs_.size() - 1)};
+  }
+
+ private:
+  double value(std::size_t i, std::size_t j, int axis, double sign) const {
+    return sign * coordinate(points_[j * us_.size() + i], axis);
+  }
+
+  bool isPeak(std::size_t i, std::size_t j, int axis, double sign) const {
+    const double own = value(i, j, axis, sign);
+    for (int k = 0; k < 9; ++k) {
+      const std::size_t x = i + static_cast<std::size_t>(k % 3) - 1;
+      const std::size_t y = j + static_cast<std::size_t>(k / 3) - 1;
+      if (k == 4 || x >= us_.size() || y >= vs_.size()) continue;  // itself; beyond the rim
+      const double other = value(x, y, axis, sign);
+      if (k < 4 ? other >= own : other > own) return false;
+    }
+    return true;
+  }
+
+  std::vector<double> us_, vs_;
+  std::vector<CGeom_XYZ> points_;
 };
 
 // Follows an extreme uphill: the step is halved whenever none of the eight neighbours is further
@@ -183,21 +236,14 @@ CGeom_Bound Surface::poleBound() const {
 }
 
 CGeom_Bound tightBound(const Surface& s) {
-  const std::vector<double> us = samples(s.u, s.start.x, s.end.x);
-  const std::vector<double> vs = samples(s.v, s.start.y, s.end.y);
-  std::array<Extreme, 6> extremes;
-  for (const double v : vs)
-    for (const double u : us) {
-      const CGeom_XYZ p = s.point(u, v);
-      for (int k = 0; k < 6; ++k) {
-        const double value = (k % 2 == 0 ? 1 : -1) * coordinate(p, k / 2);
-        if (value > extremes[k].value) extremes[k] = {value, {u, v}};
-      }
-    }
-  const CGeom2d_XY step{(s.end.x - s.start.x) / static_cast<double>(us.size() - 1),
-                        (s.end.y - s.start.y) / static_cast<double>(vs.size() - 1)};
+  // Of a wavy surface another peak than the highest sample's may be the highest.
+  constexpr std::size_t kMostPeaks = 16;
+  const PointGrid grid(s);
   CGeom_Bound bound = CGeom_Bound::Empty();
-  for (int k = 0; k < 6; ++k) bound.Add(climb(s, k / 2, k % 2 == 0 ? 1 : -1, extremes[k], step));
+  for (int axis = 0; axis < 3; ++axis)
+    for (const double sign : {1.0, -1.0})
+      for (const Extreme& peak : grid.peaks(axis, sign, kMostPeaks))
+        bound.Add(climb(s, axis, sign, peak, grid.step(s)));
   return bound;
 }
 
