@@ -31,4 +31,10 @@ std::vector<std::string> Travel::namesOf(unsigned outside) const {
   return names;
 }
 
+std::vector<std::string> Travel::namesOutside(const Position& position) const {
+  double values[12] = {};
+  for (int i = 0; i < position.size(); ++i) values[i] = position[i];
+  return namesOf(outside(values));
+}
+
 }  // namespace korvo::tools

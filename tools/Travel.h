@@ -19,6 +19,9 @@ class Travel {
   /// The names that belong to the bits, in value order.
   std::vector<std::string> namesOf(unsigned outside) const;
 
+  /// Both in one, for a position of the machine.
+  std::vector<std::string> namesOutside(const Position& position) const;
+
  private:
   struct Limit {
     int place;

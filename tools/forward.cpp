@@ -57,10 +57,7 @@ void printMatrix(std::ostream& out, const UMatrix& m) {
 }
 
 std::vector<std::string> outsideLimits(const Session& session, const Position& v) {
-  const Travel travel(session.machine());
-  double values[12] = {};
-  for (int i = 0; i < v.size(); ++i) values[i] = v[i];
-  return travel.namesOf(travel.outside(values));
+  return Travel(session.machine()).namesOutside(v);
 }
 
 std::string elementName(const zkin::KMachine& machine, int rank) {

@@ -12,6 +12,7 @@
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
+#include "tools/Travel.h"
 #include "tools/Verbs.h"
 
 using nlohmann::json;
@@ -149,10 +150,17 @@ std::string counted(std::size_t n) {
   return std::to_string(n) + (n == 1 ? " triangle" : " triangles");
 }
 
+std::vector<std::string> outsideLimits(const Session& session, const Position& at) {
+  return Travel(session.machine()).namesOutside(at);
+}
+
 void print(std::ostream& out, const MeshOptions& o, const Session& session, const Position& at,
            const std::vector<Body>& bodies, const Measured& answer) {
   out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
-      << "\nPosition   " << tools::textOf(at) << "\nBodies\n";
+      << "\nPosition   " << tools::textOf(at);
+  const std::vector<std::string> outside = outsideLimits(session, at);
+  if (!outside.empty()) out << "\nOutside limits: " << joined(outside);
+  out << "\nBodies\n";
   for (std::size_t i = 0; i < bodies.size(); ++i) {
     out << "  " << bodies[i].name << "  " << counted(answer.extents[i].triangles) << ", "
         << textOf(answer.extents[i].box) << '\n';
@@ -180,6 +188,7 @@ json answerJson(const MeshOptions& o, const Session& session, const Position& at
           {"machine", session.machineJson()},
           {"settings", session.settingsJson()},
           {"position", tools::jsonOf(at)},
+          {"outsideLimits", outsideLimits(session, at)},
           {"bodies", bodiesJson(bodies, answer)},
           {"withoutBody", withoutBody(session, bodies)},
           {"triangles", answer.triangles},

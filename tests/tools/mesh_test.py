@@ -47,6 +47,13 @@ class Mesh(CommandLine):
     def mesh(self, name, *arguments):
         return self.json("mesh", self.machine, "-o", self.path(name), *arguments)
 
+    def test_names_the_axes_outside_their_limits(self):
+        self.write("limited.def", BODIES + "limits=X,-100,100\n")
+        for at, outside in (("X=100", []), ("X=100.5", ["X"])):
+            arguments = ["mesh", self.path("limited.def"), "-o", self.path("l.stl"), "--at", at]
+            self.assertEqual(self.json(*arguments)["outsideLimits"], outside)
+            self.assertEqual("Outside limits: X" in self.answer(*arguments), bool(outside))
+
     # X carries Y, Z and the tool, nothing else.
     def test_writes_the_placed_bodies_and_says_what_they_are(self):
         answer = self.mesh("a.stl", "--at", "X=10")
