@@ -69,9 +69,12 @@ GeometryAnswer read(const std::string& file) {
 
 // --- what went wrong
 
-const char* problemOfText(int code) {
-  return code < 0 ? "expected a geometry file that can be read, found none, or an empty one"
-                  : "expected to read it to the end, found an error of the system on the way";
+const char* problemOfText(const std::string& file, int code) {
+  if (code > 0) return "expected to read it to the end, found an error of the system on the way";
+  std::error_code error;
+  return std::filesystem::exists(file, error)
+             ? "expected a geometry file that can be read, found an empty one, or no permission"
+             : "expected a geometry file that can be read, found none";
 }
 
 const char* problemOfStl(int code) {
@@ -91,7 +94,8 @@ const char* problemOfStl(int code) {
 
 void requireLoaded(const GeometryAnswer& answer) {
   if (answer.code == 0) return;
-  const char* problem = answer.isText ? problemOfText(answer.code) : problemOfStl(answer.code);
+  const char* problem =
+      answer.isText ? problemOfText(answer.file, answer.code) : problemOfStl(answer.code);
   throw Failure(Exit::refused,
                 answer.file + ": " + problem + " (code " + std::to_string(answer.code) + ")");
 }

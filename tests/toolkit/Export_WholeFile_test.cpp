@@ -101,7 +101,7 @@ TEST(WholeFile, RefusesWhatIsNoFileAndWhereNoneCanBe) {
       std::string::npos);
   EXPECT_NE(messageOf([&] {
               WholeFile f(folder.path() / "no" / "a.stl");
-            }).find("a.stl: expected room and permission to write it, found none"),
+            }).find("a.stl: expected a folder to write it into, found none of that name"),
             std::string::npos);
 }
 

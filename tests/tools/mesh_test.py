@@ -206,7 +206,7 @@ class Mesh(CommandLine):
         os.mkdir(self.path("folder.stl"))
         self.assert_fails(REFUSED, "folder.stl: expected a file, found something else of that name",
                           "mesh", self.machine, "-o", self.path("folder.stl"))
-        self.assert_fails(REFUSED, "expected room and permission to write it, found none",
+        self.assert_fails(REFUSED, "expected a folder to write it into, found none of that name",
                           "mesh", self.machine, "-o", self.path("no/such/a.stl"))
         self.assertEqual(sorted(os.listdir(self.folder)),
                          ["ac.def", "bed.stl", "folder.stl", "t.STL", "tool.stl"])

@@ -34,6 +34,10 @@ fs::path beside(const fs::path& path) {
 
 [[noreturn]] void failRoom(const fs::path& path) {
   std::error_code error;
+  const fs::path folder = path.parent_path();
+  if (!folder.empty() && !fs::is_directory(folder, error)) {
+    fail(path, "a folder to write it into, found none of that name");
+  }
   if (!fs::exists(path, error)) fail(path, "room and permission to write it, found none");
   fail(path, "room and permission to write a file beside it, found none; it is as it was");
 }
