@@ -321,9 +321,8 @@ BodyContent contentOf(const fs::path& path, std::wstring_view extension) {
 
 namespace {
 
-// How often a text of any case has "facet" in front of a facet: not behind "end", not as a name.
-std::size_t facetsOf(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), lowered);
+// How many facets a text announces: "facet normal" in small letters.
+std::size_t facetsOf(std::string_view text) {
   constexpr std::string_view kFacet = "facet normal";
   std::size_t count = 0;
   for (std::size_t at = text.find(kFacet); at != std::string::npos;
@@ -333,18 +332,23 @@ std::size_t facetsOf(std::string text) {
   return count;
 }
 
-// Of a binary file no facet is lost but those with a corner that is no number.
-std::size_t facetsOf(const fs::path& path, std::uint64_t size) {
-  std::ifstream file(path, std::ios::binary);
-  std::string bytes = startOf(file, size);
-  const StlHead head = stlHeadOf(bytes, size);
-  return head.isText ? facetsOf(std::move(bytes)) : head.count;
+// A text that was written to its end says so behind its last facet.
+bool isCutOff(std::string_view text) {
+  const std::size_t end = text.rfind("endsolid");
+  const std::size_t last = text.rfind("endfacet");
+  return end == std::string_view::npos || (last != std::string_view::npos && end < last);
 }
 
+// Of a binary file no facet is lost but those with a corner that is no number.
 bool losesFacets(const fs::path& path, std::uint64_t size) {
+  std::ifstream file(path, std::ios::binary);
+  std::string bytes = startOf(file, size);
   std::vector<zgeo::UTri> triangles;
   zgeo::UTri::_loadSTL(toWide(textOf(path)), triangles);
-  return triangles.size() < facetsOf(path, size);
+  const StlHead head = stlHeadOf(bytes, size);
+  if (!head.isText) return triangles.size() < head.count;
+  std::transform(bytes.begin(), bytes.end(), bytes.begin(), lowered);
+  return isCutOff(bytes) || triangles.size() < facetsOf(bytes);
 }
 
 bool losesSurfaces(const fs::path& path) {
