@@ -40,18 +40,28 @@ endif()
 target_include_directories(korvo_options INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
 
+# Under sanitizers tests are compiled without optimisation, which is quicker, but libraries with it:
+# the tests spend their time in meshes and scanners.
+function(korvo_optimise_sanitized name)
+  if(KORVO_SANITIZE)
+    target_compile_options(${name} PRIVATE -O1)
+  endif()
+endfunction()
+
 # korvo_static(name DIR): a static helper from all sources of its folder.
 function(korvo_static name)
   file(GLOB sources CONFIGURE_DEPENDS *.cpp)
   add_library(${name} STATIC ${sources})
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:korvo_options>)
   target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+  korvo_optimise_sanitized(${name})
 endfunction()
 
 # korvo_shared(name EXPORT_DEFINE sources...): a shared library of its own ABI version.
 function(korvo_shared name define)
   add_library(${name} SHARED ${ARGN})
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:korvo_options>)
+  korvo_optimise_sanitized(${name})
   target_compile_definitions(${name} PRIVATE ${define})
   target_include_directories(${name} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)

@@ -119,8 +119,9 @@ CGeom_XYZ climb(const Surface& s, int axis, double sign, Extreme best, CGeom2d_X
   for (int halvings = 0, moves = 0; halvings < 40 && moves < 400; ++moves) {
     Extreme next = best;
     for (int k = 0; k < 9; ++k) {
-      const CGeom2d_XY at{std::clamp(best.at.x + (k % 3 - 1) * step.x, s.start.x, s.end.x),
-                          std::clamp(best.at.y + (k / 3 - 1) * step.y, s.start.y, s.end.y)};
+      const int column = k % 3 - 1, row = k / 3 - 1;
+      const CGeom2d_XY at{std::clamp(best.at.x + column * step.x, s.start.x, s.end.x),
+                          std::clamp(best.at.y + row * step.y, s.start.y, s.end.y)};
       const double value = sign * coordinate(s.point(at.x, at.y), axis);
       if (value > next.value) next = {value, at};
     }
