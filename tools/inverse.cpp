@@ -80,7 +80,7 @@ json answerJson(const Session& session, const Asked& asked, const Answers& all, 
                                                                    : json()}};
 }
 
-Answers nearestOf(Solver& solver, const Target& target, const Position& from) {
+Answers nearestOf(LibrarySolver& solver, const Target& target, const Position& from) {
   Answers one;
   Answer answer = solver.nearest(target, from);
   if (answer.status != Status::reached) {
@@ -106,7 +106,7 @@ Answers answersOf(const InverseOptions& o, const Session& session, const Target&
     const External external(session);
     return o.all ? external.all(target, from, mostOf(o)) : external.nearest(target, from);
   }
-  Solver solver(session.machine());
+  LibrarySolver solver(session.machine());
   return o.all ? solver.all(target, from, mostOf(o)) : nearestOf(solver, target, from);
 }
 

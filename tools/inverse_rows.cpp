@@ -63,7 +63,7 @@ class InverseRows : public TableRun {
   void printJson(std::size_t i, const Verdict& verdict, std::string& out) override;
   void printNone(const Answer& none, std::string& out);
 
-  Solver solver_;
+  LibrarySolver solver_;
   Position at_;
   std::vector<Row> rows_;
 };

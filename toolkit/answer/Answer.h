@@ -11,34 +11,14 @@
 #include "toolkit/Export.h"
 #include "toolkit/Machine.h"
 #include "toolkit/Position.h"
+#include "toolkit/solve/Target.h"
 
 namespace korvo {
-
-/// A tool tip may miss its target by this (mm) and counts as there: a thousandth of the finest step
-/// of any control, and a thousand times what rounding leaves on a machine of ten metres.
-inline constexpr double kReachedMm = 1e-6;
-
-/// A tool direction may miss its target by this (radians): 1e-5 mm at the end of a tool of a metre,
-/// and ten times what the solvers let a direction lie off the reachable ones.
-inline constexpr double kReachedRad = 1e-8;
-
-/// Where the tip of the current tool shall be and which way the tool shall point.
-struct Target {
-  zgeo::UVec3d tip;        ///< mm
-  zgeo::UVec3d direction;  ///< From tip to spindle, any length.
-};
 
 /// A target given in the part-zero frame, in the machine frame: the solvers take that one.
 KORVO_TOOLKIT_API Target fromPartZero(const Machine& machine, const Target& target);
 
 /// How far a position misses a target, computed forward from the position alone.
-struct Residual {
-  double pointMm = 0.0;
-  double directionRad = 0.0;
-
-  bool isReached() const { return pointMm <= kReachedMm && directionRad <= kReachedRad; }
-};
-
 KORVO_TOOLKIT_API Residual residual(const Machine& machine, const zkin::KMachineValueBase& v,
                                     const Target& target);
 
@@ -155,9 +135,9 @@ KORVO_TOOLKIT_API double distance(const zkin::KMachineValueBase& a,
 /// whatever code the library gave. Current tool, tool length, locks, strategy and limits are those
 /// of the machine when this is made, which is copied: solvers of one machine may run in many
 /// threads.
-class KORVO_TOOLKIT_API Solver {
+class KORVO_TOOLKIT_API LibrarySolver {
  public:
-  explicit Solver(const Machine& machine);
+  explicit LibrarySolver(const Machine& machine);
 
   /// The position that the machine takes from `from`: the start picks the turn, the strategy the
   /// branch. When that one is outside the limits, the nearest that is inside: of the other branch,

@@ -7,9 +7,9 @@
 #include <numbers>
 
 #include "toolkit/Text.h"
-#include "toolkit/answer/Cone.h"
 #include "toolkit/answer/FreeAxes.h"
 #include "toolkit/answer/Words.h"
+#include "toolkit/solve/Cone.h"
 
 using zgeo::UVec3d;
 using zkin::KMachine;

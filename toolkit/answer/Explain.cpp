@@ -5,9 +5,9 @@
 #include <numbers>
 
 #include "toolkit/answer/ArmLayout.h"
-#include "toolkit/answer/Cone.h"
 #include "toolkit/answer/FreeAxes.h"
 #include "toolkit/answer/Words.h"
+#include "toolkit/solve/Cone.h"
 
 using zgeo::UVec3d;
 using zkin::KMachineElem;

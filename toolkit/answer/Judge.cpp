@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "toolkit/answer/Answer.h"
-#include "toolkit/answer/Cone.h"
 #include "toolkit/answer/FreeAxes.h"
+#include "toolkit/solve/Cone.h"
 
 using zgeo::UVec3d;
 using zkin::KMachineElem;

@@ -10,7 +10,7 @@
 #include "toolkit/Text.h"
 #include "toolkit/answer/Answer.h"
 #include "toolkit/answer/ArmLayout.h"
-#include "toolkit/answer/Cone.h"
+#include "toolkit/solve/Cone.h"
 #include "toolkit/answer/Words.h"
 #include "toolkit/check/ArmWords.h"
 #include "toolkit/check/Rule.h"

@@ -48,7 +48,7 @@ void takeLinear(const Machine& machine, const Position& from, Position& at) {
 
 }  // namespace
 
-Solver::Solver(const Machine& machine)
+LibrarySolver::LibrarySolver(const Machine& machine)
     : machine_(machine), solved_(machine_.position()), isArm_(isArmClass(*machine_)) {
   bool hasLock = false;
   for (const KMachineElem* e : machine_->getToolChain(false, -1)) {
@@ -69,7 +69,7 @@ Solver::Solver(const Machine& machine)
 }
 
 // The code is not asked: it says neither that a point was reached nor that it was not.
-void Solver::solve(const Target& target, const Position& from, Position& out) {
+void LibrarySolver::solve(const Target& target, const Position& from, Position& out) {
   *out = *from;
   if (aimed_) {
     const UVec3d centre = target.tip + target.direction.normalised() * tipToCentre_;
@@ -82,7 +82,7 @@ void Solver::solve(const Target& target, const Position& from, Position& out) {
 
 // The arm's solver takes angles from their cosines, which near 0 and half a turn know them to 1e-8
 // alone: a forearm of a metre then misses by 1e-5 mm.
-void Solver::polish(const Target& target, const UVec3d& centre, Position& out) const {
+void LibrarySolver::polish(const Target& target, const UVec3d& centre, Position& out) const {
   constexpr double kHair = 1e-3;
   const Residual missed = korvo::residual(machine_, out, target);
   if (missed.isReached() || !(missed.pointMm <= kHair)) return;
@@ -91,7 +91,7 @@ void Solver::polish(const Target& target, const UVec3d& centre, Position& out) c
   polishArm(machine_, nose, centre - nose, target.direction, out);
 }
 
-Answer Solver::judged(const Target& target, const Position& from, Position at) const {
+Answer LibrarySolver::judged(const Target& target, const Position& from, Position at) const {
   Answer answer(std::move(at));
   answer.residual = korvo::residual(machine_, answer.position, target);
   answer.margins = korvo::margins(machine_, answer.position);
@@ -102,19 +102,19 @@ Answer Solver::judged(const Target& target, const Position& from, Position at) c
   return answer;
 }
 
-void Solver::explain(const Target& target, const Position& from, Answer& answer) const {
+void LibrarySolver::explain(const Target& target, const Position& from, Answer& answer) const {
   answer.singularity = korvo::singularity(machine_, answer.position);
   if (answer.status == Status::outsideLimits) explainOutside(machine_, answer);
   if (answer.status == Status::notReached) explainMiss(machine_, target, from, answer);
 }
 
 // Reached, and yet by axes that travel far for little.
-bool Solver::isDoubtful(const Position& at) const {
+bool LibrarySolver::isDoubtful(const Position& at) const {
   return hasTurnedSpare_ && isNearlyDependent(machine_, at);
 }
 
 // The tool points the wanted way: the best of what the free linear axes can do for its point.
-Answer Solver::carriedOn(const Target& target, const Position& from, Answer answer) const {
+Answer LibrarySolver::carriedOn(const Target& target, const Position& from, Answer answer) const {
   if (isArm_ || !(answer.residual.directionRad <= kReachedRad)) return answer;
   if (answer.status == Status::reached && !isDoubtful(answer.position)) return answer;
   Position start = answer.position;
@@ -127,13 +127,13 @@ Answer Solver::carriedOn(const Target& target, const Position& from, Answer answ
   return answer;
 }
 
-Answer Solver::linearOnly(const Target& target, const Position& from) const {
+Answer LibrarySolver::linearOnly(const Target& target, const Position& from) const {
   Answer answer = carriedOn(target, from, judged(target, from, from));
   answer.isLinearOnly = answer.residual.isReached();
   return answer;
 }
 
-Answer Solver::best(const Target& target, const Position& from) {
+Answer LibrarySolver::best(const Target& target, const Position& from) {
   if (!isTurning()) return linearOnly(target, from);
   const auto solvedFrom = [&](const Position& start) {
     solve(target, start, solved_);
@@ -171,7 +171,7 @@ Answer refused(const Position& from) {
 }  // namespace
 
 // A direction out of reach leaves the library where it starts: the best is the nearest direction.
-void Solver::approach(const Target& target, const Position& from, Answer& answer) {
+void LibrarySolver::approach(const Target& target, const Position& from, Answer& answer) {
   if (answer.reason != Reason::outsideCone || isArm_) return;
   const std::optional<UVec3d> direction = nearestDirection(machine_, target, from);
   if (!direction) return;
@@ -181,7 +181,7 @@ void Solver::approach(const Target& target, const Position& from, Answer& answer
   answer = std::move(nearer);
 }
 
-Answer Solver::nearest(const Target& target, const Position& from) {
+Answer LibrarySolver::nearest(const Target& target, const Position& from) {
   if (!isTarget(target)) return refused(from);
   Answer answer = best(target, from);
   explain(target, from, answer);
@@ -195,7 +195,7 @@ Answer Solver::nearest(const Target& target, const Position& from) {
   return listed;
 }
 
-Answers Solver::all(const Target& target, const Position& from, std::size_t max) {
+Answers LibrarySolver::all(const Target& target, const Position& from, std::size_t max) {
   Answers answers;
   std::vector<Position> found;
   if (isTarget(target) && isTurning()) {
@@ -222,7 +222,7 @@ Answers Solver::all(const Target& target, const Position& from, std::size_t max)
   return answers;
 }
 
-Answer Solver::translate(const UVec3d& delta, const Position& from) {
+Answer LibrarySolver::translate(const UVec3d& delta, const Position& from) {
   UVec3d nose, direction;
   machine_->getTool(from, nose, direction, -1);
   const UVec3d tip = nose - direction * machine_->getTHELength(-1);
@@ -239,7 +239,8 @@ Answer Solver::translate(const UVec3d& delta, const Position& from) {
   return answer;
 }
 
-std::optional<Answer> Solver::follow(const Target& target, Position& at, Residual& residual) {
+std::optional<Answer> LibrarySolver::follow(const Target& target, Position& at,
+                                            Residual& residual) {
   if (!isTarget(target)) return refused(at);
   if (isTurning() && !mindsLocks_) {
     solve(target, at, solved_);

@@ -1,0 +1,265 @@
+// Machines with linear axes: one or two rotary axes turn the tool, then the linear ones carry it.
+#include <algorithm>
+#include <cmath>
+
+#include "platform/rotations/RotationMatrix.h"
+#include "toolkit/solve/Cone.h"
+#include "toolkit/solve/Core.h"
+
+using zgeo::UVec3d;
+
+namespace korvo {
+namespace {
+
+/// The task of the rotary joints that may move, in the frame of the joint nearest the part: `from`
+/// is the tool at zero, turned by what is held behind the last of them, and so is the second axis
+/// by what is held between; `to` is the target before what is held in front turns it.
+struct Turning {
+  UVec3d from;
+  UVec3d to;
+  UVec3d axis1;
+  UVec3d axis2;
+};
+
+void turnDirection(const Joint& joint, double degrees, UVec3d& direction) {
+  if (degrees == 0.0) return;
+  const auto rows = rotations::rotationMatrix(plain(joint.direction), degrees * kDegToRad);
+  const auto times = [&](const rotations::Vec3& row) {
+    return row[0] * direction.x + row[1] * direction.y + row[2] * direction.z;
+  };
+  direction = {times(rows[0]), times(rows[1]), times(rows[2])};
+}
+
+bool isTurn(const Joint& joint) { return joint.motion == Joint::Motion::turn; }
+
+/// The joints from behind `last` back to `first` (excluded both), on a direction.
+void turnByHeld(const Query& query, const Values& values, int first, int last, UVec3d& direction) {
+  for (int i = last - 1; i > first; --i) {
+    const Joint& joint = query.core.joint(i);
+    if (isTurn(joint)) turnDirection(joint, valueOf(joint, values), direction);
+  }
+}
+
+/// The target before the joints in front of `first` turn it.
+void turnBackByHeld(const Query& query, const Values& values, int first, UVec3d& direction) {
+  for (int i = 0; i < first; ++i) {
+    const Joint& joint = query.core.joint(i);
+    if (isTurn(joint)) turnDirection(joint, -valueOf(joint, values), direction);
+  }
+}
+
+bool isOnAxis(const UVec3d& direction, const UVec3d& axis) {
+  return (direction ^ axis).norm() <= rotations::kOnAxis;
+}
+
+/// One choice of the joints that move: the others are held where `values` have them.
+class Choice {
+ public:
+  Choice(const Query& query, Values& values, int first, int second)
+      : query_(query), values_(values), first_(first), second_(second) {
+    const JointChain& chain = query.core.chain;
+    const int end = static_cast<int>(chain.joints.size());
+    const int last = second < 0 ? first : second;
+    turning_ = {chain.toolDirection, query.direction,
+                query.core.joint(first).direction.normalised(),
+                query.core.joint(last).direction.normalised()};
+    turnByHeld(query, values, last, end, turning_.from);
+    turnBackByHeld(query, values, first, turning_.to);
+    if (second < 0) return;
+    UVec3d between = turning_.from;
+    turnByHeld(query, values, first, second, turning_.axis2);
+    turnByHeld(query, values, first, second, between);
+    turning_.from = between;
+  }
+
+  void solve() { second_ < 0 ? byOne() : byTwo(); }
+
+ private:
+  void byOne() {
+    const UVec3d& axis = turning_.axis1;
+    if (isOnAxis(turning_.from, axis)) {
+      if (angleBetween(turning_.from, turning_.to) <= rotations::kReach) addFamily(first_);
+      return;
+    }
+    const auto angle = rotations::oneAxis(plain(turning_.from), plain(turning_.to), plain(axis));
+    if (!angle) return;
+    const double beside = angleBetween(axis, turning_.from) - angleBetween(axis, turning_.to);
+    if (std::abs(beside) > rotations::kReach) return;
+    addTurns(*angle * kRadToDeg, 0.0, {});
+  }
+
+  void byTwo() {
+    const auto pairs = rotations::twoAxes(plain(turning_.from), plain(turning_.to),
+                                          plain(turning_.axis1), plain(turning_.axis2));
+    if (pairs.count == 0) return;
+    const double toTool = angleBetween(turning_.axis2, turning_.from);
+    const Band band = bandOf(angleBetween(turning_.axis1, turning_.axis2), toTool);
+    singular_.directionRad = band.toEdge(angleBetween(turning_.axis1, turning_.to));
+    if (isOnAxis(turning_.axis1, turning_.axis2)) return aboutOneLine(pairs.solutions[0]);
+    for (const rotations::TwoAngles& pair : pairs) byPair(pair, pairs.count == 2);
+  }
+
+  void byPair(const rotations::TwoAngles& pair, bool isSided) {
+    const double first = pair.a1 * kRadToDeg;
+    const double second = pair.a2 * kRadToDeg;
+    if (pair.a1 == rotations::kFreeAngle) return addFamilies(second_, second, first_);
+    if (pair.a2 == rotations::kFreeAngle) return addFamilies(first_, first, second_);
+    addTurns(first, second, {0, 0, isSided ? sideOf(second) : std::int8_t{0}});
+  }
+
+  std::int8_t sideOf(double second) const {
+    UVec3d turned = turning_.from;
+    Joint about;
+    about.direction = turning_.axis2;
+    turnDirection(about, second, turned);
+    return (turning_.axis1 ^ turning_.axis2) * turned < 0 ? std::int8_t{-1} : std::int8_t{1};
+  }
+
+  /// Two axes about one line: whatever the second turns the first turns back.
+  void aboutOneLine(const rotations::TwoAngles& pair) {
+    if (pair.a1 != rotations::kFreeAngle) {
+      const double sense = turning_.axis1 * turning_.axis2 < 0 ? -1.0 : 1.0;
+      addMember({second_, first_, pair.a1 * kRadToDeg, -sense},
+                {query_.core.joint(second_).place, -1});
+      return;
+    }
+    addFamilyOfBoth();
+  }
+
+  /// Neither axis turns the tool's direction: the second one stays where it starts if it can.
+  void addFamilyOfBoth() {
+    const Joint& second = query_.core.joint(second_);
+    const double start = std::clamp(query_.start(second_), second.min, second.max);
+    for (int step = 0; step <= 360; ++step) {
+      for (const double degrees : {start + step, start - step}) {
+        if (!isInside(second, degrees) && query_.limits == Limits::kept) continue;
+        query_.value(second_, values_) = degrees;
+        if (addMember({first_, -1, 0.0, 0.0}, {query_.core.joint(first_).place, second.place}))
+          return;
+      }
+    }
+  }
+
+  /// A family for every turn of the joint that is not free.
+  void addFamilies(int fixed, double degrees, int free) {
+    const Joint& joint = query_.core.joint(fixed);
+    const TurnRange range = turnsOf(joint, degrees, query_.start(fixed), query_.limits);
+    for (int k = 0; k < range.count; ++k) {
+      query_.value(fixed, values_) = onLimit(joint, range[k]);
+      addFamily(free);
+    }
+  }
+
+  void addFamily(int free) { addMember({free, -1, 0.0, 0.0}, {query_.core.joint(free).place, -1}); }
+
+  bool addMember(const Freedom& freedom, const std::array<int, 2>& freePlaces) {
+    if (!nearestMember(query_, freedom, values_)) return false;
+    add(query_, values_, {}, singular_, freePlaces);
+    return true;
+  }
+
+  /// The linear joints are the same for all turns: they are solved once.
+  void addTurns(double degrees1, double degrees2, const Branch& branch) {
+    const Joint& joint1 = query_.core.joint(first_);
+    const Joint& joint2 = query_.core.joint(second_ < 0 ? first_ : second_);
+    const TurnRange range1 = turnsOf(joint1, degrees1, query_.start(first_), query_.limits);
+    TurnRange range2{0.0, 1};
+    if (second_ >= 0) range2 = turnsOf(joint2, degrees2, query_.start(second_), query_.limits);
+    bool isCarried = false;
+    for (int k = 0; k < range1.count; ++k) {
+      for (int l = 0; l < range2.count; ++l) {
+        query_.value(first_, values_) = onLimit(joint1, range1[k]);
+        if (second_ >= 0) query_.value(second_, values_) = onLimit(joint2, range2[l]);
+        if (!isCarried && !carry(query_, values_)) return;
+        isCarried = true;
+        add(query_, values_, branch, singular_);
+      }
+    }
+  }
+
+  const Query& query_;
+  Values& values_;
+  int first_;
+  int second_;
+  Turning turning_;
+  SingularDistance singular_;
+};
+
+/// Where a rotary joint that is left over stands: at its start, brought inside by full turns where
+/// that helps, else at the nearer limit.
+double heldValue(const Query& query, int i) {
+  const Joint& joint = query.core.joint(i);
+  const double start = query.start(i);
+  if (query.limits == Limits::ignored || isInside(joint, start)) return start;
+  const TurnRange range = turnsOf(joint, start, start, Limits::kept);
+  if (range.count == 0) return std::clamp(start, joint.min, joint.max);
+  return onLimit(joint, start < joint.min ? range.first : range[range.count - 1]);
+}
+
+void solveWithout(const Query& query, Values& values) {
+  if (angleBetween(
+          [&] {
+            UVec3d direction = query.core.chain.toolDirection;
+            turnByHeld(query, values, -1, static_cast<int>(query.core.chain.joints.size()),
+                       direction);
+            return direction;
+          }(),
+          query.direction) > rotations::kReach) {
+    return;
+  }
+  if (carry(query, values)) add(query, values, {}, {});
+}
+
+/// All others of more than two rotary joints are held.
+void solvePair(const Query& query, Values values, int first, int second) {
+  for (const int i : query.core.turns) {
+    if (i != first && i != second) query.value(i, values) = heldValue(query, i);
+  }
+  Choice(query, values, first, second).solve();
+}
+
+/// With the axes that have a rule of their own standing in `values`.
+void solveStanding(const Query& query, Values& values) {
+  const std::vector<int>& turns = query.core.turns;
+  if (turns.empty()) return solveWithout(query, values);
+  if (turns.size() == 1) return Choice(query, values, turns[0], -1).solve();
+  for (std::size_t second = turns.size() - 1; second > 0; --second) {
+    for (std::size_t first = second; first-- > 0;) {
+      solvePair(query, values, turns[first], turns[second]);
+    }
+  }
+}
+
+/// The place of a sample: `samples` of them, the limits the first and the last.
+double sampleOf(const Joint& joint, const Redundancy& rule, int sample) {
+  return joint.min + (joint.max - joint.min) * sample / (rule.samples - 1);
+}
+
+bool isSampled(const Joint& joint, const Redundancy& rule) {
+  return rule.rule == Redundancy::Rule::sampled && rule.samples >= 2 &&
+         std::isfinite(joint.max - joint.min);
+}
+
+}  // namespace
+
+void solvePlaced(const Query& query, Values& values, std::size_t next,
+                 void (*solve)(const Query&, Values&)) {
+  if (next == query.core.placed.size()) return solve(query, values);
+  const int i = query.core.placed[next];
+  const Joint& joint = query.core.joint(i);
+  const Redundancy& rule = query.core.options.redundancy[at(joint.place)];
+  const bool samples = isSampled(joint, rule);
+  for (int sample = 0; sample < (samples ? rule.samples : 1); ++sample) {
+    query.value(i, values) = samples                                ? sampleOf(joint, rule, sample)
+                             : rule.rule == Redundancy::Rule::value ? rule.value
+                                                                    : query.start(i);
+    solvePlaced(query, values, next + 1, solve);
+  }
+}
+
+void solveCartesian(const Query& query) {
+  Values values = query.from;
+  solvePlaced(query, values, 0, solveStanding);
+}
+
+}  // namespace korvo

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <vector>
+
+#include "platform/rotations/Solvers.h"
+#include "toolkit/model/Walk.h"
+#include "toolkit/solve/Solver.h"
+
+/// What the sources of this folder share.
+namespace korvo {
+
+inline rotations::Vec3 plain(const zgeo::UVec3d& v) { return {v.x, v.y, v.z}; }
+inline zgeo::UVec3d vector(const rotations::Vec3& v) { return {v[0], v[1], v[2]}; }
+inline std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+/// What is solved onto a limit misses it by rounding (mm or degrees). Put on it, a joint moves a
+/// tool that is a metre away by less than 1e-9 mm.
+inline constexpr double kOnLimit = 5e-11;
+
+/// A machine as its solver has it.
+class SolverCore {
+ public:
+  SolverCore(const JointChain& chain, const SolverOptions& options);
+
+  const Joint& joint(int i) const { return chain.joints[at(i)]; }
+
+  JointChain chain;
+  SolverOptions options;
+  SolverKind kind = SolverKind::none;
+  Unserved unserved = Unserved::served;
+  std::vector<int> turns;   ///< Free rotary joints, root first.
+  std::vector<int> slides;  ///< Free linear joints, root first.
+  std::vector<int> placed;  ///< Joints that stand where the options say.
+};
+
+/// One question to a solver, and where its solutions go.
+struct Query {
+  const SolverCore& core;
+  const Target& target;
+  zgeo::UVec3d direction;  ///< The target's, of length 1.
+  const Values& from;
+  Limits limits;
+  std::vector<Solution>& out;
+
+  double start(int joint) const { return from[at(core.joint(joint).place)]; }
+  double& value(int joint, Values& values) const { return values[at(core.joint(joint).place)]; }
+};
+
+/// The values that differ by full turns and are inside the limits: first, first + 360, ...
+struct TurnRange {
+  double first = 0.0;
+  int count = 0;
+
+  double operator[](int k) const { return first + 360.0 * k; }
+};
+
+TurnRange turnsOf(const Joint& joint, double degrees, double start, Limits limits);
+
+/// The value itself, or the limit that it misses by rounding alone.
+double onLimit(const Joint& joint, double value);
+
+inline bool isInside(const Joint& joint, double value) {
+  return value >= joint.min && value <= joint.max;
+}
+
+/// Moves the free linear joints so that the tool, turned as `values` say, has its tip on the
+/// target's: false when they cannot, or only outside their limits.
+bool carry(const Query& query, Values& values);
+
+/// Adds what `values` are to the solutions if, computed forward, they reach the target.
+void add(const Query& query, const Values& values, const Branch& branch,
+         const SingularDistance& singular, std::array<int, 2> freePlaces = {-1, -1});
+
+/// Calls `solve` with the joints that stand where the options say in `values`, for every one of
+/// their samples. `next` counts those that stand already.
+void solvePlaced(const Query& query, Values& values, std::size_t next,
+                 void (*solve)(const Query&, Values&));
+
+/// All solutions of machines with linear axes.
+void solveCartesian(const Query& query);
+
+/// How a rotary joint that stays free, `free`, turns another one with it: other = offset + slope *
+/// free (degrees); slope 0 or 1 or -1.
+struct Freedom {
+  int free = -1;
+  int other = -1;
+  double offset = 0.0;
+  double slope = 0.0;
+};
+
+/// The member of a family whose free joint is nearest to its start, of all inside the limits, in
+/// `values`; false without one.
+bool nearestMember(const Query& query, const Freedom& freedom, Values& values);
+
+}  // namespace korvo

@@ -1,0 +1,197 @@
+// The linear axes: carrying a tool that already points the right way.
+#include <algorithm>
+#include <cmath>
+
+#include "toolkit/solve/Core.h"
+
+using zgeo::UVec3d;
+
+namespace korvo {
+namespace {
+
+/// Two directions are one when the sine of their angle is below this.
+constexpr double kOneLine = 1e-10;
+
+/// The free linear joints as they stand, the one nearest the tool first, and the way that is left.
+struct Standing {
+  std::array<int, kMostAxes> joints;
+  std::array<UVec3d, kMostAxes> directions;
+  int count = 0;
+  UVec3d way;
+
+  UVec3d& direction(int k) { return directions[at(k)]; }
+  const UVec3d& direction(int k) const { return directions[at(k)]; }
+};
+
+/// With all free linear joints at zero, in `values` too: what carries starts from there, so that
+/// the start leaves no rounding behind.
+Standing standing(const Query& query, Values& values) {
+  const SolverCore& core = query.core;
+  for (const int i : core.slides) query.value(i, values) = 0.0;
+  Standing s;
+  zgeo::UMatrix placed;
+  std::size_t next = 0;
+  const int size = static_cast<int>(core.slides.size());
+  s.count = size;
+  for (int i = 0; i < static_cast<int>(core.chain.joints.size()); ++i) {
+    const Joint& joint = core.joint(i);
+    if (next < core.slides.size() && core.slides[next] == i) {
+      const int k = size - 1 - static_cast<int>(next++);
+      s.joints[at(k)] = i;
+      s.direction(k) = joint.direction;
+      placed.applyDir(s.direction(k));
+    }
+    moveBy(joint, valueOf(joint, values), placed);
+  }
+  UVec3d direction = core.chain.toolDirection;
+  placed.applyDir(direction);
+  s.way = query.target.tip - core.chain.tipOf({placed * core.chain.toolPoint, direction});
+  return s;
+}
+
+bool areIndependent(const UVec3d& a, const UVec3d& b) {
+  return (a ^ b).norm() > kOneLine * a.norm() * b.norm();
+}
+
+bool areIndependent(const UVec3d& a, const UVec3d& b, const UVec3d& c) {
+  return std::abs(a * (b ^ c)) > rotations::kDependent * a.norm() * b.norm() * c.norm();
+}
+
+/// Up to three joints that carry, counted from the tool.
+struct Carriers {
+  std::array<int, 3> places{};  ///< In Standing.
+  int count = 0;
+
+  void take(const Standing& s, int k) {
+    const UVec3d& d = s.direction(k);
+    const bool isNew = count == 0 ? d.norm() > 0
+                       : count == 1
+                           ? areIndependent(s.direction(places[0]), d)
+                           : areIndependent(s.direction(places[0]), s.direction(places[1]), d);
+    if (isNew) places[at(count++)] = k;
+  }
+
+  bool has(int k) const {
+    return std::find(places.begin(), places.begin() + count, k) != places.begin() + count;
+  }
+};
+
+/// The displacements of the carriers that add up to `way`, as near as they can.
+std::array<double, 3> displacements(const Standing& s, const Carriers& carriers,
+                                    const UVec3d& way) {
+  if (carriers.count == 0) return {};
+  const UVec3d& a = s.direction(carriers.places[0]);
+  if (carriers.count == 1) return {way * a / a.norm2(), 0, 0};
+  const UVec3d& b = s.direction(carriers.places[1]);
+  const UVec3d c = carriers.count == 3 ? s.direction(carriers.places[2]) : a ^ b;
+  auto d = rotations::threeDirections(plain(way), plain(a), plain(b), plain(c))
+               .value_or(rotations::Vec3{});
+  if (carriers.count == 2) d[2] = 0;
+  return d;
+}
+
+/// The carriers' travels, and how much they move for each mm of one joint beside them.
+class Carriage {
+ public:
+  Carriage(const Query& query, const Standing& s, Values& values)
+      : query_(query), s_(s), values_(values) {
+    for (int k = 0; k < s.count && carriers_.count < 3; ++k) carriers_.take(s, k);
+  }
+
+  bool reach() {
+    UVec3d way = s_.way;
+    for (int k = 0; k < s_.count; ++k) {
+      if (carriers_.has(k)) continue;
+      value(k) = query_.start(s_.joints[at(k)]);
+      way -= s_.direction(k) * value(k);
+    }
+    move(displacements(s_, carriers_, way));
+    return query_.limits == Limits::ignored || snap() || spare();
+  }
+
+ private:
+  const Joint& joint(int k) const { return query_.core.joint(s_.joints[at(k)]); }
+  double& value(int k) const { return values_[at(joint(k).place)]; }
+
+  void move(const std::array<double, 3>& by) {
+    for (int c = 0; c < carriers_.count; ++c) value(carriers_.places[at(c)]) += by[at(c)];
+  }
+
+  /// Whether all are inside, those that miss their limit by rounding put on it.
+  bool snap() {
+    bool isAllInside = true;
+    for (int k = 0; k < s_.count; ++k) {
+      value(k) = onLimit(joint(k), value(k));
+      isAllInside = isAllInside && isInside(joint(k), value(k));
+    }
+    return isAllInside;
+  }
+
+  /// Moves one joint beside the carriers by as little as brings all inside; a second one stands
+  /// where it is or at one of its limits meanwhile.
+  bool spare() {
+    for (int k = 0; k < s_.count; ++k) {
+      if (!carriers_.has(k) && slideSpare(k)) return true;
+    }
+    const Values kept = values_;
+    for (int other = 0; other < s_.count; ++other) {
+      if (carriers_.has(other)) continue;
+      for (const double limit : {joint(other).min, joint(other).max}) {
+        if (!std::isfinite(limit)) continue;
+        shift(other, limit - value(other));
+        for (int k = 0; k < s_.count; ++k) {
+          if (k != other && !carriers_.has(k) && slideSpare(k)) return true;
+        }
+        values_ = kept;
+      }
+    }
+    return false;
+  }
+
+  void shift(int k, double by) {
+    const UVec3d back = s_.direction(k) * -by;
+    value(k) += by;
+    move(displacements(s_, carriers_, back));
+  }
+
+  bool slideSpare(int k) {
+    const std::array<double, 3> rate = displacements(s_, carriers_, s_.direction(k) * -1.0);
+    double low = joint(k).min - value(k);
+    double high = joint(k).max - value(k);
+    for (int c = 0; c < carriers_.count; ++c) {
+      narrow(carriers_.places[at(c)], rate[at(c)], low, high);
+    }
+    if (!(low <= high + kOnLimit)) return false;
+    const Values kept = values_;
+    shift(k, std::clamp(0.0, std::min(low, high), high));
+    if (snap()) return true;
+    values_ = kept;
+    return false;
+  }
+
+  /// What of `low` to `high` keeps a carrier inside that moves by `rate` for each mm.
+  void narrow(int k, double rate, double& low, double& high) const {
+    const double toMin = joint(k).min - value(k);
+    const double toMax = joint(k).max - value(k);
+    if (std::abs(rate) < kOneLine) {
+      if (toMin > kOnLimit || toMax < -kOnLimit) high = low - 1;
+      return;
+    }
+    low = std::max(low, std::min(toMin / rate, toMax / rate));
+    high = std::min(high, std::max(toMin / rate, toMax / rate));
+  }
+
+  const Query& query_;
+  const Standing& s_;
+  Values& values_;
+  Carriers carriers_;
+};
+
+}  // namespace
+
+bool carry(const Query& query, Values& values) {
+  const Standing s = standing(query, values);
+  return Carriage(query, s, values).reach();
+}
+
+}  // namespace korvo

@@ -1,0 +1,131 @@
+#include "toolkit/solve/Solver.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "toolkit/solve/Cone.h"
+#include "toolkit/solve/Core.h"
+
+using zgeo::UVec3d;
+
+namespace korvo {
+namespace {
+
+bool isFinite(const UVec3d& v) {
+  return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+/// `angleBetween` of two directions of length 1.
+double angleOf(const UVec3d& a, const UVec3d& b) {
+  const double sine = (a ^ b).norm();
+  const bool isSmall = sine < 1e-5 && a * b > 0;  // sin x is x to rounding
+  return isSmall ? sine : std::atan2(sine, a * b);
+}
+
+Residual residualOf(const JointChain& chain, const Values& values, const UVec3d& tip,
+                    const UVec3d& direction) {
+  const ToolPose pose = chain.pose(values);
+  return {chain.tipOf(pose).distanceTo(tip), angleOf(pose.direction, direction)};
+}
+
+bool isSame(const Values& a, const Values& b) {
+  constexpr double kSame = 1e-9;  // mm or degrees
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (!(std::abs(a[i] - b[i]) <= kSame)) return false;
+  }
+  return true;
+}
+
+void takeMargin(double margin, int place, Solution& solution) {
+  if (!(margin < solution.margin)) return;
+  solution.margin = margin;
+  solution.marginPlace = place;
+}
+
+}  // namespace
+
+void add(const Query& query, const Values& values, const Branch& branch,
+         const SingularDistance& singular, std::array<int, 2> freePlaces) {
+  const SolverCore& core = query.core;
+  Solution solution;
+  solution.residual = residualOf(core.chain, values, query.target.tip, query.direction);
+  if (!solution.residual.isReached()) return;
+  for (const Joint& joint : core.chain.joints) {
+    if (joint.place < 0) continue;
+    const double value = values[at(joint.place)];
+    takeMargin(value - joint.min, joint.place, solution);
+    takeMargin(joint.max - value, joint.place, solution);
+  }
+  if (query.limits == Limits::kept && solution.margin < 0) return;
+  // Two pairs of more than two rotary joints may end in one position.
+  if (core.turns.size() > 2 &&
+      std::any_of(query.out.begin(), query.out.end(),
+                  [&](const Solution& s) { return isSame(s.values, values); })) {
+    return;
+  }
+  solution.values = values;
+  solution.branch = branch;
+  solution.singular = singular;
+  solution.freePlaces = freePlaces;
+  query.out.push_back(solution);
+}
+
+SolverCore::SolverCore(const JointChain& c, const SolverOptions& o) : chain(c), options(o) {
+  int linear = 0;
+  int rotary = 0;
+  for (int i = 0; i < static_cast<int>(chain.joints.size()); ++i) {
+    const Joint& j = joint(i);
+    if (j.place < 0) continue;
+    const bool isTurn = j.motion == Joint::Motion::turn;
+    ++(isTurn ? rotary : linear);
+    if (j.isLocked) continue;
+    const bool isPlaced = options.redundancy[at(j.place)].rule != Redundancy::Rule::start;
+    (isPlaced ? placed : isTurn ? turns : slides).push_back(i);
+  }
+  if (!chain.hasTool || chain.toolDirection == UVec3d()) {
+    unserved = Unserved::noTool;
+  } else if (chain.isCoupled()) {
+    unserved = Unserved::coupledAxes;
+  } else if (linear < 3 && rotary > 2) {
+    unserved = rotary < 6 ? Unserved::fewJoints : Unserved::noBallWrist;
+  } else {
+    constexpr SolverKind kinds[] = {SolverKind::linear, SolverKind::oneRotary,
+                                    SolverKind::twoRotary};
+    kind = turns.size() < 3 ? kinds[turns.size()] : SolverKind::moreRotary;
+  }
+}
+
+Solver::Solver(const Machine& machine, const SolverOptions& options)
+    : core_(std::make_shared<const SolverCore>(JointChain::of(*machine), options)) {}
+
+SolverKind Solver::kind() const { return core_->kind; }
+Unserved Solver::unserved() const { return core_->unserved; }
+const JointChain& Solver::chain() const { return core_->chain; }
+
+void Solver::solve(const Target& target, const Values& from, std::vector<Solution>& out,
+                   Limits limits) const {
+  out.clear();
+  const UVec3d direction = target.direction.normalised();
+  if (!isFinite(target.tip) || !isFinite(direction) || direction == UVec3d()) return;
+  const Query query{*core_, target, direction, from, limits, out};
+  if (core_->kind == SolverKind::none) return;
+  solveCartesian(query);
+}
+
+Residual Solver::residual(const Values& values, const Target& target) const {
+  return residualOf(core_->chain, values, target.tip, target.direction.normalised());
+}
+
+const char* toString(SolverKind kind) {
+  static constexpr const char* kNames[] = {"none",       "linear",      "one-rotary",
+                                           "two-rotary", "more-rotary", "arm"};
+  return kNames[static_cast<std::size_t>(kind)];
+}
+
+const char* toString(Unserved reason) {
+  static constexpr const char* kNames[] = {"served", "no-tool", "coupled-axes", "few-joints",
+                                           "no-ball-wrist"};
+  return kNames[static_cast<std::size_t>(reason)];
+}
+
+}  // namespace korvo
