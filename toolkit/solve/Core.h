@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "platform/rotations/Solvers.h"
 #include "toolkit/model/Walk.h"
+#include "toolkit/solve/Arm.h"
 #include "toolkit/solve/Solver.h"
 
 /// What the sources of this folder share.
@@ -31,6 +33,7 @@ class SolverCore {
   std::vector<int> turns;   ///< Free rotary joints, root first.
   std::vector<int> slides;  ///< Free linear joints, root first.
   std::vector<int> placed;  ///< Joints that stand where the options say.
+  std::optional<ArmShape> arm;
 };
 
 /// One question to a solver, and where its solutions go.
@@ -41,6 +44,7 @@ struct Query {
   const Values& from;
   Limits limits;
   std::vector<Solution>& out;
+  const zgeo::UMatrix* frame = nullptr;  ///< Of a frame target.
 
   double start(int joint) const { return from[at(core.joint(joint).place)]; }
   double& value(int joint, Values& values) const { return values[at(core.joint(joint).place)]; }
@@ -78,6 +82,9 @@ void solvePlaced(const Query& query, Values& values, std::size_t next,
 
 /// All solutions of machines with linear axes.
 void solveCartesian(const Query& query);
+
+/// All solutions of arms.
+void solveArm(const Query& query);
 
 /// How a rotary joint that stays free, `free`, turns another one with it: other = offset + slope *
 /// free (degrees); slope 0 or 1 or -1.

@@ -28,6 +28,36 @@ Residual residualOf(const JointChain& chain, const Values& values, const UVec3d&
   return {chain.tipOf(pose).distanceTo(tip), angleOf(pose.direction, direction)};
 }
 
+/// The angle of the turn that carries one rotation onto another: each of its columns lies at most
+/// that far off, and two of them at least as far as its share of the axis leaves them.
+double turnBetween(const zgeo::UMatrix& a, const zgeo::UMatrix& b) {
+  double chordSq = 0.0;
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) chordSq += (a(i, j) - b(i, j)) * (a(i, j) - b(i, j));
+  }
+  return 2 * std::asin(std::min(std::sqrt(chordSq / 8), 1.0));  // |A - B|^2 = 8 sin^2(angle / 2)
+}
+
+Residual residualOf(const JointChain& chain, const Values& values, const zgeo::UMatrix& frame) {
+  const zgeo::UMatrix motion = chain.motion(values);
+  const UVec3d tip = motion * (chain.toolPoint - chain.toolDirection * chain.toolLength);
+  return {tip.distanceTo(frame.getOrigin()), turnBetween(motion, frame)};
+}
+
+Residual residualOf(const Query& query, const Values& values) {
+  const JointChain& chain = query.core.chain;
+  return query.frame ? residualOf(chain, values, *query.frame)
+                     : residualOf(chain, values, query.target.tip, query.direction);
+}
+
+bool isRotation(const zgeo::UMatrix& m) {
+  constexpr double kSquare = 1e-9;
+  UVec3d rows[3];
+  for (int i = 0; i < 3; ++i) rows[i] = {m(i, 0), m(i, 1), m(i, 2)};
+  return (rows[0] ^ rows[1]).distanceTo(rows[2]) <= kSquare &&
+         std::abs(rows[0].norm() - 1) <= kSquare && std::abs(rows[1].norm() - 1) <= kSquare;
+}
+
 bool isSame(const Values& a, const Values& b) {
   constexpr double kSame = 1e-9;  // mm or degrees
   for (std::size_t i = 0; i < a.size(); ++i) {
@@ -48,7 +78,7 @@ void add(const Query& query, const Values& values, const Branch& branch,
          const SingularDistance& singular, std::array<int, 2> freePlaces) {
   const SolverCore& core = query.core;
   Solution solution;
-  solution.residual = residualOf(core.chain, values, query.target.tip, query.direction);
+  solution.residual = residualOf(query, values);
   if (!solution.residual.isReached()) return;
   for (const Joint& joint : core.chain.joints) {
     if (joint.place < 0) continue;
@@ -86,6 +116,8 @@ SolverCore::SolverCore(const JointChain& c, const SolverOptions& o) : chain(c), 
     unserved = Unserved::noTool;
   } else if (chain.isCoupled()) {
     unserved = Unserved::coupledAxes;
+  } else if (rotary >= 6 && (arm = ArmShape::of(chain))) {
+    kind = SolverKind::arm;
   } else if (linear < 3 && rotary > 2) {
     unserved = rotary < 6 ? Unserved::fewJoints : Unserved::noBallWrist;
   } else {
@@ -109,11 +141,31 @@ void Solver::solve(const Target& target, const Values& from, std::vector<Solutio
   if (!isFinite(target.tip) || !isFinite(direction) || direction == UVec3d()) return;
   const Query query{*core_, target, direction, from, limits, out};
   if (core_->kind == SolverKind::none) return;
-  solveCartesian(query);
+  core_->kind == SolverKind::arm ? solveArm(query) : solveCartesian(query);
+}
+
+void Solver::solve(const FrameTarget& target, const Values& from, std::vector<Solution>& out,
+                   Limits limits) const {
+  out.clear();
+  const UVec3d tip = target.frame.getOrigin();
+  if (core_->kind != SolverKind::arm || !isFinite(tip) || !isRotation(target.frame)) return;
+  UVec3d direction = core_->chain.toolDirection;
+  target.frame.applyDir(direction);
+  solveArm({*core_, {tip, direction}, direction, from, limits, out, &target.frame});
 }
 
 Residual Solver::residual(const Values& values, const Target& target) const {
   return residualOf(core_->chain, values, target.tip, target.direction.normalised());
+}
+
+Residual Solver::residual(const Values& values, const FrameTarget& target) const {
+  return residualOf(core_->chain, values, target.frame);
+}
+
+std::string Branch::label(SolverKind kind) const {
+  const auto sign = [](std::int8_t side) { return side < 0 ? "-" : side > 0 ? "+" : "0"; };
+  if (kind != SolverKind::arm) return sign(wrist);
+  return std::string("shoulder") + sign(shoulder) + " elbow" + sign(elbow) + " wrist" + sign(wrist);
 }
 
 const char* toString(SolverKind kind) {

@@ -141,8 +141,8 @@ class KORVO_TOOLKIT_API Solver {
   void solve(const Target& target, const Values& from, std::vector<Solution>& out,
              Limits limits = Limits::kept) const;
 
-  /// The same for the whole frame of the tool. Of a machine that is no arm: the solutions of the
-  /// frame's direction that turn the tool so, too.
+  /// The same for the whole frame of the tool, of arms alone: nothing of other machines, and where
+  /// the frame is no rotation (to 1e-9).
   void solve(const FrameTarget& target, const Values& from, std::vector<Solution>& out,
              Limits limits = Limits::kept) const;
 

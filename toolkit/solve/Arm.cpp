@@ -1,0 +1,434 @@
+// Arms: the first three joints carry the wrist centre, the last three turn the tool about it.
+#include "toolkit/solve/Arm.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "toolkit/solve/Cone.h"
+#include "toolkit/solve/Core.h"
+
+using zgeo::UMatrix;
+using zgeo::UVec3d;
+
+namespace korvo {
+
+namespace {
+
+using rotations::kFreeAngle;
+
+constexpr double kTurn = 360.0;
+
+UVec3d turned(const UMatrix& m, UVec3d v) {
+  m.applyDir(v);
+  return v;
+}
+
+/// By the transpose: back to before a rotation.
+UVec3d turnedBack(const UMatrix& m, const UVec3d& v) {
+  return {m(0, 0) * v.x + m(1, 0) * v.y + m(2, 0) * v.z,
+          m(0, 1) * v.x + m(1, 1) * v.y + m(2, 1) * v.z,
+          m(0, 2) * v.x + m(1, 2) * v.y + m(2, 2) * v.z};
+}
+
+UMatrix rigidInverse(const UMatrix& m) {
+  UMatrix inverse;
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) inverse(i, j) = m(j, i);
+  }
+  inverse.setOrigin(UVec3d() - turnedBack(m, m.getOrigin()));
+  return inverse;
+}
+
+/// A direction square to a unit one.
+UVec3d squareTo(const UVec3d& v) {
+  const UVec3d other = std::abs(v.x) < 0.5 ? UVec3d(1, 0, 0) : UVec3d(0, 1, 0);
+  return (v ^ other).normalised();
+}
+
+/// The six lines as the held joints have moved them, and what these do to the tool: motion of the
+/// tool = front * turns about the lines * behind. Of an arm that is one body `behind` is the
+/// identity and the lines are those of the zero position.
+struct Standing {
+  std::array<Joint, 6> lines;
+  UVec3d centre;
+  UMatrix front;
+  UMatrix behind;
+  std::optional<rotations::ThreeAxes> moved;  ///< Of an arm that is not one body.
+};
+
+void moveLine(const UMatrix& by, Joint& line) {
+  line.point = by * line.point;
+  by.applyDir(line.direction);
+}
+
+Standing standing(const Query& query, const Values& values) {
+  const JointChain& chain = query.core.chain;
+  const ArmShape& arm = *query.core.arm;
+  Standing s;
+  UMatrix held;  // behind the first joint
+  int next = 0;
+  for (int i = 0; i < static_cast<int>(chain.joints.size()); ++i) {
+    if (next < 6 && arm.joint(next) == i) {
+      Joint& line = s.lines[at(next++)];
+      line = query.core.joint(i);
+      if (!arm.isOneBody()) moveLine(held, line);
+      if (next == 4) s.centre = held * arm.centre();
+    } else {
+      moveBy(query.core.joint(i), valueOf(query.core.joint(i), values), next == 0 ? s.front : held);
+    }
+  }
+  s.behind = held;
+  for (Joint& line : s.lines) line.direction.normalise();
+  if (!arm.isOneBody()) {
+    const auto lineOf = [&](std::size_t k) {
+      return rotations::Line{plain(s.lines[k].direction), plain(s.lines[k].point)};
+    };
+    s.moved.emplace(plain(s.centre), lineOf(0), lineOf(1), lineOf(2));
+  }
+  return s;
+}
+
+/// One way of carrying the wrist centre.
+struct Reached {
+  rotations::ThreeAngles angles;
+  Branch branch;
+  SingularDistance singular;
+};
+
+/// Solves one query with the held joints standing in `values`.
+class ArmTask {
+ public:
+  ArmTask(const Query& query, Values& values)
+      : query_(query), values_(values), standing_(standing(query, values)) {}
+
+  void solve() {
+    if (query_.frame) return byFrame(*query_.frame, {-1, -1});
+    isCoaxial() ? byDirection() : byTurns();
+  }
+
+ private:
+  const UVec3d& axis(int k) const { return standing_.lines[at(k)].direction; }
+  const Joint& joint(int k) const { return query_.core.joint(query_.core.arm->joint(k)); }
+  int place(int k) const { return joint(k).place; }
+  double start(int k) const { return query_.from[at(place(k))]; }
+  double& value(int k) { return values_[at(place(k))]; }
+
+  /// The tool as the last joint would carry it at zero.
+  UVec3d toolDirection() const { return turned(standing_.behind, query_.core.chain.toolDirection); }
+  UVec3d tip() const {
+    const JointChain& chain = query_.core.chain;
+    return standing_.behind * (chain.toolPoint - chain.toolDirection * chain.toolLength);
+  }
+
+  /// Whether the last joint turns the tool about itself.
+  bool isCoaxial() const {
+    const UVec3d& z = axis(5);
+    return (z ^ toolDirection()).norm() <= rotations::kOnAxis &&
+           ((tip() - standing_.centre) ^ z).norm() <= 1e-12 * query_.core.arm->shoulder().size();
+  }
+
+  // --- the wrist centre
+
+  template <typename Visit>
+  void forEachReached(const UVec3d& centre, Visit visit) {
+    const rotations::ThreeAxes& axes =
+        standing_.moved ? *standing_.moved : query_.core.arm->shoulder();
+    for (const rotations::ThreeAngles& a : axes.solve(plain(centre))) {
+      Reached reached{a, {}, {}};
+      reached.branch.shoulder = static_cast<std::int8_t>(a.shoulder);
+      reached.branch.elbow = static_cast<std::int8_t>(a.elbow);
+      reached.singular.elbowRad = a.elbowRad;
+      reached.singular.shoulderMm = a.shoulderMm;
+      visit(reached);
+    }
+  }
+
+  static std::array<double, 3> anglesOf(const rotations::ThreeAngles& a) {
+    return {a.a1, a.a2, a.a3};
+  }
+
+  /// The first three joints in `values_`, and visits for every turn of theirs with the rotation
+  /// that they make. A free one stands where it starts, or at the next degree from where `visit`
+  /// succeeds.
+  template <typename Visit>
+  void forEachShoulder(const Reached& reached, Visit visit) {
+    const std::array<double, 3> angles = anglesOf(reached.angles);
+    int free = -1;
+    std::array<TurnRange, 3> ranges;
+    for (int k = 0; k < 3; ++k) {
+      if (angles[at(k)] == kFreeAngle) {
+        free = k;
+        ranges[at(k)] = {std::clamp(start(k), joint(k).min, joint(k).max), 1};
+      } else {
+        ranges[at(k)] = turnsOf(pinned(k), angles[at(k)] * kRadToDeg, start(k), query_.limits);
+      }
+    }
+    for (int i = 0; i < ranges[0].count; ++i) {
+      for (int j = 0; j < ranges[1].count; ++j) {
+        for (int l = 0; l < ranges[2].count; ++l) {
+          setShoulder({ranges[0][i], ranges[1][j], ranges[2][l]});
+          if (free < 0) {
+            visit(-1);
+          } else {
+            visitFree(free, visit);
+          }
+        }
+      }
+    }
+  }
+
+  void setShoulder(const std::array<double, 3>& degrees) {
+    for (int k = 0; k < 3; ++k) value(k) = onLimit(pinned(k), degrees[at(k)]);
+  }
+
+  template <typename Visit>
+  void visitFree(int free, Visit visit) {
+    const double from = value(free);
+    for (int step = 0; step <= 360; ++step) {
+      for (const double degrees : {from + step, from - step}) {
+        if (!isInside(pinned(free), degrees) && query_.limits == Limits::kept) continue;
+        value(free) = degrees;
+        if (visit(free)) return;
+      }
+    }
+  }
+
+  /// A locked joint of the arm may stand where it starts alone.
+  Joint pinned(int k) const {
+    Joint joint = this->joint(k);
+    if (joint.isLocked) joint.min = joint.max = start(k);
+    return joint;
+  }
+
+  UMatrix shoulderTurn() const {
+    UMatrix m;
+    for (int k = 0; k < 3; ++k) {
+      turnBy(axis(k), {}, values_[at(place(k))] * kDegToRad, m);
+    }
+    return m;
+  }
+
+  // --- the wrist
+
+  SingularDistance singularOf(const Reached& reached, const UVec3d& to) const {
+    SingularDistance singular = reached.singular;
+    const Band band = bandOf(angleBetween(axis(3), axis(4)), angleBetween(axis(4), axis(5)));
+    singular.directionRad = band.toEdge(angleBetween(axis(3), to));
+    return singular;
+  }
+
+  std::int8_t sideOf(double a5) const {
+    UMatrix turn;
+    turnBy(axis(4), {}, a5, turn);
+    return (axis(3) ^ axis(4)) * turned(turn, axis(5)) < 0 ? std::int8_t{-1} : std::int8_t{1};
+  }
+
+  /// Degrees of the last joint that turn the wrist, with a4 and a5, all the way to `wrist`.
+  double lastTurn(double a4, double a5, const UMatrix& wrist) const {
+    const UVec3d across = squareTo(axis(5));
+    UMatrix turn;
+    turnBy(axis(3), {}, a4, turn);
+    turnBy(axis(4), {}, a5, turn);
+    const UVec3d to = turnedBack(turn, turned(wrist, across));
+    return std::atan2((axis(5) ^ across) * to, across * to) * kRadToDeg;
+  }
+
+  /// Emits every turn of the wrist's joints inside the limits; whether there was one.
+  bool addWrist(const std::array<double, 3>& degrees, const Branch& branch,
+                const SingularDistance& singular, const std::array<int, 2>& freePlaces) {
+    std::array<TurnRange, 3> ranges;
+    for (int k = 0; k < 3; ++k) {
+      ranges[at(k)] = turnsOf(pinned(3 + k), degrees[at(k)], start(3 + k), query_.limits);
+    }
+    const std::size_t before = query_.out.size();
+    for (int i = 0; i < ranges[0].count; ++i) {
+      for (int j = 0; j < ranges[1].count; ++j) {
+        for (int l = 0; l < ranges[2].count; ++l) {
+          value(3) = onLimit(pinned(3), ranges[0][i]);
+          value(4) = onLimit(pinned(4), ranges[1][j]);
+          value(5) = onLimit(pinned(5), ranges[2][l]);
+          add(query_, values_, branch, singular, freePlaces);
+        }
+      }
+    }
+    return query_.out.size() > before;
+  }
+
+  // --- a whole frame
+
+  void byFrame(const UMatrix& frame, const std::array<int, 2>& freePlaces) {
+    UMatrix motion = frame;  // of the tool's body
+    motion.setOrigin(frame.getOrigin() -
+                     turned(frame, query_.core.chain.toolPoint - query_.core.chain.toolDirection *
+                                                                     query_.core.chain.toolLength));
+    motion = rigidInverse(standing_.front) * motion * rigidInverse(standing_.behind);
+    forEachReached(motion * standing_.centre, [&](const Reached& reached) {
+      forEachShoulder(reached, [&](int free) {
+        return turnWristTo(reached, rigidInverse(shoulderTurn()) * motion, with(freePlaces, free));
+      });
+    });
+  }
+
+  std::array<int, 2> with(std::array<int, 2> freePlaces, int free) const {
+    if (free >= 0) freePlaces[freePlaces[0] < 0 ? 0 : 1] = place(free);
+    return freePlaces;
+  }
+
+  bool turnWristTo(const Reached& reached, const UMatrix& wrist,
+                   const std::array<int, 2>& freePlaces) {
+    const UVec3d to = turned(wrist, axis(5));
+    const auto pairs =
+        rotations::twoAxes(plain(axis(5)), plain(to), plain(axis(3)), plain(axis(4)));
+    const SingularDistance singular = singularOf(reached, to);
+    bool isAdded = false;
+    for (const rotations::TwoAngles& pair : pairs) {
+      if (pair.a1 == kFreeAngle) {
+        isAdded |= addStraight(pair.a2, wrist, reached.branch, singular, freePlaces);
+        continue;
+      }
+      Branch branch = reached.branch;
+      if (pairs.count == 2) branch.wrist = sideOf(pair.a2);
+      isAdded |=
+          addWrist({pair.a1 * kRadToDeg, pair.a2 * kRadToDeg, lastTurn(pair.a1, pair.a2, wrist)},
+                   branch, singular, freePlaces);
+    }
+    return isAdded;
+  }
+
+  /// A straight wrist: the fourth joint may stand anywhere, and the last one follows.
+  bool addStraight(double a5, const UMatrix& wrist, const Branch& branch,
+                   const SingularDistance& singular, const std::array<int, 2>& freePlaces) {
+    const double a6 = lastTurn(0.0, a5, wrist);
+    UMatrix turn;
+    turnBy(axis(4), {}, a5, turn);
+    const double sense = turned(turn, axis(5)) * axis(3) < 0 ? 1.0 : -1.0;
+    std::vector<double> places;
+    addPlaces(pinned(3), start(3), start(3), places);
+    const Joint last = pinned(5);
+    for (const double limit : {last.min, last.max}) {
+      if (std::isfinite(limit)) addPlaces(pinned(3), (limit - a6) / sense, start(3), places);
+    }
+    const double from = start(3);
+    std::sort(places.begin(), places.end(),
+              [from](double a, double b) { return std::abs(a - from) < std::abs(b - from); });
+    return std::any_of(places.begin(), places.end(), [&](double a4) {
+      return addMember({a4, a5 * kRadToDeg, a6 + sense * a4}, branch, singular,
+                       with(freePlaces, 3));
+    });
+  }
+
+  /// Turns of one place of a joint inside its limits, and its limits where the place is the start.
+  void addPlaces(const Joint& joint, double degrees, double from, std::vector<double>& out) const {
+    if (degrees == from) out.push_back(std::clamp(from, joint.min, joint.max));
+    if (query_.limits == Limits::ignored) return out.push_back(degrees);
+    const TurnRange range = turnsOf(joint, degrees, from, query_.limits);
+    for (int k = 0; k < range.count; ++k) out.push_back(onLimit(joint, range[k]));
+  }
+
+  /// One member of a family: the fourth joint as given, the others at the turn nearest their start.
+  bool addMember(const std::array<double, 3>& degrees, const Branch& branch,
+                 const SingularDistance& singular, const std::array<int, 2>& freePlaces) {
+    value(3) = degrees[0];
+    for (int k = 1; k < 3; ++k) {
+      const Joint joint = pinned(3 + k);
+      const TurnRange range = turnsOf(joint, degrees[at(k)], start(3 + k), query_.limits);
+      if (range.count == 0) return false;
+      const double nearest = std::round((start(3 + k) - range.first) / kTurn);
+      const int turn = static_cast<int>(std::clamp(nearest, 0.0, range.count - 1.0));
+      value(3 + k) = onLimit(joint, range[turn]);
+    }
+    const std::size_t before = query_.out.size();
+    add(query_, values_, branch, singular, freePlaces);
+    return query_.out.size() > before;
+  }
+
+  // --- a point and a direction
+
+  /// The last joint turns the tool about itself and stays where it starts.
+  void byDirection() {
+    const UMatrix back = rigidInverse(standing_.front);
+    const UVec3d direction = turned(back, query_.direction);
+    const double ahead = (standing_.centre - tip()) * toolDirection();
+    const UVec3d centre = back * query_.target.tip + direction * ahead;
+    const double sense = toolDirection() * axis(5) < 0 ? -1.0 : 1.0;
+    forEachReached(centre, [&](const Reached& reached) {
+      forEachShoulder(reached, [&](int free) {
+        return pointWrist(reached, turnedBack(shoulderTurn(), direction * sense), free);
+      });
+    });
+  }
+
+  bool pointWrist(const Reached& reached, const UVec3d& to, int free) {
+    const auto pairs =
+        rotations::twoAxes(plain(axis(5)), plain(to), plain(axis(3)), plain(axis(4)));
+    const SingularDistance singular = singularOf(reached, to);
+    const std::array<int, 2> freePlaces = with({place(5), -1}, free);
+    const double last = std::clamp(start(5), pinned(5).min, pinned(5).max);
+    bool isAdded = false;
+    for (const rotations::TwoAngles& pair : pairs) {
+      Branch branch = reached.branch;
+      if (pair.a1 == kFreeAngle) {
+        const double fourth = std::clamp(start(3), pinned(3).min, pinned(3).max);
+        isAdded |= addMember({fourth, pair.a2 * kRadToDeg, last}, branch, singular,
+                             with({place(3), place(5)}, free));
+        continue;
+      }
+      if (pairs.count == 2) branch.wrist = sideOf(pair.a2);
+      isAdded |= addTurnsOfTwo(pair, last, branch, singular, freePlaces);
+    }
+    return isAdded;
+  }
+
+  bool addTurnsOfTwo(const rotations::TwoAngles& pair, double last, const Branch& branch,
+                     const SingularDistance& singular, const std::array<int, 2>& freePlaces) {
+    const TurnRange fourth = turnsOf(pinned(3), pair.a1 * kRadToDeg, start(3), query_.limits);
+    const TurnRange fifth = turnsOf(pinned(4), pair.a2 * kRadToDeg, start(4), query_.limits);
+    const std::size_t before = query_.out.size();
+    value(5) = last;
+    for (int i = 0; i < fourth.count; ++i) {
+      for (int j = 0; j < fifth.count; ++j) {
+        value(3) = onLimit(pinned(3), fourth[i]);
+        value(4) = onLimit(pinned(4), fifth[j]);
+        add(query_, values_, branch, singular, freePlaces);
+      }
+    }
+    return query_.out.size() > before;
+  }
+
+  /// The tool may be turned about its direction: as the start has it, turned the shortest way, and
+  /// by even steps from there. What is free is named by the last joint.
+  void byTurns() {
+    const JointChain& chain = query_.core.chain;
+    UMatrix start = chain.motion(query_.from);
+    start.setOrigin({});
+    const UVec3d from = turned(start, chain.toolDirection);
+    const UVec3d normal = from ^ query_.direction;
+    const double angle = angleBetween(from, query_.direction);
+    UMatrix shortest;
+    turnBy(normal.norm() > 1e-12 ? normal : squareTo(from), {}, angle, shortest);
+    const int turns = std::max(query_.core.options.toolTurns, 1);
+    for (int k = 0; k < turns; ++k) {
+      UMatrix about;
+      turnBy(query_.direction, {}, 2 * std::numbers::pi * k / turns, about);
+      UMatrix frame = about * shortest * start;
+      frame.setOrigin(query_.target.tip);
+      byFrame(frame, {place(5), -1});
+    }
+  }
+
+  const Query& query_;
+  Values& values_;
+  Standing standing_;
+};
+
+void solveStanding(const Query& query, Values& values) { ArmTask(query, values).solve(); }
+
+}  // namespace
+
+void solveArm(const Query& query) {
+  Values values = query.from;
+  solvePlaced(query, values, 0, solveStanding);
+}
+
+}  // namespace korvo

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <vector>
+
+#include "platform/rotations/ThreeAxes.h"
+#include "toolkit/model/JointChain.h"
+
+namespace korvo {
+
+/// Lines that miss each other by no more than this (mm) meet: the finest offset that a machine
+/// maker states is a hundred times larger.
+inline constexpr double kMeeting = rotations::kCoincidentDistance;
+
+/// Six rotary joints of a chain whose last three lines meet in one point, the wrist centre: of all
+/// such six the one nearest the tool. All other joints of the chain are held while these are
+/// solved.
+class ArmShape {
+ public:
+  /// Nothing when no three lines of successive rotary joints, behind three others, meet.
+  static std::optional<ArmShape> of(const JointChain& chain);
+
+  /// How far (mm) the lines of the last three rotary joints miss one point; nothing with fewer than
+  /// six, or where two neighbours among them are parallel.
+  static std::optional<double> wristMiss(const JointChain& chain);
+
+  int joint(int k) const { return joints_[static_cast<std::size_t>(k)]; }  ///< 0 to 5, root first.
+  const zgeo::UVec3d& centre() const { return centre_; }
+
+  /// Whether every joint that is held stands in front of the first: then their motion moves the
+  /// whole arm.
+  bool isOneBody() const { return isOneBody_; }
+
+  /// Of an arm that is one body, made once.
+  const rotations::ThreeAxes& shoulder() const { return shoulder_; }
+
+ private:
+  ArmShape(const JointChain& chain, const std::array<int, 6>& joints, const zgeo::UVec3d& centre);
+
+  std::array<int, 6> joints_;
+  zgeo::UVec3d centre_;
+  bool isOneBody_ = false;
+  rotations::ThreeAxes shoulder_;
+};
+
+}  // namespace korvo
