@@ -1,0 +1,104 @@
+#include "platform/rotations/TrigPolynomial.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+#include "platform/rotations/SinCos.h"
+
+namespace korvo::rotations::detail {
+namespace {
+
+constexpr double kTurn = 2 * std::numbers::pi;
+constexpr int kIntervals = 16;
+constexpr double kNarrow = 1e-9;  ///< Half a width at which value and slope are both rounding.
+
+/// Falls from the one end to the other through 0, or rises: newton's steps where they stay inside.
+double rootBetween(const TrigPolynomial& f, double low, double high) {
+  const TrigPolynomial slope = f.derivative();
+  const bool rises = f.at(low) < 0;
+  double x = 0.5 * (low + high);
+  for (int i = 0; i < 80 && high - low > 1e-16; ++i) {
+    const double value = f.at(x);
+    if (value == 0) return x;
+    ((value < 0) == rises ? low : high) = x;
+    double next = x - value / slope.at(x);
+    if (!(next > low && next < high)) next = 0.5 * (low + high);
+    if (std::fabs(next - x) < 1e-16) return next;
+    x = next;
+  }
+  return x;
+}
+
+class Extremes {
+ public:
+  explicit Extremes(const TrigPolynomial& f)
+      : slope_(f.derivative()),
+        curve_(slope_.derivative()),
+        bound_(std::hypot(f.c1, f.s1) + 8 * std::hypot(f.c2, f.s2)) {
+    const double half = kTurn / (2 * kIntervals);
+    for (int i = 0; i < kIntervals; ++i) look((2 * i + 1) * half, half);
+  }
+
+  const double* begin() const { return angles_.data(); }
+  const double* end() const { return angles_.data() + count_; }
+  int count() const { return count_; }
+  double operator[](int i) const { return angles_[i]; }
+
+ private:
+  void push(double angle) {
+    if (count_ < static_cast<int>(angles_.size())) angles_[count_++] = angle;
+  }
+
+  /// From left to right, so the extremes are in order.
+  void look(double m, double h) {
+    const double s = slope_.at(m), c = curve_.at(m);
+    if (std::fabs(s) > std::fabs(c) * h + 0.5 * bound_ * h * h) return;
+    if (std::fabs(c) > bound_ * h) {
+      if ((slope_.at(m - h) < 0) != (slope_.at(m + h) < 0)) push(rootBetween(slope_, m - h, m + h));
+      return;
+    }
+    if (h < kNarrow) return push(m);
+    look(m - 0.5 * h, 0.5 * h);
+    look(m + 0.5 * h, 0.5 * h);
+  }
+
+  TrigPolynomial slope_, curve_;
+  double bound_;
+  int count_ = 0;
+  std::array<double, 12> angles_{};
+};
+
+}  // namespace
+
+double TrigPolynomial::at(double angle) const {
+  const SinCos a = sinCos(angle);
+  return c0 + (c1 * a.cos + s1 * a.sin) +
+         (c2 * (a.cos - a.sin) * (a.cos + a.sin) + s2 * (2 * a.sin * a.cos));
+}
+
+double TrigPolynomial::largest() const {
+  return std::max({std::fabs(c0), std::fabs(c1), std::fabs(s1), std::fabs(c2), std::fabs(s2)});
+}
+
+void TrigPolynomial::divide(double by) { *this = {c0 / by, c1 / by, s1 / by, c2 / by, s2 / by}; }
+
+TrigPolynomial::Roots TrigPolynomial::roots(double rounding) const {
+  Roots found;
+  const Extremes extremes(*this);
+  std::array<double, 12> values{};
+  for (int i = 0; i < extremes.count(); ++i) {
+    values[i] = at(extremes[i]);
+    if (std::fabs(values[i]) <= rounding) found.push({extremes[i], true});
+  }
+  for (int i = 0; i < extremes.count(); ++i) {
+    const int next = (i + 1) % extremes.count();
+    const bool isTaken = std::min(std::fabs(values[i]), std::fabs(values[next])) <= rounding;
+    if (isTaken || (values[i] < 0) == (values[next] < 0)) continue;
+    found.push({rootBetween(*this, extremes[i], extremes[next] + (next == 0 ? kTurn : 0)), false});
+  }
+  return found;
+}
+
+}  // namespace korvo::rotations::detail
