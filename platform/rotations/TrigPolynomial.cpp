@@ -12,12 +12,12 @@ namespace {
 
 constexpr double kTurn = 2 * std::numbers::pi;
 constexpr int kIntervals = 16;
+constexpr double kFirst = 0.1;    ///< Where the circle is cut: square lines have nothing there.
 constexpr double kNarrow = 1e-9;  ///< Half a width at which value and slope are both rounding.
 
-/// Falls from the one end to the other through 0, or rises: newton's steps where they stay inside.
-double rootBetween(const TrigPolynomial& f, double low, double high) {
+/// Of a monotone stretch: Newton's steps where they stay inside, else halving.
+double rootBetween(const TrigPolynomial& f, double low, double high, bool rises) {
   const TrigPolynomial slope = f.derivative();
-  const bool rises = f.at(low) < 0;
   double x = 0.5 * (low + high);
   for (int i = 0; i < 80 && high - low > 1e-16; ++i) {
     const double value = f.at(x);
@@ -37,31 +37,44 @@ class Extremes {
       : slope_(f.derivative()),
         curve_(slope_.derivative()),
         bound_(std::hypot(f.c1, f.s1) + 8 * std::hypot(f.c2, f.s2)) {
-    const double half = kTurn / (2 * kIntervals);
-    for (int i = 0; i < kIntervals; ++i) look((2 * i + 1) * half, half);
+    const auto end = [](int i) { return kFirst + i * (kTurn / kIntervals); };
+    const double first = slope_.at(end(0));
+    double before = first;
+    for (int i = 0; i < kIntervals; ++i) {
+      const double after = i + 1 < kIntervals ? slope_.at(end(i + 1)) : first;
+      look({end(i), before}, {end(i + 1), after});
+      before = after;
+    }
   }
 
-  const double* begin() const { return angles_.data(); }
-  const double* end() const { return angles_.data() + count_; }
   int count() const { return count_; }
   double operator[](int i) const { return angles_[i]; }
 
  private:
+  struct End {
+    double angle;
+    double slope;
+  };
+
   void push(double angle) {
     if (count_ < static_cast<int>(angles_.size())) angles_[count_++] = angle;
   }
 
-  /// From left to right, so the extremes are in order.
-  void look(double m, double h) {
+  /// From left to right, so the extremes are in order. Neighbours share their end and its slope: an
+  /// extreme on it belongs to one of them whatever rounding says.
+  void look(const End& left, const End& right) {
+    const double h = 0.5 * (right.angle - left.angle), m = left.angle + h;
     const double s = slope_.at(m), c = curve_.at(m);
     if (std::fabs(s) > std::fabs(c) * h + 0.5 * bound_ * h * h) return;
     if (std::fabs(c) > bound_ * h) {
-      if ((slope_.at(m - h) < 0) != (slope_.at(m + h) < 0)) push(rootBetween(slope_, m - h, m + h));
+      if ((left.slope < 0) != (right.slope < 0)) {
+        push(rootBetween(slope_, left.angle, right.angle, left.slope < 0));
+      }
       return;
     }
     if (h < kNarrow) return push(m);
-    look(m - 0.5 * h, 0.5 * h);
-    look(m + 0.5 * h, 0.5 * h);
+    look(left, {m, s});
+    look({m, s}, right);
   }
 
   TrigPolynomial slope_, curve_;
@@ -96,7 +109,8 @@ TrigPolynomial::Roots TrigPolynomial::roots(double rounding) const {
     const int next = (i + 1) % extremes.count();
     const bool isTaken = std::min(std::fabs(values[i]), std::fabs(values[next])) <= rounding;
     if (isTaken || (values[i] < 0) == (values[next] < 0)) continue;
-    found.push({rootBetween(*this, extremes[i], extremes[next] + (next == 0 ? kTurn : 0)), false});
+    const double end = extremes[next] + (next == 0 ? kTurn : 0);
+    found.push({rootBetween(*this, extremes[i], end, values[i] < 0), false});
   }
   return found;
 }
