@@ -90,6 +90,34 @@ struct Pair {
   double a3;
 };
 
+/// The plane of both equations, and the circle in it where |v1|^2 + |v3|^2 = 2.
+struct PlaneCircle {
+  Vec4 centre, w1, w2;
+  double radius;
+
+  PlaneCircle(const Equation& n1, const Equation& n2)
+      : centre(sum4(scaled4(n1.value, n1.row), n2.value, n2.row)),
+        w1(squareTo<2>({n1.row, n2.row})),
+        w2(squareTo<3>({n1.row, n2.row, w1})),
+        radius(std::sqrt(std::max(2 - dot4(centre, centre), 0.0))) {}
+
+  Pair at(double angle) const {
+    const SinCos a = sinCos(angle);
+    const Vec4 v = sum4(sum4(centre, radius * a.cos, w1), radius * a.sin, w2);
+    return {arcTangent(v[3], v[2]), arcTangent(v[1], v[0])};
+  }
+
+  /// Half of |v3|^2 - |v1|^2.
+  TrigPolynomial difference() const {
+    const auto half = [](const Vec4& a, const Vec4& b) {
+      return 0.5 * ((a[0] * b[0] + a[1] * b[1]) - (a[2] * b[2] + a[3] * b[3]));
+    };
+    const double r2 = radius * radius, h1 = half(w1, w1), h2 = half(w2, w2);
+    return {half(centre, centre) + 0.5 * r2 * (h1 + h2), 2 * radius * half(centre, w1),
+            2 * radius * half(centre, w2), 0.5 * r2 * (h1 - h2), r2 * half(w1, w2)};
+  }
+};
+
 /// The derivatives of height and squares at a meeting, by lengths along the circles, so that a
 /// small circle counts as much as a large one; in mm.
 struct Slopes {
@@ -120,7 +148,7 @@ class Search {
   void runOneAngle(const Equation& e, const Equation& other);
   void runCurve(const Equation& only);
   void runPoints(const Equation& n1, const Equation& n2);
-  void runWholeCircle();
+  void runWholeCircle(const PlaneCircle& circle);
   void split(const Pair& near);
   Pair polished(Pair p) const;
   bool improve(Pair& p, Meeting& m) const;
@@ -165,7 +193,7 @@ bool Search::improve(Pair& p, Meeting& m) const {
 
 Pair Search::polished(Pair p) const {
   Meeting m(c_, p.a1, p.a3);
-  for (int i = 0; i < 12 && m.missMm() > 1e-16 * c_.size; ++i) {
+  for (int i = 0; i < 12 && m.missMm() > 4e-16 * c_.size; ++i) {
     if (!improve(p, m)) break;
   }
   return p;
@@ -304,47 +332,32 @@ void Search::runCurve(const Equation& e) {
   for (const double a3 : Roots(e.row[0], e.row[1], rest).both()) add({a1, a3});
 }
 
-/// Every point of the circle is a solution: the one with a1 = 0.
-void Search::runWholeCircle() {
-  list_.isFamily = true;
-  for (int i = 0; i < 8; ++i) {
-    const double scale = std::exchange(scale1_, 0.0);
-    const Pair p = polished({0.0, i * std::numbers::pi / 4});
-    scale1_ = scale;
-    if (Meeting(c_, p.a1, p.a3).missMm() <= reach()) return add(p);
+/// Every point of the circle is a solution: the one with a1 next to 0.
+void Search::runWholeCircle(const PlaneCircle& circle) {
+  constexpr int kSamples = 64;
+  Pair best = circle.at(0);
+  for (int i = 1; i < kSamples; ++i) {
+    const Pair p = circle.at(i * (2 * std::numbers::pi / kSamples));
+    if (std::fabs(p.a1) < std::fabs(best.a1)) best = p;
   }
+  list_.isFamily = true;
+  const double scale1 = std::exchange(scale1_, 0.0);
+  add({0.0, best.a3});
+  scale1_ = scale1;
+  if (list_.count == 0) add(best);
 }
 
 void Search::runPoints(const Equation& n1, const Equation& n2) {
-  const Vec4 t = sum4(scaled4(n1.value, n1.row), n2.value, n2.row);
-  const double radius = std::sqrt(std::max(2 - dot4(t, t), 0.0));
-  const Vec4 w1 = squareTo<2>({n1.row, n2.row});
-  const Vec4 w2 = squareTo<3>({n1.row, n2.row, w1});
-  const auto pairAt = [&](double angle) {
-    const SinCos a = sinCos(angle);
-    const Vec4 v = sum4(sum4(t, radius * a.cos, w1), radius * a.sin, w2);
-    return Pair{arcTangent(v[3], v[2]), arcTangent(v[1], v[0])};
-  };
-  if (radius < 1e-5) return split(pairAt(0));
-
-  // Half of |v3|^2 - |v1|^2.
-  const auto half = [](const Vec4& a, const Vec4& b) {
-    return 0.5 * ((a[0] * b[0] + a[1] * b[1]) - (a[2] * b[2] + a[3] * b[3]));
-  };
-  const double r2 = radius * radius;
-  TrigPolynomial f{half(t, t) + 0.5 * r2 * (half(w1, w1) + half(w2, w2)), 2 * radius * half(t, w1),
-                   2 * radius * half(t, w2), 0.5 * r2 * (half(w1, w1) - half(w2, w2)),
-                   r2 * half(w1, w2)};
+  const PlaneCircle circle(n1, n2);
+  if (circle.radius < 1e-5) return split(circle.at(0));
+  TrigPolynomial f = circle.difference();
   const double largest = f.largest();
-  if (largest <= kOnAxis) return runWholeCircle();
+  if (largest <= kOnAxis) return runWholeCircle(circle);
   f.divide(largest);
-  const double rounding = std::max(1e-11, 1e-14 / largest);
+  const double rounding = std::max(1e-11, 3e-15 / largest);
   for (const TrigPolynomial::Root& root : f.roots(rounding)) {
-    if (root.isDouble) {
-      split(pairAt(root.angle));
-    } else {
-      add(pairAt(root.angle));
-    }
+    const Pair p = circle.at(root.angle);
+    root.isDouble ? split(p) : add(p);
   }
 }
 

@@ -67,12 +67,16 @@ void expectNoneWrong(const Arm& arm, const ThreeAnglesList& found, const Vec3& t
   }
 }
 
-/// The angle that the singularity leaves unsure may be off by what rounding makes of it.
+std::string listed(const ThreeAnglesList& found) {
+  std::string text = std::to_string(found.count);
+  for (const ThreeAngles& t : found) text += " " + testing::PrintToString(t);
+  return text;
+}
+
 void expectFound(const Arm& arm, const ThreeAnglesList& found, const ThreeAngles& made,
                  const Vec3& to, double tolerance) {
   EXPECT_TRUE(has(found, made.a1, made.a2, made.a3, tolerance))
-      << testing::PrintToString(made) << " " << found.count << " "
-      << testing::PrintToString(found.solutions[0]) << " " << found.missMm;
+      << testing::PrintToString(made) << " is not in " << listed(found);
   expectNoneWrong(arm, found, to);
 }
 
@@ -82,8 +86,12 @@ const auto kDistances =
 
 class NextToTheLine : public testing::TestWithParam<double> {
  protected:
-  /// Of an angle about a line that the point is so far from.
-  double tolerance() const { return std::min(0.1, 1e-6 + 1e-14 / std::max(GetParam(), 1e-13)); }
+  /// Of an angle: what the rounding of a point so far from the line makes of it at a fold, the
+  /// square root.
+  double tolerance() const { return 1e-6 + 3 * std::sqrt(4e-16 / std::max(GetParam(), 1e-13)); }
+
+  /// About a line that is no further than this nothing is sure of the angle.
+  double unlessClose(double angle) const { return GetParam() < 0.5e-10 ? kFreeAngle : angle; }
 };
 
 TEST_P(NextToTheLine, TargetsAroundTheFirstAreReached) {
@@ -95,7 +103,7 @@ TEST_P(NextToTheLine, TargetsAroundTheFirstAreReached) {
       const Vec3 seen = beside(arm.l1, GetParam() * 500, dice);
       arm.from = turnedBack(arm.l3, turnedBack(arm.l2, seen, made.a2), made.a3);
       const Vec3 to = rounded(turnedAbout(arm.l1, longOf(seen), made.a1));
-      expectFound(arm, arm.to(to), made, to, tolerance());
+      expectFound(arm, arm.to(to), {unlessClose(made.a1), made.a2, made.a3}, to, tolerance());
     }
   }
 }
@@ -108,7 +116,7 @@ TEST_P(NextToTheLine, FromAroundTheThirdReaches) {
       arm.from = beside(arm.l3, GetParam() * 500, dice);
       const ThreeAngles made{dice.angle(), dice.angle(), dice.angle()};
       const Vec3 to = arm.at(made.a1, made.a2, made.a3);
-      expectFound(arm, arm.to(to), made, to, tolerance());
+      expectFound(arm, arm.to(to), {made.a1, made.a2, unlessClose(made.a3)}, to, tolerance());
     }
   }
 }
@@ -121,7 +129,7 @@ TEST_P(NextToTheLine, PointsAroundTheSecondAreReached) {
       const ThreeAngles made{dice.angle(), dice.angle(), dice.angle()};
       arm.from = turnedBack(arm.l3, beside(arm.l2, GetParam() * 500, dice), made.a3);
       const Vec3 to = arm.at(made.a1, made.a2, made.a3);
-      expectFound(arm, arm.to(to), made, to, tolerance());
+      expectFound(arm, arm.to(to), {made.a1, unlessClose(made.a2), made.a3}, to, tolerance());
     }
   }
 }
@@ -198,7 +206,7 @@ TEST_P(NextToTheFold, BothElbowsAreFound) {
       const double a1 = dice.angle(), a2 = dice.angle();
       const Vec3 to = arm.at(a1, a2, flat + bend);
       const ThreeAnglesList found = arm.to(to);
-      expectFound(arm, found, {a1, a2, flat + bend}, to, std::max(2e-7, bend / 4));
+      expectFound(arm, found, {a1, a2, flat + bend}, to, std::max(1e-5, bend / 4));
       if (bend < 2e-7) continue;
       int mirrored = 0;
       for (const ThreeAngles& t : found) {
