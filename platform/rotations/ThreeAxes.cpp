@@ -14,6 +14,9 @@ using namespace detail;
 
 constexpr double kPi = std::numbers::pi;
 
+/// The size counts as this share of the coordinates at least: their rounding is in all distances.
+constexpr double kSizeOfCoordinates = 0.01;
+
 Vec3 footOn(const Line& line, const Vec3& p) {
   return line.point + dot(p - line.point, line.direction) * line.direction;
 }
@@ -76,6 +79,9 @@ ThreeAxes::ThreeAxes(const Vec3& from, const Line& line1, const Line& line2, con
   x_ = {inFrame2(centre - o2_), inFrame2(e), inFrame2(cross(direction3_, e))};
   x_.centre[2] = 0.0;  // o2 is its foot
   size_ = length(o2_ - o1_) + length(x_.centre) + length(e);
+  for (const Vec3& p : {from, l1.point, l2.point, l3.point}) {
+    size_ = std::max(size_, kSizeOfCoordinates * length(p));
+  }
   isValid_ = size_ < 1e100 && (size_ > 1e-100 || size_ == 0.0);
   measureElbow();
 }

@@ -137,7 +137,8 @@ class ThreeAxes {
   /// The triple that comes nearest to any target: a local search from a grid of all a1 and a3.
   NearestAngles nearest(const Vec3& to) const;
 
-  /// Distances along the joints, from line 1 to the point (mm): what rounding is measured by.
+  /// Distances along the joints, from line 1 to the point (mm), but at least a hundredth of the
+  /// coordinates: what rounding is measured by.
   double size() const { return size_; }
 
  private:

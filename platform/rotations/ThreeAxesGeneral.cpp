@@ -147,7 +147,7 @@ class Search {
 
   void runOneAngle(const Equation& e, const Equation& other);
   void runCurve(const Equation& only);
-  void runPoints(const Equation& n1, const Equation& n2);
+  void runPoints(const Equation& n1, const Equation& n2, double sure);
   void runWholeCircle(const PlaneCircle& circle);
   void split(const Pair& near);
   Pair polished(Pair p) const;
@@ -347,14 +347,16 @@ void Search::runWholeCircle(const PlaneCircle& circle) {
   if (list_.count == 0) add(best);
 }
 
-void Search::runPoints(const Equation& n1, const Equation& n2) {
+/// `sure` is the length of what the second equation adds to the first: rounding counts against it.
+void Search::runPoints(const Equation& n1, const Equation& n2, double sure) {
   const PlaneCircle circle(n1, n2);
   if (circle.radius < 1e-5) return split(circle.at(0));
   TrigPolynomial f = circle.difference();
   const double largest = f.largest();
-  if (largest <= kOnAxis) return runWholeCircle(circle);
+  const double least = std::min(length(c_.x.e), length(c_.y.e));
+  if (largest <= kReachOfSize * least / sure) return runWholeCircle(circle);
   f.divide(largest);
-  const double rounding = std::max(1e-11, 3e-15 / largest);
+  const double rounding = std::max(1e-11, 3e-15 / largest * std::max(1.0, c_.size / sure));
   for (const TrigPolynomial::Root& root : f.roots(rounding)) {
     const Pair p = circle.at(root.angle);
     root.isDouble ? split(p) : add(p);
@@ -381,7 +383,7 @@ ThreeAnglesList Search::run() {
       if (rest.length() <= onLine()) {
         runCurve(n1);
       } else {
-        runPoints(n1, unit(rest));
+        runPoints(n1, unit(rest), rest.length());
       }
     }
   }
