@@ -7,7 +7,6 @@
 
 #include "adapter/machineFromDefinition.h"
 #include "tools/Failure.h"
-#include "tools/Messages.h"
 
 using Ombra::Kin::HeadIndex;
 using Ombra::Kin::MachinePosition;
@@ -52,13 +51,6 @@ void sortByDistance(Answers& answers) {
 }
 
 }  // namespace
-
-bool isExternal(const std::string& engine) {
-  if (engine != "definition" && engine != "external") {
-    failUsage("definition or external after --engine", inQuotes(engine));
-  }
-  return engine == "external";
-}
 
 External::External(const Session& session)
     : session_(session), adapter_(nullptr, HeadIndex(), TableIndex()) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
 
 #include "adapter/NMachine.h"
 #include "platform/zgeo/UMatrix.h"
@@ -10,9 +9,6 @@
 #include "tools/ToolPoint.h"
 
 namespace korvo::tools {
-
-/// "definition" or "external" after --engine: whether it is the latter. Throws Failure (usage).
-bool isExternal(const std::string& engine);
 
 /// The machine of a session as one of the external kinematics library, with the session's tool,
 /// tool length, part zero and locks.
@@ -29,7 +25,7 @@ class External {
   zgeo::UMatrix tipFrame(const Position& v) const;   ///< In part zero.
 
   /// Positions on a target in the machine frame: the one that the library takes from `from`, or all
-  /// of them, the nearest `most`. Only what is verified with the definition's own model, is inside
+  /// of them, the nearest `most`. Only what is verified with the library's own model, is inside
   /// the limits and leaves locked axes where they are counts.
   Answers nearest(const Target& target, const Position& from) const;
   Answers all(const Target& target, const Position& from, std::size_t most) const;

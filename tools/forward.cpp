@@ -32,7 +32,7 @@ struct Stand {
 };
 
 Stand standOf(const ForwardOptions& o, const Session& session, const Position& v) {
-  if (isExternal(o.engine)) {
+  if (o.engine == Engine::external) {
     const External external(session);
     return {external.toolPoint(v), external.toolFrame(v), external.tipFrame(v)};
   }
@@ -125,7 +125,7 @@ void checkTogether(const ForwardOptions& o) {
   if (o.positions && o.positions->empty()) failUsage("a file or - after --positions", "''");
   if (o.strict && !o.positions) failUsage("--strict with --positions", "it alone");
   if (o.stats && !o.positions) failUsage("--stats with --positions", "it alone");
-  if (isExternal(o.engine) && (o.positions || o.elements)) {
+  if (o.engine == Engine::external && (o.positions || o.elements)) {
     failUsage("--engine external with one position (--at)",
               o.positions ? "--positions" : "--elements");
   }
@@ -175,9 +175,7 @@ void addForward(CLI::App& app, Exit& exit) {
   verb->add_flag("--stats", o->stats,
                  "Say on standard error what was taken and how fast the rows were answered")
       ->disable_flag_override();
-  verb->add_option("--engine", o->engine,
-                   "What computes: definition, or external for the machine made into one of the "
-                   "external kinematics library [definition]");
+  addEngineOption(*verb, o->engine, {Engine::library, Engine::external});
   verb->footer(
       "Frames: the columns of a frame are the turned X, Y, Z of the machine, so they are its axes "
       "at the\nzero position. Its Z column is the tool direction only of a tool that stands along "

@@ -51,7 +51,7 @@ class External(InverseCommandLine):
                 for found in every["positions"]:
                     self.assertLess(found["residual"]["point"], 1e-6)
 
-    def test_all_are_as_many_as_the_definition_has(self):
+    def test_all_are_as_many_as_the_library_has(self):
         # Both rotary axes limited: the trunnion reaches the direction with A = -45 alone.
         with open(self.machine, encoding="utf-8") as file:
             limited = self.write("limited.def", file.read() + "limits=C,-360,360\n")
@@ -80,14 +80,22 @@ class External(InverseCommandLine):
         self.no(self.machine, "--point", self.POINT, "--dir", "0,1,1", "--lock", "X", "--all",
                 *EXTERNAL)
 
+    def test_the_library_answers_unless_asked_otherwise(self):
+        for arguments in (["forward", self.machine, "--at", "A=-30"],
+                          ["inverse", self.machine, "--point", self.POINT, "--dir", "0,1,1"]):
+            self.assertEqual(self.answer(*arguments, "--engine", "library"),
+                             self.answer(*arguments))
+            self.assertRegex(self.answer(arguments[0], "--help"),
+                             r"--engine TEXT\s+What computes: library, [^\[]*\[library\]")
+
     def test_words_and_combinations_are_checked(self):
-        self.assert_fails(USAGE, "definition or external after --engine", "forward", self.machine,
-                          "--engine", "other")
+        for word in ("other", "definition", "Library", ""):
+            for verb in ("forward", "inverse"):
+                self.assert_fails(USAGE, "expected library or external after --engine, found "
+                                  f"'{word}'", verb, self.machine, "--engine", word)
         self.assert_fails(USAGE, "--engine external with one position", "forward", self.machine,
                           "--elements", *EXTERNAL)
         self.assert_fails(USAGE, "--engine external with one position", "forward", self.machine,
                           "--positions", "-", *EXTERNAL)
         self.assert_fails(USAGE, "--engine external with one target", "inverse", self.machine,
                           "--targets", "-", *EXTERNAL)
-        self.assert_fails(USAGE, "definition or external after --engine", "inverse", self.machine,
-                          "--point", "0,0,0", "--dir", "0,0,1", "--engine", "")
