@@ -56,10 +56,6 @@ void printMatrix(std::ostream& out, const UMatrix& m) {
   }
 }
 
-std::vector<std::string> outsideLimits(const Session& session, const Position& v) {
-  return Travel(session.machine()).namesOutside(v);
-}
-
 std::string elementName(const zkin::KMachine& machine, int rank) {
   return korvo::elementName(*machine.getElemByRank(rank));
 }
@@ -79,7 +75,7 @@ void print(std::ostream& out, const Session& session, const Position& v, const S
   const ToolPoint& at = stand.at;
   out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
       << "\nPosition   " << textOf(v);
-  const std::vector<std::string> outside = outsideLimits(session, v);
+  const std::vector<std::string> outside = outsideLimits(session.machine(), v);
   if (!outside.empty()) out << "\nOutside limits: " << joined(outside);
   out << "\nNose       " << textOf(at.nose) << "\nTip        " << textOf(at.tip) << "\nDirection  "
       << textOf(at.direction) << "\nTool frame (machine frame)\n";
@@ -96,7 +92,7 @@ json answerJson(const Session& session, const Position& v, const Stand& stand, b
                  {"machine", session.machineJson()},
                  {"settings", session.settingsJson()},
                  {"position", jsonOf(v)},
-                 {"outsideLimits", outsideLimits(session, v)},
+                 {"outsideLimits", outsideLimits(session.machine(), v)},
                  {"nose", vectorJson(at.nose)},
                  {"tip", vectorJson(at.tip)},
                  {"direction", vectorJson(at.direction)},

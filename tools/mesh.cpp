@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cctype>
 #include <iostream>
 #include <memory>
 
@@ -8,6 +7,7 @@
 #include "toolkit/export/Bodies.h"
 #include "toolkit/export/WholeFile.h"
 #include "toolkit/export/Write.h"
+#include "tools/FileName.h"
 #include "tools/InfoJson.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
@@ -29,13 +29,6 @@ struct MeshOptions {
 };
 
 // --- what was asked
-
-std::string suffixOf(const fs::path& path) {
-  std::string suffix = path.extension().string();
-  std::transform(suffix.begin(), suffix.end(), suffix.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return suffix;
-}
 
 PictureSize sizeOf(const std::string& text) {
   constexpr int kMost = 8192;
@@ -150,15 +143,11 @@ std::string counted(std::size_t n) {
   return std::to_string(n) + (n == 1 ? " triangle" : " triangles");
 }
 
-std::vector<std::string> outsideLimits(const Session& session, const Position& at) {
-  return Travel(session.machine()).namesOutside(at);
-}
-
 void print(std::ostream& out, const MeshOptions& o, const Session& session, const Position& at,
            const std::vector<Body>& bodies, const Measured& answer) {
   out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
       << "\nPosition   " << tools::textOf(at);
-  const std::vector<std::string> outside = outsideLimits(session, at);
+  const std::vector<std::string> outside = outsideLimits(session.machine(), at);
   if (!outside.empty()) out << "\nOutside limits: " << joined(outside);
   out << "\nBodies\n";
   for (std::size_t i = 0; i < bodies.size(); ++i) {
@@ -188,7 +177,7 @@ json answerJson(const MeshOptions& o, const Session& session, const Position& at
           {"machine", session.machineJson()},
           {"settings", session.settingsJson()},
           {"position", tools::jsonOf(at)},
-          {"outsideLimits", outsideLimits(session, at)},
+          {"outsideLimits", outsideLimits(session.machine(), at)},
           {"bodies", bodiesJson(bodies, answer)},
           {"withoutBody", withoutBody(session, bodies)},
           {"triangles", answer.triangles},
