@@ -1,7 +1,6 @@
 // Forward kinematics against Orocos KDL: the same chain, the same positions, one run. At most half
 // of KDL's time is wanted; storage and chain walk are judged by it.
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <kdl/chainfksolverpos_recursive.hpp>
@@ -9,31 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/KdlChain.h"
+#include "benchmarks/Measure.h"
 #include "toolkit/Machine.h"
 
 namespace {
 
+using korvo::bench::kdlChain, korvo::bench::median, korvo::bench::secondsOf;
+
 constexpr int kRounds = 201, kQueries = 2000;
-
-KDL::Vector kdl(const zgeo::UVec3d& v) { return {v.x, v.y, v.z}; }
-
-/// The chain of tool 1 with one segment for each axis; the last ends at the tool point.
-KDL::Chain kdlChain(const zkin::KMachine& machine) {
-  std::vector<const zkin::KMachineElem*> axes = machine.getToolChain(true, 1);
-  const KDL::Vector end = kdl(axes.back()->getElemPivot());
-  std::erase_if(axes, [](const auto* e) { return e->getValueIndex() < 0; });
-  KDL::Chain chain;
-  KDL::Vector at = KDL::Vector::Zero();
-  for (const zkin::KMachineElem* e : axes) {
-    const bool turns = e->getElemType() == zkin::KMachineElem::KMET_TYPE_AROT;
-    const KDL::Vector place = turns ? kdl(e->getElemPivot()) : at;
-    const KDL::Joint joint(place - at, kdl(e->getElemAxis()),
-                           turns ? KDL::Joint::RotAxis : KDL::Joint::TransAxis);
-    chain.addSegment(KDL::Segment(joint, KDL::Frame((e == axes.back() ? end : place) - at)));
-    at = place;
-  }
-  return chain;
-}
 
 /// The same position twice: as the library and as KDL (chain order, radians) take it.
 struct Query {
@@ -63,18 +46,6 @@ double difference(const zgeo::UMatrix& m, const KDL::Frame& f) {
     largest = std::max(largest, std::abs(m(i / 4, i % 4) - f(i / 4, i % 4)));
   }
   return largest;
-}
-
-template <typename Work>
-double secondsOf(Work work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-  std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
-  return values[values.size() / 2];
 }
 
 void compare(const char* file) {

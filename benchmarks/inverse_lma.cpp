@@ -4,7 +4,6 @@
 // weights; both start at A = -30, off the singular direction; both results are verified forward.
 // Then the list of all angles against its single solves: at most 1.1 times is wanted.
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <kdl/chainfksolverpos_recursive.hpp>
@@ -13,10 +12,13 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/KdlChain.h"
+#include "benchmarks/Measure.h"
 #include "toolkit/Machine.h"
 
 namespace {
 
+using korvo::bench::kdl, korvo::bench::median, korvo::bench::secondsOf, korvo::bench::turns;
 using zgeo::UVec3d;
 using zkin::KMachineElem;
 using zkin::KMachineValueBase;
@@ -26,26 +28,10 @@ constexpr int kTargets = 2000, kListRounds = 2000;
 constexpr double kMetre = 1e-3;  ///< KDL's unit in mm's.
 constexpr double kStartA = -30;  ///< Degrees.
 
-KDL::Vector kdl(const UVec3d& v) { return {v.x, v.y, v.z}; }
-KDL::Vector metres(const UVec3d& v) { return kdl(v) * kMetre; }
-
-bool turns(const KMachineElem& e) { return e.getElemType() == KMachineElem::KMET_TYPE_AROT; }
-
-/// One segment for each axis of tool 1, then the spindle about the tool line.
-KDL::Chain kdlChain(const zkin::KMachine& machine) {
-  std::vector<const KMachineElem*> axes = machine.getToolChain(true, 1);
-  const KDL::Vector end = metres(axes.back()->getElemPivot()),
-                    tool = kdl(axes.back()->getElemAxis());
-  std::erase_if(axes, [](const auto* e) { return e->getValueIndex() < 0; });
-  KDL::Chain chain;
-  KDL::Vector at = KDL::Vector::Zero();
-  for (const KMachineElem* e : axes) {
-    const KDL::Vector place = turns(*e) ? metres(e->getElemPivot()) : at;
-    const KDL::Joint joint(place - at, kdl(e->getElemAxis()),
-                           turns(*e) ? KDL::Joint::RotAxis : KDL::Joint::TransAxis);
-    chain.addSegment(KDL::Segment(joint, KDL::Frame((e == axes.back() ? end : place) - at)));
-    at = place;
-  }
+/// The machine in metres, then the spindle about the tool line.
+KDL::Chain withSpindle(const zkin::KMachine& machine) {
+  KDL::Chain chain = korvo::bench::kdlChain(machine, kMetre);
+  const KDL::Vector tool = kdl(machine.getToolChain(true, 1).back()->getElemAxis());
   chain.addSegment(KDL::Segment(KDL::Joint(KDL::Vector::Zero(), tool, KDL::Joint::RotAxis)));
   return chain;
 }
@@ -78,13 +64,6 @@ std::vector<Target> targets(const korvo::Machine& machine, const KDL::Chain& cha
     forward.JntToCart(q, target.frame);
   }
   return out;
-}
-
-template <typename Work>
-double secondsOf(Work work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 void compare(const korvo::Machine& machine, const KDL::Chain& chain,
@@ -155,10 +134,6 @@ void compareList(korvo::Machine& machine, const std::vector<Target>& all) {
     entries += list.size();
     KMachineValueBase::_release(list);
   }
-  const auto median = [](std::vector<double>& v) {
-    std::nth_element(v.begin(), v.begin() + kListRounds / 2, v.end());
-    return v[kListRounds / 2];
-  };
   std::printf("list of 81 starts: %.1f us, %.1f entries, ratio to its single solves %.2f\n",
               median(listTime) * 1e6, static_cast<double>(entries) / kListRounds, median(ratio));
 }
@@ -168,7 +143,7 @@ void compareList(korvo::Machine& machine, const std::vector<Target>& all) {
 int main() {
   korvo::Loaded loaded = korvo::load(std::string(KORVO_MACHINES "/table-ac.def"));
   if (!loaded) return 1;
-  const KDL::Chain chain = kdlChain(**loaded.machine);
+  const KDL::Chain chain = withSpindle(**loaded.machine);
   const std::vector<Target> all = targets(*loaded.machine, chain);
   compare(*loaded.machine, chain, all);
   compareList(*loaded.machine, all);
