@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include "toolkit/solve/Cone.h"
@@ -104,7 +105,21 @@ class ArmTask {
 
   void solve() {
     if (query_.frame) return byFrame(*query_.frame, {-1, -1});
-    isCoaxial() ? byDirection() : byTurns();
+    if (isCoaxial()) return byDirection();
+    forEachFrame([this](const UMatrix& frame) { byFrame(frame, {place(5), -1}); });
+  }
+
+  std::optional<Shortfall> shortfall() {
+    Shortfall least{std::numeric_limits<double>::infinity(), {}};
+    const auto take = [&](const UVec3d& centre) {
+      if (least.mm > 0) least = std::min(least, shortfallAt(centre), isShorter);
+    };
+    if (isCoaxial()) {
+      take(centreByDirection());
+    } else {
+      forEachFrame([&](const UMatrix& frame) { take(motionTo(frame) * standing_.centre); });
+    }
+    return least.mm > 0 ? std::optional(least) : std::nullopt;
   }
 
  private:
@@ -130,11 +145,25 @@ class ArmTask {
 
   // --- the wrist centre
 
+  const rotations::ThreeAxes& axes() const {
+    return standing_.moved ? *standing_.moved : query_.core.arm->shoulder();
+  }
+
+  static bool isShorter(const Shortfall& a, const Shortfall& b) { return a.mm < b.mm; }
+
+  Shortfall shortfallAt(const UVec3d& centre) const {
+    if (axes().solve(plain(centre)).count > 0) return {};
+    const rotations::NearestAngles nearest = axes().nearest(plain(centre));
+    UMatrix m;
+    const std::array<double, 3> angles = anglesOf(nearest.angles);
+    for (int k = 0; k < 3; ++k) turnBy(axis(k), standing_.lines[at(k)].point, angles[at(k)], m);
+    const UVec3d reached = m * standing_.centre;
+    return {nearest.missMm, query_.target.tip + turned(standing_.front, reached - centre)};
+  }
+
   template <typename Visit>
   void forEachReached(const UVec3d& centre, Visit visit) {
-    const rotations::ThreeAxes& axes =
-        standing_.moved ? *standing_.moved : query_.core.arm->shoulder();
-    for (const rotations::ThreeAngles& a : axes.solve(plain(centre))) {
+    for (const rotations::ThreeAngles& a : axes().solve(plain(centre))) {
       Reached reached{a, {}, {}};
       reached.branch.shoulder = static_cast<std::int8_t>(a.shoulder);
       reached.branch.elbow = static_cast<std::int8_t>(a.elbow);
@@ -345,14 +374,16 @@ class ArmTask {
 
   // --- a point and a direction
 
+  UVec3d centreByDirection() const {
+    const double ahead = (standing_.centre - tip()) * toolDirection();
+    return rigidInverse(standing_.front) * (query_.target.tip + query_.direction * ahead);
+  }
+
   /// The last joint turns the tool about itself and stays where it starts.
   void byDirection() {
-    const UMatrix back = rigidInverse(standing_.front);
-    const UVec3d direction = turned(back, query_.direction);
-    const double ahead = (standing_.centre - tip()) * toolDirection();
-    const UVec3d centre = back * query_.target.tip + direction * ahead;
+    const UVec3d direction = turnedBack(standing_.front, query_.direction);
     const double sense = toolDirection() * axis(5) < 0 ? -1.0 : 1.0;
-    forEachReached(centre, [&](const Reached& reached) {
+    forEachReached(centreByDirection(), [&](const Reached& reached) {
       forEachShoulder(reached, [&](int free) {
         return pointWrist(reached, turnedBack(shoulderTurn(), direction * sense), free);
       });
@@ -398,7 +429,8 @@ class ArmTask {
 
   /// The tool may be turned about its direction: as the start has it, turned the shortest way, and
   /// by even steps from there. What is free is named by the last joint.
-  void byTurns() {
+  template <typename Visit>
+  void forEachFrame(Visit visit) const {
     const JointChain& chain = query_.core.chain;
     UMatrix start = chain.motion(query_.from);
     start.setOrigin({});
@@ -413,7 +445,7 @@ class ArmTask {
       turnBy(query_.direction, {}, 2 * std::numbers::pi * k / turns, about);
       UMatrix frame = about * shortest * start;
       frame.setOrigin(query_.target.tip);
-      byFrame(frame, {place(5), -1});
+      visit(frame);
     }
   }
 
@@ -425,6 +457,11 @@ class ArmTask {
 void solveStanding(const Query& query, Values& values) { ArmTask(query, values).solve(); }
 
 }  // namespace
+
+std::optional<Shortfall> shortfallOfArm(const Query& query) {
+  Values values = query.from;
+  return ArmTask(query, values).shortfall();
+}
 
 void solveArm(const Query& query) {
   Values values = query.from;

@@ -88,7 +88,7 @@ void add(const Query& query, const Values& values, const Branch& branch,
   }
   if (query.limits == Limits::kept && solution.margin < 0) return;
   // Two pairs of more than two rotary joints may end in one position.
-  if (core.turns.size() > 2 &&
+  if (core.kind == SolverKind::moreRotary &&
       std::any_of(query.out.begin(), query.out.end(),
                   [&](const Solution& s) { return isSame(s.values, values); })) {
     return;
@@ -152,6 +152,13 @@ void Solver::solve(const FrameTarget& target, const Values& from, std::vector<So
   UVec3d direction = core_->chain.toolDirection;
   target.frame.applyDir(direction);
   solveArm({*core_, {tip, direction}, direction, from, limits, out, &target.frame});
+}
+
+std::optional<Shortfall> Solver::shortfall(const Target& target, const Values& from) const {
+  const UVec3d direction = target.direction.normalised();
+  if (core_->kind != SolverKind::arm || !isFinite(target.tip) || !isFinite(direction)) return {};
+  std::vector<Solution> none;
+  return shortfallOfArm({*core_, target, direction, from, Limits::ignored, none});
 }
 
 Residual Solver::residual(const Values& values, const Target& target) const {

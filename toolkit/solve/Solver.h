@@ -103,6 +103,12 @@ struct Solution {
   bool isFamily() const { return freePlaces[0] >= 0; }
 };
 
+/// How much an arm is too short, or too long, for a target.
+struct Shortfall {
+  double mm = 0.0;  ///< From the wrist centre wanted to the nearest place it can be carried.
+  zgeo::UVec3d nearestTip;  ///< The tip with the tool directed as wanted, the wrist centre there.
+};
+
 enum class Limits {
   kept,
   ignored,  ///< Every branch once, with the turns nearest to the start.
@@ -145,6 +151,10 @@ class KORVO_TOOLKIT_API Solver {
   /// the frame is no rotation (to 1e-9).
   void solve(const FrameTarget& target, const Values& from, std::vector<Solution>& out,
              Limits limits = Limits::kept) const;
+
+  /// Of an arm: how much its first three joints are too short for the target, whatever the limits;
+  /// nothing where they reach it, and of other machines.
+  std::optional<Shortfall> shortfall(const Target& target, const Values& from) const;
 
   /// How far a position misses a target.
   Residual residual(const Values& values, const Target& target) const;
