@@ -13,19 +13,22 @@ namespace {
 constexpr double kTurn = 2 * std::numbers::pi;
 constexpr int kIntervals = 16;
 constexpr double kFirst = 0.1;    ///< Where the circle is cut: square lines have nothing there.
-constexpr double kNarrow = 1e-9;  ///< Half a width at which value and slope are both rounding.
+constexpr double kNarrow = 1e-9;  ///< An extreme this far off is as high within 1e-18.
+constexpr double kSure = 1e-15;
 
-/// Of a monotone stretch: Newton's steps where they stay inside, else halving.
-double rootBetween(const TrigPolynomial& f, double low, double high, bool rises) {
+/// Of a monotone stretch: Newton's steps where they stay inside, else halving, until a step is no
+/// longer than `step`.
+double rootBetween(const TrigPolynomial& f, double low, double high, bool rises, double step) {
   const TrigPolynomial slope = f.derivative();
   double x = 0.5 * (low + high);
-  for (int i = 0; i < 80 && high - low > 1e-16; ++i) {
-    const double value = f.at(x);
-    if (value == 0) return x;
+  for (int i = 0; i < 80; ++i) {
+    const SinCos a = sinCos(x);
+    const double value = f.at(a);
     ((value < 0) == rises ? low : high) = x;
-    double next = x - value / slope.at(x);
+    double next = x - value / slope.at(a);
+    if (std::fabs(next - x) <= step) return next;
     if (!(next > low && next < high)) next = 0.5 * (low + high);
-    if (std::fabs(next - x) < 1e-16) return next;
+    if (std::fabs(next - x) <= step) return next;
     x = next;
   }
   return x;
@@ -38,10 +41,10 @@ class Extremes {
         curve_(slope_.derivative()),
         bound_(std::hypot(f.c1, f.s1) + 8 * std::hypot(f.c2, f.s2)) {
     const auto end = [](int i) { return kFirst + i * (kTurn / kIntervals); };
-    const double first = slope_.at(end(0));
+    const double first = slope_.at(sinCos(end(0)));
     double before = first;
     for (int i = 0; i < kIntervals; ++i) {
-      const double after = i + 1 < kIntervals ? slope_.at(end(i + 1)) : first;
+      const double after = i + 1 < kIntervals ? slope_.at(sinCos(end(i + 1))) : first;
       look({end(i), before}, {end(i + 1), after});
       before = after;
     }
@@ -64,11 +67,12 @@ class Extremes {
   /// extreme on it belongs to one of them whatever rounding says.
   void look(const End& left, const End& right) {
     const double h = 0.5 * (right.angle - left.angle), m = left.angle + h;
-    const double s = slope_.at(m), c = curve_.at(m);
+    const SinCos a = sinCos(m);
+    const double s = slope_.at(a), c = curve_.at(a);
     if (std::fabs(s) > std::fabs(c) * h + 0.5 * bound_ * h * h) return;
     if (std::fabs(c) > bound_ * h) {
       if ((left.slope < 0) != (right.slope < 0)) {
-        push(rootBetween(slope_, left.angle, right.angle, left.slope < 0));
+        push(rootBetween(slope_, left.angle, right.angle, left.slope < 0, kNarrow));
       }
       return;
     }
@@ -85,12 +89,6 @@ class Extremes {
 
 }  // namespace
 
-double TrigPolynomial::at(double angle) const {
-  const SinCos a = sinCos(angle);
-  return c0 + (c1 * a.cos + s1 * a.sin) +
-         (c2 * (a.cos - a.sin) * (a.cos + a.sin) + s2 * (2 * a.sin * a.cos));
-}
-
 double TrigPolynomial::largest() const {
   return std::max({std::fabs(c0), std::fabs(c1), std::fabs(s1), std::fabs(c2), std::fabs(s2)});
 }
@@ -102,7 +100,7 @@ TrigPolynomial::Roots TrigPolynomial::roots(double rounding) const {
   const Extremes extremes(*this);
   std::array<double, 12> values{};
   for (int i = 0; i < extremes.count(); ++i) {
-    values[i] = at(extremes[i]);
+    values[i] = at(sinCos(extremes[i]));
     if (std::fabs(values[i]) <= rounding) found.push({extremes[i], true});
   }
   for (int i = 0; i < extremes.count(); ++i) {
@@ -110,7 +108,7 @@ TrigPolynomial::Roots TrigPolynomial::roots(double rounding) const {
     const bool isTaken = std::min(std::fabs(values[i]), std::fabs(values[next])) <= rounding;
     if (isTaken || (values[i] < 0) == (values[next] < 0)) continue;
     const double end = extremes[next] + (next == 0 ? kTurn : 0);
-    found.push({rootBetween(*this, extremes[i], end, values[i] < 0), false});
+    found.push({rootBetween(*this, extremes[i], end, values[i] < 0, kSure), false});
   }
   return found;
 }

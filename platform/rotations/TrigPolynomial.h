@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/rotations/SinCos.h"
+
 namespace korvo::rotations::detail {
 
 /// c0 + c1 cos + s1 sin + c2 cos 2. + s2 sin 2.
@@ -21,7 +23,10 @@ struct TrigPolynomial {
     const Root* end() const { return roots + count; }
   };
 
-  double at(double angle) const;
+  double at(const SinCos& a) const {
+    return c0 + (c1 * a.cos + s1 * a.sin) +
+           (c2 * (a.cos - a.sin) * (a.cos + a.sin) + s2 * (2 * a.sin * a.cos));
+  }
   TrigPolynomial derivative() const { return {0, s1, -c1, 2 * s2, -2 * c2}; }
   double largest() const;  ///< Of the coefficients, without sign.
   void divide(double by);

@@ -286,12 +286,17 @@ class ArmTask {
 
   // --- a whole frame
 
-  void byFrame(const UMatrix& frame, const std::array<int, 2>& freePlaces) {
+  /// What the six joints have to do for a frame.
+  UMatrix motionTo(const UMatrix& frame) const {
+    const JointChain& chain = query_.core.chain;
     UMatrix motion = frame;  // of the tool's body
     motion.setOrigin(frame.getOrigin() -
-                     turned(frame, query_.core.chain.toolPoint - query_.core.chain.toolDirection *
-                                                                     query_.core.chain.toolLength));
-    motion = rigidInverse(standing_.front) * motion * rigidInverse(standing_.behind);
+                     turned(frame, chain.toolPoint - chain.toolDirection * chain.toolLength));
+    return rigidInverse(standing_.front) * motion * rigidInverse(standing_.behind);
+  }
+
+  void byFrame(const UMatrix& frame, const std::array<int, 2>& freePlaces) {
+    const UMatrix motion = motionTo(frame);
     forEachReached(motion * standing_.centre, [&](const Reached& reached) {
       forEachShoulder(reached, [&](int free) {
         return turnWristTo(reached, rigidInverse(shoulderTurn()) * motion, with(freePlaces, free));
