@@ -54,8 +54,8 @@ void forEachTurn(Query& query, const MachinePosition& start, const UVec3d& dir, 
       }
       for (int k = 0; k < solution.count; ++k) {
         MachinePosition p = query.zero;
-        p[rotary[i]->GetRegister()] = solution.pairs[k].first.radians * kDegreesOfRadian;
-        p[rotary[j]->GetRegister()] = solution.pairs[k].second.radians * kDegreesOfRadian;
+        p[rotary[i]->GetRegister()] = degreesOf(solution.pairs[k].first.radians);
+        p[rotary[j]->GetRegister()] = degreesOf(solution.pairs[k].second.radians);
         visit(p, *rotary[i], *rotary[j]);
       }
     }
@@ -93,16 +93,15 @@ bool areInRange(const Axes& axes, const MachinePosition& p) {
 }
 
 bool foldAll(const Axes& rotary, MachinePosition& p) {
-  return std::all_of(rotary.begin(), rotary.end(), [&p](const Entity* axis) {
-    return foldUpwards(*axis, p[axis->GetRegister()]);
-  });
+  return std::all_of(rotary.begin(), rotary.end(),
+                     [&p](const Entity* axis) { return fold(*axis, p[axis->GetRegister()]); });
 }
 
 // First near the start, then into the range: the range decides.
 bool bringNear(const Entity& axis, const MachinePosition& start, MachinePosition& p) {
   double& v = p[axis.GetRegister()];
   v = nearStart(v, start[axis.GetRegister()]);
-  return foldDownwards(axis, v);
+  return fold(axis, v);
 }
 
 /// Largest change of an axis.
