@@ -52,6 +52,7 @@ void forEachTurn(Query& query, const MachinePosition& start, const UVec3d& dir, 
         query.compute.GetLastError();  // whatever the cause, the next pair may do
         continue;
       }
+      if (solution.count > std::ssize(solution.pairs)) continue;  // not what was asked for
       for (int k = 0; k < solution.count; ++k) {
         MachinePosition p = query.zero;
         p[rotary[i]->GetRegister()] = degreesOf(solution.pairs[k].first.radians);
@@ -112,6 +113,8 @@ double largestChange(const Axes& rotary, const MachinePosition& a, const Machine
   }
   return largest;
 }
+
+bool isSmaller(double change, double best) { return change < best - kSameChange; }
 
 }  // namespace
 
@@ -180,9 +183,9 @@ int NMachine::getConfigPlus(const MachinePosition& current, const UVec3d& pos, c
               [&](MachinePosition& turned, const Entity& r1, const Entity& r2) {
                 if (!bringNear(r1, current, turned) || !bringNear(r2, current, turned)) return;
                 const double change = largestChange(rotary, turned, current);
-                if (!(change < bestChange)) return;
+                if (!isSmaller(change, bestChange)) return;
                 forEachSlide(query, turned, pos, theLength_, linear, [&](const MachinePosition& p) {
-                  if (!(change < bestChange) || !areInRange(linear, p)) return;
+                  if (!isSmaller(change, bestChange) || !areInRange(linear, p)) return;
                   best = p;
                   bestChange = change;
                 });

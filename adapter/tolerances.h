@@ -13,6 +13,10 @@ inline constexpr double kPositionEqual = 1e-4;
 /// (test: WholeTurns.BringNearTheStartWithinAFullTurn).
 inline constexpr double kNearStart = 359.9999;
 
+/// Largest changes (degrees) that differ by less are the same, and the earlier position stays: far
+/// above the rounding of the way to radians and back, which differs between mirror images.
+inline constexpr double kSameChange = 1e-9;
+
 inline constexpr double kFullTurn = 360.0;
 
 /// Turns to be compared one by one at the end of a fold: less than two are left, and one may be
