@@ -80,7 +80,7 @@ class Conversion {
     for (int rank = 0; rank < from_.getElemNumber(); ++rank) {
       to_.LinkEntity(EntityId(rank + 1), carrierOf(*from_.getElemByRank(rank)));
     }
-    if (!isTable(*rootPath_.front())) to_.AddTable(L"", carrierOf(*rootPath_.front()));
+    if (!isTable(*rootPath_.front())) to_.AddTable(L"", tableCarrier());
   }
 
  private:
@@ -102,16 +102,24 @@ class Conversion {
 
   // The root's side of the frame is turned round: there the frame carries. What a definition hangs
   // on an element there has the motions from the root to that element, its own included, before it,
-  // so it stands on what carries that element. What hangs on nothing stays with the root.
+  // so it stands on what carries that element. What hangs on nothing has none of them: it stays
+  // with the table.
   EntityId carrierOf(const KMachineElem& e) const {
     const KMachineElem* below = &e;
     if (onRootPath(e) == rootPath_.end()) {
       below = from_.getPrevElem(&e);
-      if (!below) below = rootPath_.front();
+      if (!below) return tableCarrier();
       if (below == frame_ || onRootPath(*below) == rootPath_.end()) return idOf(*below);
     }
     const auto place = onRootPath(*below);
     return below == frame_ ? EntityId(0) : idOf(**(place + 1));
+  }
+
+  // Positions are seen from where the root is before its own motion, and a root that moves carries
+  // that, turned round like the others.
+  EntityId tableCarrier() const {
+    const KMachineElem& root = *rootPath_.front();
+    return isTable(root) ? carrierOf(root) : idOf(root);
   }
 
   EntityId addEntity(const KMachineElem& e) {
