@@ -10,6 +10,7 @@
 #include "adapter/PositionList.h"
 #include "adapter/PositionTrace.h"
 #include "adapter/convert.h"
+#include "adapter/memory.h"
 #include "adapter/tolerances.h"
 #include "platform/ombra/MachineCompute.h"
 #include "platform/zgeo/UTools.h"
@@ -116,6 +117,27 @@ double largestChange(const Axes& rotary, const MachinePosition& a, const Machine
 
 bool isSmaller(double change, double best) { return change < best - kSameChange; }
 
+// Traces that memory is short for lose text, and lines end all the same.
+
+void traceLine(const wchar_t* text) {
+  hadMemory([text] { UTools::_traceTS(L"%s", text); });
+  UTools::_traceTF();
+}
+
+void traceQuestion(int count, const MachinePosition& current, const UVec3d& pos,
+                   const UVec3d& dir) {
+  hadMemory([&] {
+    tracePosition(count, L"zkin::NMachine::getConfigPlus", current, count);
+    pos.dump(L" pos", true);
+    dir.dump(L" dir", true);
+  });
+}
+
+void traceAnswer(int count, const MachinePosition& out) {
+  hadMemory([&] { tracePosition(count, L"(minmaxdif)", out, count); });
+  UTools::_traceTF();
+}
+
 }  // namespace
 
 int NMachine::getPossibleAngles(const UVec3d& dir, std::vector<MachinePosition*>& out) const try {
@@ -167,13 +189,11 @@ std::vector<const Entity*> NMachine::freeAxes(Ombra::Kin::LinkKind kind) const {
 int NMachine::getConfigPlus(const MachinePosition& current, const UVec3d& pos, const UVec3d& dir,
                             MachinePosition& out) const try {
   if (!machine_) {
-    UTools::_trace(L"zkin::NMachine::getConfigPlus, no machine");
+    traceLine(L"zkin::NMachine::getConfigPlus, no machine");
     return 1;
   }
   const int count = registerNb().value;
-  tracePosition(count, L"zkin::NMachine::getConfigPlus", current, count);
-  pos.dump(L" pos", true);
-  dir.dump(L" dir", true);
+  traceQuestion(count, current, pos, dir);
 
   const Axes rotary = freeAxes(Ombra::Kin::Rotary), linear = freeAxes(Ombra::Kin::Linear);
   Query query{MachineCompute(machine_), head_, table_, newMachinePosition()};
@@ -191,15 +211,14 @@ int NMachine::getConfigPlus(const MachinePosition& current, const UVec3d& pos, c
                 });
               });
   if (best.Size() == 0) {
-    UTools::_trace(L"(NO RES)");
+    traceLine(L"(NO RES)");
     return 0;
   }
   out = best;
-  tracePosition(count, L"(minmaxdif)", out, count);
-  UTools::_traceTF();
+  traceAnswer(count, out);
   return 0;
 } catch (const std::bad_alloc&) {
-  UTools::_trace(L"(NO RES)");
+  traceLine(L"(NO RES)");
   return 0;
 }
 

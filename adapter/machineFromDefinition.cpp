@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <new>
 #include <numeric>
 #include <string>
 #include <utility>
@@ -175,14 +176,18 @@ class Conversion {
 
 }  // namespace
 
-std::unique_ptr<Ombra::Kin::Machine> machineFromDefinition(const KMachine& machine, Bodies bodies) {
+std::unique_ptr<Ombra::Kin::Machine> machineFromDefinition(const KMachine& machine,
+                                                           Bodies bodies) try {
   const int axes = machine.getAxisNum();
   const KMachineElem* const frame = machine.getElemByIndex(KMachineElem::KMET_BATI);
   if (!frame || axes < 1 || axes > 12 || machine.getToolNumber() == 0) return nullptr;
   const std::unique_ptr<KMachineValueBase, Release> zero(machine.newMachineValue());
+  if (!zero) return nullptr;
   auto made = std::make_unique<Ombra::Kin::Machine>(machine.getDataFilePNE());
   Conversion(machine, *frame, *zero, made->EditKinematic()).run(bodies);
   return made;
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 }  // namespace zkin
