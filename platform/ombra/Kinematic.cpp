@@ -48,7 +48,7 @@ EntityId Kinematic::add(EntityType type, const AxisDefinition& definition, Entit
   if (!isCarrier(carrier)) return EntityId(0);
   const EntityId added(static_cast<std::int32_t>(list_.size()) + 1);
   const EntityLink link{carrier.value, added.value, definition.kind};
-  entities_.emplace_back(new Entity(type, link, definition));
+  entities_.push_back(std::unique_ptr<Entity>(new Entity(type, link, definition)));
   list_.push_back(entities_.back().get());
   return added;
 }

@@ -6,14 +6,19 @@
 #include <gtest/gtest.h>
 
 #include "kinematics/KMachine.h"
+#include "tests/alloc/Allocations.h"
 #include "tests/support/MachineGenerator.h"
+
+thread_local std::size_t korvo::test::allocations = 0;
+thread_local std::ptrdiff_t korvo::test::liveBlocks = 0;
 
 namespace {
 
-thread_local std::size_t allocations = 0;
+using korvo::test::allocations;
+using korvo::test::liveBlocks;
 
 void* countedOrNull(std::size_t size) noexcept {
-  ++allocations;
+  ++allocations, ++liveBlocks;
   return std::malloc(size == 0 ? 1 : size);
 }
 
@@ -23,10 +28,15 @@ void* counted(std::size_t size) {
 }
 
 void* counted(std::size_t size, std::align_val_t alignment) {
-  ++allocations;
+  ++allocations, ++liveBlocks;
   const auto step = static_cast<std::size_t>(alignment);
   if (void* const p = std::aligned_alloc(step, (size + step - 1) / step * step)) return p;
   throw std::bad_alloc();
+}
+
+void release(void* p) noexcept {
+  if (p) --liveBlocks;
+  std::free(p);
 }
 
 }  // namespace
@@ -44,15 +54,15 @@ void* counted(std::size_t size, std::align_val_t alignment) {
 [[gnu::noinline]] void* operator new(std::size_t size, std::align_val_t a) {
   return counted(size, a);
 }
-[[gnu::noinline]] void operator delete(void* p) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete[](void* p) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete(void* p, const std::nothrow_t&) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete[](void* p, const std::nothrow_t&) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete(void* p, std::align_val_t) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete(void* p) noexcept { release(p); }
+[[gnu::noinline]] void operator delete[](void* p) noexcept { release(p); }
+[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { release(p); }
+[[gnu::noinline]] void operator delete[](void* p, std::size_t) noexcept { release(p); }
+[[gnu::noinline]] void operator delete(void* p, const std::nothrow_t&) noexcept { release(p); }
+[[gnu::noinline]] void operator delete[](void* p, const std::nothrow_t&) noexcept { release(p); }
+[[gnu::noinline]] void operator delete(void* p, std::align_val_t) noexcept { release(p); }
 [[gnu::noinline]] void operator delete(void* p, std::size_t, std::align_val_t) noexcept {
-  std::free(p);
+  release(p);
 }
 
 namespace {
