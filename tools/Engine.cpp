@@ -39,8 +39,8 @@ Engine engineOf(const std::string& word, const std::vector<Engine>& engines) {
 std::string helpOf(Engine engine, const std::vector<Engine>& engines) {
   std::string text = "What computes:";
   for (const Engine e : engines) {
-    text += std::string(e == engines.front() ? " " : "; ") + rowOf(e).word + ", " +
-            rowOf(e).meaning;
+    text +=
+        std::string(e == engines.front() ? " " : "; ") + rowOf(e).word + ", " + rowOf(e).meaning;
   }
   return text + " [" + rowOf(engine).word + "]";
 }

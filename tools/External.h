@@ -1,10 +1,13 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include "adapter/NMachine.h"
+#include "adapter/machineFromDefinition.h"
 #include "platform/zgeo/UMatrix.h"
 #include "toolkit/answer/Answer.h"
+#include "toolkit/export/Bodies.h"
 #include "tools/Session.h"
 #include "tools/ToolPoint.h"
 
@@ -15,7 +18,7 @@ namespace korvo::tools {
 class External {
  public:
   /// Throws Failure when the machine cannot be made into such a one.
-  explicit External(const Session& session);
+  explicit External(const Session& session, zkin::Bodies bodies = zkin::Bodies::none);
   ~External() { adapter_.reset(true); }
   External(const External&) = delete;
   External& operator=(const External&) = delete;
@@ -23,6 +26,9 @@ class External {
   ToolPoint toolPoint(const Position& v) const;      ///< In part zero.
   zgeo::UMatrix toolFrame(const Position& v) const;  ///< In the machine frame.
   zgeo::UMatrix tipFrame(const Position& v) const;   ///< In part zero.
+
+  /// The bodies at a position, in the machine frame; none unless it was made with them.
+  std::vector<Body> bodies(const Position& v) const;
 
   /// Positions on a target in the machine frame: the one that the library takes from `from`, or all
   /// of them, the nearest `most`. Only what is verified with the library's own model, is inside

@@ -7,6 +7,8 @@
 #include "toolkit/export/Bodies.h"
 #include "toolkit/export/WholeFile.h"
 #include "toolkit/export/Write.h"
+#include "tools/Engine.h"
+#include "tools/External.h"
 #include "tools/FileName.h"
 #include "tools/InfoJson.h"
 #include "tools/Messages.h"
@@ -26,6 +28,7 @@ struct MeshOptions {
   std::optional<std::string> at;
   std::string output;
   std::optional<std::string> size;
+  Engine engine = Engine::library;
 };
 
 // --- what was asked
@@ -61,6 +64,11 @@ const Kind& kindOf(const MeshOptions& o) {
     if (suffix == kind.suffix) return kind;
   }
   failUsage("a file that ends in .stl, .glb, .obj or .png after -o", inQuotes(o.output));
+}
+
+std::vector<Body> bodiesAt(const MeshOptions& o, const Session& session, const Position& at) {
+  if (o.engine == Engine::library) return bodiesOf(*session.machine(), at);
+  return External(session, zkin::Bodies::fromGeometryFiles).bodies(at);
 }
 
 // --- elements without a body
@@ -238,7 +246,7 @@ Exit run(const MeshOptions& o) {
   Session session(o.common);
   const Position at = o.at ? positionOf(session, *o.at, "--at") : session.machine().position();
   refuseWhatIsRead(o, session);
-  std::vector<Body> bodies = bodiesOf(*session.machine(), at);
+  std::vector<Body> bodies = bodiesAt(o, session, at);
   const json elements = withoutBody(session, bodies);
   warn(session, elements);
   const Measured answer = measured(bodies);
@@ -271,6 +279,7 @@ void addMesh(CLI::App& app, Exit& exit) {
                    "The file to write; its end says which kind: .stl, .glb, .obj or .png")
       ->required();
   verb->add_option("--size", o->size, "Size of a .png in pixels, WIDTHxHEIGHT [1200x900]");
+  addEngineOption(*verb, o->engine, {Engine::library, Engine::external});
   verb->footer(
       "STL (binary), OBJ (with a .mtl beside it): mm, in the frame of the part, in which points "
       "are\n"

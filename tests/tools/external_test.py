@@ -3,6 +3,7 @@ import os
 
 from command_line_test import SCHEMAS, USAGE
 from inverse_test import Examples, Inverse, InverseCommandLine
+from mesh_test import Mesh
 
 AT = {**Examples.AT, "arm-irb2400-rail": "RAIL=500,J1=10,J2=20"}
 # Two rotary axes and three linear ones are what its solvers put together.
@@ -99,3 +100,29 @@ class External(InverseCommandLine):
                           "--positions", "-", *EXTERNAL)
         self.assert_fails(USAGE, "--engine external with one target", "inverse", self.machine,
                           "--targets", "-", *EXTERNAL)
+
+
+class ExternalMesh(Mesh):
+    """All that `mesh` does, by the other engine."""
+
+    def run_korvo(self, *arguments, **more):
+        engine = EXTERNAL if arguments[0] == "mesh" and "--engine" not in arguments else ()
+        return super().run_korvo(*arguments, *engine, **more)
+
+    def test_says_the_same_for_every_example_with_bodies(self):
+        for name in ("table-ac", "mill-3axis", "head-cb-fork", "arm-irb2400", "arm-irb2400-rail"):
+            with self.subTest(name):
+                self.machine = name
+                at = ("--at", AT[name])
+                theirs = self.mesh("a.stl", *at)
+                ours = self.mesh("b.stl", *at, "--engine", "library")
+                self.assertGreater(len(ours["bodies"]), 5)
+                for a, b in zip(theirs["bodies"], ours["bodies"], strict=True):
+                    for end in ("min", "max"):
+                        self.assert_near(a["box"].pop(end), b["box"].pop(end), 1e-9)
+                    self.assertEqual(a, b)
+                self.assertEqual(len(self.read("a.stl")), len(self.read("b.stl")))
+
+    def test_words_are_checked(self):
+        self.assert_fails(USAGE, "expected library or external after --engine, found 'own'",
+                          "mesh", self.machine, "-o", self.path("a.stl"), "--engine", "own")
