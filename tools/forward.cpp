@@ -158,7 +158,7 @@ json elementsJson(const zkin::KMachine& machine, const zkin::KMachineValueBase& 
 void addForward(CLI::App& app, Exit& exit) {
   CLI::App* verb = app.add_subcommand("forward", "Say where the tool stands at axis values");
   const auto o = std::make_shared<ForwardOptions>();
-  addCommonOptions(*verb, o->common);
+  addCommonOptions(*verb, o->common, {"--lock", "--strategy"});  // it solves nothing
   verb->add_option("--at", o->at,
                    "Position: X=10,C=90 (unnamed axes are 0), or all values in order");
   verb->add_flag("--elements", o->elements, "Also the motion matrices of all elements")

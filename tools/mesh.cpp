@@ -218,10 +218,16 @@ void refuseWhatIsRead(const MeshOptions& o, const Session& session) {
   if (isRead) failUsage("a file of its own after -o", inQuotes(o.output) + ", which is read");
 }
 
-// A picture is what one sees beside the machine; the other files keep its frame.
+void move(const zgeo::UMatrix& by, std::vector<Body>& bodies) {
+  for (Body& body : bodies) body.motion = by * body.motion;
+}
+
+// A picture is what one sees beside the machine, wherever part zero lies.
 void standStill(const MeshOptions& o, const Session& session, const Position& at,
                 std::vector<Body>& bodies) {
-  if (suffixOf(o.output) == ".png") standOnFrame(*session.machine(), at, bodies);
+  if (suffixOf(o.output) != ".png") return;
+  move(session.machine()->getUNI2MAC(), bodies);
+  standOnFrame(*session.machine(), at, bodies);
 }
 
 void write(const Kind& kind, const MeshOptions& o, const std::vector<Body>& bodies) {
@@ -247,6 +253,7 @@ Exit run(const MeshOptions& o) {
   const Position at = o.at ? positionOf(session, *o.at, "--at") : session.machine().position();
   refuseWhatIsRead(o, session);
   std::vector<Body> bodies = bodiesAt(o, session, at);
+  move(session.machine()->getMAC2UNI(), bodies);
   const json elements = withoutBody(session, bodies);
   warn(session, elements);
   const Measured answer = measured(bodies);
@@ -272,7 +279,7 @@ void addMesh(CLI::App& app, Exit& exit) {
   CLI::App* verb =
       app.add_subcommand("mesh", "Write the bodies of the machine at axis values, or a picture");
   const auto o = std::make_shared<MeshOptions>();
-  addCommonOptions(*verb, o->common);
+  addCommonOptions(*verb, o->common, {"--lock", "--strategy"});  // it solves nothing
   verb->add_option("--at", o->at,
                    "Position: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]");
   verb->add_option("-o,--output", o->output,
@@ -281,8 +288,7 @@ void addMesh(CLI::App& app, Exit& exit) {
   verb->add_option("--size", o->size, "Size of a .png in pixels, WIDTHxHEIGHT [1200x900]");
   addEngineOption(*verb, o->engine, {Engine::library, Engine::external});
   verb->footer(
-      "STL (binary), OBJ (with a .mtl beside it): mm, in the frame of the part, in which points "
-      "are\n"
+      "STL (binary), OBJ (with a .mtl beside it): mm, in part zero (--frame), in which points are\n"
       "answered: the part stands still, table axes move the rest. The boxes told are in it, too.\n"
       "GLB: metres, Y up, as glTF wants it; one node for each body, in its own frame (mm) and "
       "moved\n"

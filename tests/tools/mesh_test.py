@@ -81,6 +81,25 @@ class Mesh(CommandLine):
             self.assert_near(box["min"], low)
             self.assert_near(box["max"], high)
 
+    # Part zero at (10, 20, 30), its X along the machine's Y: (x, y, z) is (y - 20, 10 - x, z - 30).
+    def test_files_and_boxes_are_in_part_zero(self):
+        frame = ("--frame", "10,20,30,0,0,90")
+        for name in ("a.stl", "a.obj", "a.glb"):
+            bed = self.mesh(name, *frame)["bodies"][0]["box"]
+            self.assert_near(bed["min"], [-220, -290, -130])
+            self.assert_near(bed["max"], [180, 310, -80])
+        self.mesh("a.stl", *frame)
+        data = self.read("a.stl")
+        corners = [struct.unpack("<9f", data[84 + 50 * i + 12:84 + 50 * i + 48]) for i in range(12)]
+        self.assertAlmostEqual(min(x for c in corners for x in c[1::3]), -290, delta=1e-4)
+        self.assertAlmostEqual(max(x for c in corners for x in c[1::3]), 310, delta=1e-4)
+
+    def test_part_zero_plays_no_part_in_a_picture(self):
+        size = ("--size", "320x200", "--at", "A=-20")
+        self.mesh("a.png", *size)
+        self.mesh("b.png", *size, "--frame", "16,-32,64")
+        self.assertEqual(self.read("a.png"), self.read("b.png"))
+
     def test_a_gun_slides_by_its_length(self):
         machine = self.write("gun.def", TWO_TOOLS.replace(",nowhere.stl", "")
                              .replace("gun=z,40,0,80", f"gun=z,40,0,80,{TOOL}"))
