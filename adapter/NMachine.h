@@ -172,7 +172,8 @@ class KORVO_KINEMATICS_API NMachine {
   // --- NMachine_geometry.cpp: the bodies as triangles
 
   /// The triangles of all entities at a position, in the frame of the adapter's table: the
-  /// workpiece's side stays still. `tris` is emptied first; empty without a machine.
+  /// workpiece's side stays still. `tris` is emptied first; empty without a machine, and when
+  /// memory is short.
   /// @errors  Without that table: in the frame of the machine's base. An entity that cannot be
   ///          placed stands at its zero position.
   void getTrianglesU(const Ombra::Kin::MachinePosition& pos, std::vector<zgeo::UTri>& tris) const;
@@ -182,7 +183,7 @@ class KORVO_KINEMATICS_API NMachine {
   /// Deliberate: of a polygon the first three corners count, and one with fewer keeps the others of
   /// the polygon before (tests: EntityTriangles.TakeTheFirstThreeCorners,
   /// EntityTriangles.OfTwoCornersKeepTheThirdOfThePolygonBefore).
-  /// @return  0; -1 without an entity or a mesh.
+  /// @return  0; -1, and no triangles, without an entity or a mesh and when memory is short.
   /// @errors  A mesh ends at the first corner that names no point. Traces one line.
   static int _ombraEntityGeom(const Ombra::Kin::Entity* e, std::vector<zgeo::UTri>& tris);
 

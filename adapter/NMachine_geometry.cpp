@@ -89,9 +89,8 @@ void appendMeshes(const EntityMesh& meshes, std::vector<UTri>& tris) {
   }
 }
 
-}  // namespace
-
-int NMachine::_ombraEntityGeom(const Entity* e, std::vector<UTri>& tris) {
+// Throws std::bad_alloc; the trace line is ended all the same.
+int entityTriangles(const Entity* e, std::vector<UTri>& tris) try {
   tris.clear();
   const EntityMesh* const meshes = e ? e->GetEntityMesh() : nullptr;
   UTools::_traceTS(L"entity <%s> mesh %s", e ? e->GetEntityName().c_str() : L"NO_ENTITY",
@@ -99,6 +98,18 @@ int NMachine::_ombraEntityGeom(const Entity* e, std::vector<UTri>& tris) {
   if (meshes) appendMeshes(*meshes, tris);
   UTools::_traceTF();
   return meshes ? 0 : -1;
+} catch (const std::bad_alloc&) {
+  UTools::_traceTF();
+  throw;
+}
+
+}  // namespace
+
+int NMachine::_ombraEntityGeom(const Entity* e, std::vector<UTri>& tris) try {
+  return entityTriangles(e, tris);
+} catch (const std::bad_alloc&) {
+  tris.clear();
+  return -1;
 }
 
 void NMachine::getTrianglesU(const MachinePosition& pos, std::vector<UTri>& tris) const try {
@@ -112,7 +123,7 @@ void NMachine::getTrianglesU(const MachinePosition& pos, std::vector<UTri>& tris
   for (int k = 1; k <= machine_->GetEntityNb(); ++k) {
     const Entity* const e = kinematic.GetEntity(EntityId(k));
     if (!e) continue;
-    _ombraEntityGeom(e, local);
+    entityTriangles(e, local);
     Matrix43 m;
     compute.ComputePositionEntity(e, pos, &m);
     const UMatrix placed = _fromMatrix43(m);

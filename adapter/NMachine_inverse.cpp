@@ -192,9 +192,9 @@ int NMachine::getConfigPlus(const MachinePosition& current, const UVec3d& pos, c
     UTools::_trace(L"(NO RES)");
     return 0;
   }
-  out = best;
-  tracePosition(count, L"(minmaxdif)", out, count);
+  tracePosition(count, L"(minmaxdif)", best, count);
   UTools::_traceTF();
+  out = best;  // last: where memory is short, nothing was found and `out` is as it was
   return 0;
 } catch (const std::bad_alloc&) {
   UTools::_trace(L"(NO RES)");
