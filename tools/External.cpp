@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <memory>
 #include <utility>
-#include <vector>
 
-#include "adapter/machineFromDefinition.h"
 #include "tools/Failure.h"
-#include "tools/Messages.h"
 
 using Ombra::Kin::HeadIndex;
 using Ombra::Kin::MachinePosition;
@@ -53,17 +50,10 @@ void sortByDistance(Answers& answers) {
 
 }  // namespace
 
-bool isExternal(const std::string& engine) {
-  if (engine != "definition" && engine != "external") {
-    failUsage("definition or external after --engine", inQuotes(engine));
-  }
-  return engine == "external";
-}
-
-External::External(const Session& session)
+External::External(const Session& session, zkin::Bodies bodies)
     : session_(session), adapter_(nullptr, HeadIndex(), TableIndex()) {
   const zkin::KMachine& machine = *session.machine();
-  const auto made = zkin::machineFromDefinition(machine, zkin::Bodies::none);
+  const auto made = zkin::machineFromDefinition(machine, bodies);
   if (!made) {
     throw Failure(Exit::refused, session.file() +
                                      ": expected a machine that the external library "
@@ -98,6 +88,12 @@ UMatrix External::toolFrame(const Position& v) const {
 
 UMatrix External::tipFrame(const Position& v) const {
   return adapter_.getMAC2UNI() * adapter_.getMatrix_TP2U(toExternal(v));
+}
+
+// --- bodies
+
+std::vector<Body> External::bodies(const Position& v) const {
+  return bodiesOf(*session_.machine(), adapter_, toExternal(v));
 }
 
 // --- inverse

@@ -52,6 +52,13 @@ std::vector<std::string> locksOf(const std::vector<std::string>& given) {
   return names;
 }
 
+void makeIdle(CLI::App& verb, const std::string& name) {
+  const auto warn = [name, word = verb.get_name()](const std::string&) {
+    say("korvo: warning: " + name + " plays no part in '" + word + "'");
+  };
+  verb.get_option(name)->each(warn)->group("");
+}
+
 }  // namespace
 
 Format formatOf(const std::string& word) {
@@ -67,7 +74,7 @@ Language languageOf(const std::string& word) {
   failUsage("en or fr after --lang", inQuotes(word));
 }
 
-void addCommonOptions(CLI::App& verb, CommonOptions& o) {
+void addCommonOptions(CLI::App& verb, CommonOptions& o, std::initializer_list<const char*> idle) {
   verb.add_option("MACHINE", o.machine)
       ->required()
       ->option_text("Definition file, or the name of an installed example");
@@ -80,16 +87,14 @@ void addCommonOptions(CLI::App& verb, CommonOptions& o) {
   verb.add_option("--frame", o.frame,
                   "Part zero x,y,z[,a,b,c]: its place in the machine frame (mm) and its turn about "
                   "the machine's X, then Y, then Z (degrees). Points are answered in it");
-  verb.add_option(
-          "--lock", o.lock,
-          "Names of axes that the solvers leave at their value (A,B, or one a use); forward "
-          "answers at any value of theirs")
+  verb.add_option("--lock", o.lock,
+                  "Names of axes that the solvers leave at their value (A,B, or one a use)")
       ->allow_extra_args(false);
   verb.add_option(
       "--strategy", o.strategy,
       "Which of two ways to a tool direction is taken: 1 the one with the smaller turn of "
       "the axis nearer the part, 2 of the axis nearer the tool, any other number: the one "
-      "with the smallest single turn [as in the file]. forward does not depend on it");
+      "with the smallest single turn [as in the file]");
   verb.add_option("--trace", o.trace, "Write the library's trace to FILE, - for standard error");
   verb.add_flag("--no-check", o.noCheck,
                 "Load what the library accepts, whatever 'korvo check' says of it; files that "
@@ -97,6 +102,7 @@ void addCommonOptions(CLI::App& verb, CommonOptions& o) {
       ->disable_flag_override();
   verb.add_flag("--json", o.json, "Answer in JSON (schemas in share/korvo/schemas)")
       ->disable_flag_override();
+  for (const char* name : idle) makeIdle(verb, name);
 }
 
 void refuseCommonOptions(CLI::App& verb) {

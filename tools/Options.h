@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <array>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,8 +25,11 @@ struct CommonOptions {
   bool json = false;
 };
 
-/// Adds MACHINE and the common options to a verb.
-void addCommonOptions(CLI::App& verb, CommonOptions& options);
+/// Adds MACHINE and the common options to a verb. Those that play no part in its answer (`idle`,
+/// as in "--lock") are taken, since one set of options goes with a machine whatever is asked of it;
+/// the help leaves them out, and a warning says so to who gives one.
+void addCommonOptions(CLI::App& verb, CommonOptions& options,
+                      std::initializer_list<const char*> idle = {});
 
 /// Gives a verb that reads no machine the names of these options, to refuse them with a reason.
 void refuseCommonOptions(CLI::App& verb);

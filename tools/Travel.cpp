@@ -31,10 +31,11 @@ std::vector<std::string> Travel::namesOf(unsigned outside) const {
   return names;
 }
 
-std::vector<std::string> Travel::namesOutside(const Position& position) const {
+std::vector<std::string> outsideLimits(const Machine& machine, const Position& position) {
+  const Travel travel(machine);
   double values[12] = {};
   for (int i = 0; i < position.size(); ++i) values[i] = position[i];
-  return namesOf(outside(values));
+  return travel.namesOf(travel.outside(values));
 }
 
 }  // namespace korvo::tools

@@ -19,9 +19,6 @@ class Travel {
   /// The names that belong to the bits, in value order.
   std::vector<std::string> namesOf(unsigned outside) const;
 
-  /// Both in one, for a position of the machine.
-  std::vector<std::string> namesOutside(const Position& position) const;
-
  private:
   struct Limit {
     int place;
@@ -30,5 +27,8 @@ class Travel {
   std::vector<Limit> limits_;
   std::vector<std::string> names_;
 };
+
+/// The names of the axes outside their limits at one position, in value order.
+std::vector<std::string> outsideLimits(const Machine& machine, const Position& position);
 
 }  // namespace korvo::tools

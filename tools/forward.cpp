@@ -32,7 +32,7 @@ struct Stand {
 };
 
 Stand standOf(const ForwardOptions& o, const Session& session, const Position& v) {
-  if (isExternal(o.engine)) {
+  if (o.engine == Engine::external) {
     const External external(session);
     return {external.toolPoint(v), external.toolFrame(v), external.tipFrame(v)};
   }
@@ -56,10 +56,6 @@ void printMatrix(std::ostream& out, const UMatrix& m) {
   }
 }
 
-std::vector<std::string> outsideLimits(const Session& session, const Position& v) {
-  return Travel(session.machine()).namesOutside(v);
-}
-
 std::string elementName(const zkin::KMachine& machine, int rank) {
   return korvo::elementName(*machine.getElemByRank(rank));
 }
@@ -79,7 +75,7 @@ void print(std::ostream& out, const Session& session, const Position& v, const S
   const ToolPoint& at = stand.at;
   out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
       << "\nPosition   " << textOf(v);
-  const std::vector<std::string> outside = outsideLimits(session, v);
+  const std::vector<std::string> outside = outsideLimits(session.machine(), v);
   if (!outside.empty()) out << "\nOutside limits: " << joined(outside);
   out << "\nNose       " << textOf(at.nose) << "\nTip        " << textOf(at.tip) << "\nDirection  "
       << textOf(at.direction) << "\nTool frame (machine frame)\n";
@@ -96,7 +92,7 @@ json answerJson(const Session& session, const Position& v, const Stand& stand, b
                  {"machine", session.machineJson()},
                  {"settings", session.settingsJson()},
                  {"position", jsonOf(v)},
-                 {"outsideLimits", outsideLimits(session, v)},
+                 {"outsideLimits", outsideLimits(session.machine(), v)},
                  {"nose", vectorJson(at.nose)},
                  {"tip", vectorJson(at.tip)},
                  {"direction", vectorJson(at.direction)},
@@ -125,7 +121,7 @@ void checkTogether(const ForwardOptions& o) {
   if (o.positions && o.positions->empty()) failUsage("a file or - after --positions", "''");
   if (o.strict && !o.positions) failUsage("--strict with --positions", "it alone");
   if (o.stats && !o.positions) failUsage("--stats with --positions", "it alone");
-  if (isExternal(o.engine) && (o.positions || o.elements)) {
+  if (o.engine == Engine::external && (o.positions || o.elements)) {
     failUsage("--engine external with one position (--at)",
               o.positions ? "--positions" : "--elements");
   }
@@ -162,7 +158,7 @@ json elementsJson(const zkin::KMachine& machine, const zkin::KMachineValueBase& 
 void addForward(CLI::App& app, Exit& exit) {
   CLI::App* verb = app.add_subcommand("forward", "Say where the tool stands at axis values");
   const auto o = std::make_shared<ForwardOptions>();
-  addCommonOptions(*verb, o->common);
+  addCommonOptions(*verb, o->common, {"--lock", "--strategy"});  // it solves nothing
   verb->add_option("--at", o->at,
                    "Position: X=10,C=90 (unnamed axes are 0), or all values in order");
   verb->add_flag("--elements", o->elements, "Also the motion matrices of all elements")
@@ -175,9 +171,7 @@ void addForward(CLI::App& app, Exit& exit) {
   verb->add_flag("--stats", o->stats,
                  "Say on standard error what was taken and how fast the rows were answered")
       ->disable_flag_override();
-  verb->add_option("--engine", o->engine,
-                   "What computes: definition, or external for the machine made into one of the "
-                   "external kinematics library [definition]");
+  addEngineOption(*verb, o->engine, {Engine::library, Engine::external});
   verb->footer(
       "Frames: the columns of a frame are the turned X, Y, Z of the machine, so they are its axes "
       "at the\nzero position. Its Z column is the tool direction only of a tool that stands along "

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "kinematics/KMachine.h"
+#include "tools/Engine.h"
 #include "tools/Options.h"
 
 namespace korvo::tools {
@@ -14,7 +15,7 @@ struct ForwardOptions {
   CommonOptions common;
   std::optional<std::string> at;
   std::optional<std::string> positions;
-  std::string engine = "definition";
+  Engine engine = Engine::library;
   bool elements = false;
   bool strict = false;
   bool stats = false;

@@ -1,6 +1,5 @@
 #include "tools/geometry.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -14,6 +13,7 @@
 #include "toolkit/export/Bodies.h"
 #include "toolkit/export/WholeFile.h"
 #include "toolkit/export/Write.h"
+#include "tools/FileName.h"
 #include "tools/Messages.h"
 #include "tools/Verbs.h"
 #include "tools/geometry_json.h"
@@ -29,13 +29,6 @@ struct GeometryOptions {
   std::optional<std::string> output;
   bool json = false;
 };
-
-std::string suffixOf(const std::string& file) {
-  std::string suffix = std::filesystem::path(file).extension().string();
-  std::transform(suffix.begin(), suffix.end(), suffix.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-  return suffix;
-}
 
 // --- reading
 

@@ -188,7 +188,7 @@ void run(const CommonOptions& options) {
 void addInfo(CLI::App& app, Exit&) {
   CLI::App* verb = app.add_subcommand("info", "Say what machine a definition file describes");
   const auto options = std::make_shared<CommonOptions>();
-  addCommonOptions(*verb, *options);
+  addCommonOptions(*verb, *options, {"--strategy"});  // the settings alone name it
   verb->callback([options] { run(*options); });
 }
 

@@ -158,7 +158,7 @@ void run(const InterpolateOptions& o) {
 void addInterpolate(CLI::App& app, Exit&) {
   CLI::App* verb = app.add_subcommand("interpolate", "Say what lies between two positions");
   const auto o = std::make_shared<InterpolateOptions>();
-  addCommonOptions(*verb, o->common);
+  addCommonOptions(*verb, o->common, {"--strategy"});  // no direction is solved for
   verb->add_option("--from", o->from,
                    "First position: X=10,C=90 (unnamed axes are 0), or all values in order")
       ->required();

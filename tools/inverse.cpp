@@ -102,7 +102,7 @@ std::size_t mostOf(const InverseOptions& o) {
 
 Answers answersOf(const InverseOptions& o, const Session& session, const Target& target,
                   const Position& from) {
-  if (isExternal(o.engine)) {
+  if (o.engine == Engine::external) {
     const External external(session);
     return o.all ? external.all(target, from, mostOf(o)) : external.nearest(target, from);
   }
@@ -140,7 +140,7 @@ void checkTogether(const InverseOptions& o) {
                                                                   : o.direction ? "no --point"
                                                                                 : "neither");
   }
-  if (isExternal(o.engine) && o.targets) {
+  if (o.engine == Engine::external && o.targets) {
     failUsage("--engine external with one target (--point and --dir)", "--targets");
   }
   if (o.most && !o.all) failUsage("--max with --all", "it alone");
@@ -189,9 +189,7 @@ void addInverse(CLI::App& app, Exit& exit) {
   verb->add_flag("--stats", o->stats,
                  "Say on standard error what was taken and how fast the rows were answered")
       ->disable_flag_override();
-  verb->add_option("--engine", o->engine,
-                   "What solves: definition, or external for the machine made into one of the "
-                   "external kinematics library [definition]");
+  addEngineOption(*verb, o->engine, {Engine::library, Engine::external});
   verb->footer(
       "Without --all: the position that the machine takes from --from, its strategy choosing "
       "between two\nbranches; when that is outside the limits, the nearest one inside. Linear axes "

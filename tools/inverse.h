@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tools/Csv.h"
+#include "tools/Engine.h"
 #include "tools/Failure.h"
 #include "tools/Options.h"
 #include "tools/Session.h"
@@ -18,7 +19,7 @@ struct InverseOptions {
   std::optional<std::string> from;
   std::optional<std::string> most;
   std::optional<std::string> targets;
-  std::string engine = "definition";
+  Engine engine = Engine::library;
   bool all = false;
   bool strict = false;
   bool stats = false;

@@ -150,7 +150,8 @@ Exit run(const LimitsOptions& o) {
 void addLimits(CLI::App& app, Exit& exit) {
   CLI::App* verb = app.add_subcommand("limits", "Say whether axis values are inside the travels");
   const auto o = std::make_shared<LimitsOptions>();
-  addCommonOptions(*verb, o->common);
+  addCommonOptions(*verb, o->common,
+                   {"--tool", "--tool-length", "--frame", "--lock", "--strategy"});
   verb->add_option("--at", o->at,
                    "Position: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]");
   verb->add_option("--positions", o->positions,

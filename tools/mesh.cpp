@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cctype>
 #include <iostream>
 #include <memory>
 
@@ -8,6 +7,9 @@
 #include "toolkit/export/Bodies.h"
 #include "toolkit/export/WholeFile.h"
 #include "toolkit/export/Write.h"
+#include "tools/Engine.h"
+#include "tools/External.h"
+#include "tools/FileName.h"
 #include "tools/InfoJson.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
@@ -26,16 +28,10 @@ struct MeshOptions {
   std::optional<std::string> at;
   std::string output;
   std::optional<std::string> size;
+  Engine engine = Engine::library;
 };
 
 // --- what was asked
-
-std::string suffixOf(const fs::path& path) {
-  std::string suffix = path.extension().string();
-  std::transform(suffix.begin(), suffix.end(), suffix.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return suffix;
-}
 
 PictureSize sizeOf(const std::string& text) {
   constexpr int kMost = 8192;
@@ -68,6 +64,11 @@ const Kind& kindOf(const MeshOptions& o) {
     if (suffix == kind.suffix) return kind;
   }
   failUsage("a file that ends in .stl, .glb, .obj or .png after -o", inQuotes(o.output));
+}
+
+std::vector<Body> bodiesAt(const MeshOptions& o, const Session& session, const Position& at) {
+  if (o.engine == Engine::library) return bodiesOf(*session.machine(), at);
+  return External(session, zkin::Bodies::fromGeometryFiles).bodies(at);
 }
 
 // --- elements without a body
@@ -150,15 +151,11 @@ std::string counted(std::size_t n) {
   return std::to_string(n) + (n == 1 ? " triangle" : " triangles");
 }
 
-std::vector<std::string> outsideLimits(const Session& session, const Position& at) {
-  return Travel(session.machine()).namesOutside(at);
-}
-
 void print(std::ostream& out, const MeshOptions& o, const Session& session, const Position& at,
            const std::vector<Body>& bodies, const Measured& answer) {
   out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
       << "\nPosition   " << tools::textOf(at);
-  const std::vector<std::string> outside = outsideLimits(session, at);
+  const std::vector<std::string> outside = outsideLimits(session.machine(), at);
   if (!outside.empty()) out << "\nOutside limits: " << joined(outside);
   out << "\nBodies\n";
   for (std::size_t i = 0; i < bodies.size(); ++i) {
@@ -188,7 +185,7 @@ json answerJson(const MeshOptions& o, const Session& session, const Position& at
           {"machine", session.machineJson()},
           {"settings", session.settingsJson()},
           {"position", tools::jsonOf(at)},
-          {"outsideLimits", outsideLimits(session, at)},
+          {"outsideLimits", outsideLimits(session.machine(), at)},
           {"bodies", bodiesJson(bodies, answer)},
           {"withoutBody", withoutBody(session, bodies)},
           {"triangles", answer.triangles},
@@ -221,10 +218,16 @@ void refuseWhatIsRead(const MeshOptions& o, const Session& session) {
   if (isRead) failUsage("a file of its own after -o", inQuotes(o.output) + ", which is read");
 }
 
-// A picture is what one sees beside the machine; the other files keep its frame.
+void move(const zgeo::UMatrix& by, std::vector<Body>& bodies) {
+  for (Body& body : bodies) body.motion = by * body.motion;
+}
+
+// A picture is what one sees beside the machine, wherever part zero lies.
 void standStill(const MeshOptions& o, const Session& session, const Position& at,
                 std::vector<Body>& bodies) {
-  if (suffixOf(o.output) == ".png") standOnFrame(*session.machine(), at, bodies);
+  if (suffixOf(o.output) != ".png") return;
+  move(session.machine()->getUNI2MAC(), bodies);
+  standOnFrame(*session.machine(), at, bodies);
 }
 
 void write(const Kind& kind, const MeshOptions& o, const std::vector<Body>& bodies) {
@@ -249,7 +252,8 @@ Exit run(const MeshOptions& o) {
   Session session(o.common);
   const Position at = o.at ? positionOf(session, *o.at, "--at") : session.machine().position();
   refuseWhatIsRead(o, session);
-  std::vector<Body> bodies = bodiesOf(*session.machine(), at);
+  std::vector<Body> bodies = bodiesAt(o, session, at);
+  move(session.machine()->getMAC2UNI(), bodies);
   const json elements = withoutBody(session, bodies);
   warn(session, elements);
   const Measured answer = measured(bodies);
@@ -275,16 +279,16 @@ void addMesh(CLI::App& app, Exit& exit) {
   CLI::App* verb =
       app.add_subcommand("mesh", "Write the bodies of the machine at axis values, or a picture");
   const auto o = std::make_shared<MeshOptions>();
-  addCommonOptions(*verb, o->common);
+  addCommonOptions(*verb, o->common, {"--lock", "--strategy"});  // it solves nothing
   verb->add_option("--at", o->at,
                    "Position: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]");
   verb->add_option("-o,--output", o->output,
                    "The file to write; its end says which kind: .stl, .glb, .obj or .png")
       ->required();
   verb->add_option("--size", o->size, "Size of a .png in pixels, WIDTHxHEIGHT [1200x900]");
+  addEngineOption(*verb, o->engine, {Engine::library, Engine::external});
   verb->footer(
-      "STL (binary), OBJ (with a .mtl beside it): mm, in the frame of the part, in which points "
-      "are\n"
+      "STL (binary), OBJ (with a .mtl beside it): mm, in part zero (--frame), in which points are\n"
       "answered: the part stands still, table axes move the rest. The boxes told are in it, too.\n"
       "GLB: metres, Y up, as glTF wants it; one node for each body, in its own frame (mm) and "
       "moved\n"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Ombra::Kin {
 
@@ -48,7 +49,9 @@ EntityId Kinematic::add(EntityType type, const AxisDefinition& definition, Entit
   if (!isCarrier(carrier)) return EntityId(0);
   const EntityId added(static_cast<std::int32_t>(list_.size()) + 1);
   const EntityLink link{carrier.value, added.value, definition.kind};
-  entities_.push_back(std::unique_ptr<Entity>(new Entity(type, link, definition)));
+  std::unique_ptr<Entity> entity(new Entity(type, link, definition));
+  list_.reserve(list_.size() + 1);  // first: both lists grow, or none where memory is short
+  entities_.push_back(std::move(entity));
   list_.push_back(entities_.back().get());
   return added;
 }

@@ -1,83 +1,16 @@
 // The queries that run in inner loops take nothing from the heap.
-#include <cstddef>
-#include <cstdlib>
-#include <new>
-
 #include <gtest/gtest.h>
 
 #include "kinematics/KMachine.h"
 #include "tests/alloc/Allocations.h"
 #include "tests/support/MachineGenerator.h"
 
-thread_local std::size_t korvo::test::allocations = 0;
-thread_local std::ptrdiff_t korvo::test::liveBlocks = 0;
-
 namespace {
 
-using korvo::test::allocations;
-using korvo::test::liveBlocks;
-
-void* countedOrNull(std::size_t size) noexcept {
-  ++allocations, ++liveBlocks;
-  return std::malloc(size == 0 ? 1 : size);
-}
-
-void* counted(std::size_t size) {
-  if (void* const p = countedOrNull(size)) return p;
-  throw std::bad_alloc();
-}
-
-void* counted(std::size_t size, std::align_val_t alignment) {
-  ++allocations, ++liveBlocks;
-  const auto step = static_cast<std::size_t>(alignment);
-  if (void* const p = std::aligned_alloc(step, (size + step - 1) / step * step)) return p;
-  throw std::bad_alloc();
-}
-
-void release(void* p) noexcept {
-  if (p) --liveBlocks;
-  std::free(p);
-}
-
-}  // namespace
-
-// Every form that this program and its libraries use: under a sanitizer the standard ones do not
-// call each other.
-[[gnu::noinline]] void* operator new(std::size_t size) { return counted(size); }
-[[gnu::noinline]] void* operator new[](std::size_t size) { return counted(size); }
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return countedOrNull(size);
-}
-[[gnu::noinline]] void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return countedOrNull(size);
-}
-[[gnu::noinline]] void* operator new(std::size_t size, std::align_val_t a) {
-  return counted(size, a);
-}
-[[gnu::noinline]] void operator delete(void* p) noexcept { release(p); }
-[[gnu::noinline]] void operator delete[](void* p) noexcept { release(p); }
-[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { release(p); }
-[[gnu::noinline]] void operator delete[](void* p, std::size_t) noexcept { release(p); }
-[[gnu::noinline]] void operator delete(void* p, const std::nothrow_t&) noexcept { release(p); }
-[[gnu::noinline]] void operator delete[](void* p, const std::nothrow_t&) noexcept { release(p); }
-[[gnu::noinline]] void operator delete(void* p, std::align_val_t) noexcept { release(p); }
-[[gnu::noinline]] void operator delete(void* p, std::size_t, std::align_val_t) noexcept {
-  release(p);
-}
-
-namespace {
-
+using korvo::test::allocationsOf;
 using korvo::test::Topology;
 using zgeo::UVec3d;
 using zkin::KMachine;
-
-/// Allocations made by `query`.
-template <typename Query>
-std::size_t allocationsOf(Query query) {
-  const std::size_t before = allocations;
-  query();
-  return allocations - before;
-}
 
 class NoAllocation : public testing::TestWithParam<int> {
  protected:

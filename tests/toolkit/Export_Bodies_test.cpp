@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
+#include "adapter/machineFromDefinition.h"
+#include "tests/adapter/External.h"
 #include "tests/support/TempFile.h"
 #include "tests/toolkit/ExportBodies.h"
 #include "toolkit/Machine.h"
@@ -124,6 +127,71 @@ RC_GTEST_FIXTURE_PROP(BodiesOf, PlacedInOrderAreWhatTheLibraryGivesBitByBit, ())
   (*machine)->getTrianglesU(at, wanted);
   RC_ASSERT(found.size() == wanted.size());
   RC_ASSERT(std::memcmp(found.data(), wanted.data(), found.size() * sizeof(UTri)) == 0);
+}
+
+// --- of the external library's machine
+
+class ExternalBodiesOf : public BodiesOf {
+ protected:
+  std::vector<Body> bodiesAt(const korvo::Position& at) const {
+    return korvo::bodiesOf(**machine, adapter_, adapter_.axisValues((*machine)->axisValues(at)));
+  }
+  std::vector<UTri> trianglesOfTheAdapter(const korvo::Position& at) const {
+    std::vector<UTri> triangles;
+    adapter_.getTrianglesU(adapter_.axisValues((*machine)->axisValues(at)), triangles);
+    return triangles;
+  }
+
+ private:
+  const korvo::test::Adapter adapter_{
+      *zkin::machineFromDefinition(**machine, zkin::Bodies::fromGeometryFiles)};
+};
+
+TEST_F(ExternalBodiesOf, AreThoseOfTheLibrary) {
+  const std::vector<Body> found = bodiesAt(machine->position());
+  const std::vector<Body> wanted = bodiesOf(**machine, machine->position());
+  ASSERT_EQ(found.size(), 5u);
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    EXPECT_EQ(found[i].rank, wanted[i].rank);
+    EXPECT_EQ(found[i].name, wanted[i].name);
+    EXPECT_EQ(found[i].rgb, wanted[i].rgb);
+    EXPECT_EQ(found[i].triangles, wanted[i].triangles) << "nothing has moved at zero";
+  }
+}
+
+// The tool turns by A = 90 about the line through (0, 0, 50) along X, seen from the part, and so
+// does the bed below it: (y, z - 50) comes to (50 - z, y). C and what hangs on it stand still.
+TEST_F(ExternalBodiesOf, StandInTheFrameOfTheTable) {
+  const std::vector<Body> bodies = bodiesAt(machine->position({{"X", 10.0}, {"A", 90.0}}));
+  ASSERT_EQ(bodies.size(), 5u);
+  const UVec3d p(1, 2, 3);
+  EXPECT_LT((bodies[0].motion * p).distanceTo({1, 50 - 3, 2 + 50}), 1e-12);
+  EXPECT_LT((bodies[2].motion * p).distanceTo(p), 1e-12);
+  EXPECT_LT((bodies[3].motion * p).distanceTo({11, 50 - 3, 2 + 50}), 1e-12);
+}
+
+double largestDifference(const std::vector<UTri>& a, const std::vector<UTri>& b) {
+  double largest = a.size() == b.size() ? 0.0 : std::numeric_limits<double>::infinity();
+  for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
+    for (int k = 0; k < 3; ++k) largest = std::max(largest, a[i].p[k].distanceTo(b[i].p[k]));
+  }
+  return largest;
+}
+
+RC_GTEST_FIXTURE_PROP(ExternalBodiesOf, PlacedInOrderAreWhatBothModelsGive, ()) {
+  korvo::Position at = machine->position();
+  for (int i = 0; i < at.size(); ++i) at[i] = *rc::gen::inRange(-3600, 3600) / 10.0;
+  const std::vector<UTri> found = placed(bodiesAt(at));
+  std::vector<UTri> ofTheLibrary;
+  (*machine)->getTrianglesU(at, ofTheLibrary);
+  RC_ASSERT(found.size() == 60u);
+  RC_ASSERT(largestDifference(found, ofTheLibrary) < 1e-9);
+  RC_ASSERT(largestDifference(found, trianglesOfTheAdapter(at)) < 1e-9);
+}
+
+TEST_F(BodiesOf, NoExternalMachineAreNone) {
+  ASSERT_TRUE(machine);
+  EXPECT_TRUE(korvo::bodiesOf(**machine, korvo::test::Adapter(nullptr), {}).empty());
 }
 
 // Turned by 90 degrees about Z, (x, y) comes to (-y, x).

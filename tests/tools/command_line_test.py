@@ -539,7 +539,7 @@ class Options(CommandLine):
         self.assertEqual(self.answer("help", "forward"), self.answer("forward", "--help"))
         text = self.answer("forward", "--help")
         for option in ("--at", "--elements", "--positions", "--strict", "--format", "--tool",
-                       "--tool-length", "--frame", "--lock", "--strategy", "--trace", "--json"):
+                       "--tool-length", "--frame", "--trace", "--json"):
             self.assertIn(option, text)
 
     def test_trace_goes_to_a_file_or_to_standard_error(self):
@@ -615,6 +615,72 @@ class Options(CommandLine):
         self.assertEqual(self.json("forward", machine)["settings"]["strategy"], 1)
         self.assertEqual(self.json("forward", machine, "--strategy", "2")["settings"]["strategy"],
                          2)
+
+
+class Settings(CommandLine):
+    """The options that set a machine up are taken by every verb that asks one. Each changes the
+    answer, or the help leaves it out and a warning says that it does not."""
+
+    VALUES = {"--tool": "2", "--tool-length": "5", "--frame": "10,20,30,0,0,90", "--lock": "X",
+              "--strategy": "1"}
+    FACET = ("solid\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n"
+             "endloop\nendfacet\nendsolid\n")
+
+    def setUp(self):
+        super().setUp()
+        self.write("t.stl", self.FACET)
+        self.machine = self.write("gun.def", TABLE_AC.replace(
+            "150\n", "150\nlien=Z\ngun=z,40,0,80,$ZRN_MACHINE_DEF/t.stl\n"))
+        mesh = [self.machine, "-o", os.path.join(self.folder, "a.stl")]
+        inverse = [self.machine, "--point", "0,0,200", "--dir", "-0.2,0.3,1", "--from",
+                   "C=150,A=-25"]
+        moves = [self.machine, "--from", "A=0", "--to", "A=20,C=30", "--steps", "2"]
+        self.verbs = {
+            "info": ([self.machine], ("--strategy",)),
+            "forward": ([self.machine], ("--lock", "--strategy")),
+            "inverse": (inverse, ()),
+            "limits": ([self.machine], tuple(self.VALUES)),
+            "interpolate": (moves, ("--strategy",)),
+            "translate": ([self.machine, "--at", "A=20", "--by", "1,2,3"], ()),
+            "mesh": (mesh, ("--lock", "--strategy"))}
+        # A gun's length alone moves a body. A shift turns an arm's wrist alone, which nearly
+        # straight has two ways of it.
+        self.others = {
+            ("mesh", "--tool"): [*mesh, "--tool-length", "5"],
+            ("mesh", "--tool-length"): [*mesh, "--tool", "2"],
+            ("translate", "--strategy"): ["arm-irb2400", "--at", "J1=10,J2=20,J3=-30,J5=0.5",
+                                          "--by", "0,10,-20"]}
+
+    def run_verb(self, *arguments):
+        """The answer without the settings that it repeats, and what was said beside it."""
+        run = self.run_korvo(*arguments, "--json")
+        self.assertIn(run.returncode, (ANSWERED, NO), run.stderr)
+        answer = json.loads(run.stdout)
+        validate(answer)
+        del answer["settings"]
+        return answer, run.stderr
+
+    def test_each_changes_the_answer_or_says_that_it_does_not(self):
+        for verb, (question, idle) in self.verbs.items():
+            for option, value in self.VALUES.items():
+                with self.subTest(f"{verb} {option}"):
+                    arguments = self.others.get((verb, option), question)
+                    plain, _ = self.run_verb(verb, *arguments)
+                    answer, said = self.run_verb(verb, *arguments, option, value)
+                    warning = f"korvo: warning: {option} plays no part in '{verb}'\n"
+                    self.assertEqual(answer == plain, option in idle)
+                    self.assertEqual(said.count(warning), int(option in idle), said)
+
+    def test_the_help_has_those_that_change_the_answer(self):
+        for verb, (_, idle) in self.verbs.items():
+            text = self.answer(verb, "--help")
+            for option in self.VALUES:
+                self.assertEqual(f"  {option} " in text, option not in idle, (verb, option))
+
+    def test_idle_ones_are_checked_all_the_same(self):
+        self.assert_fails(USAGE, "expected axes among", "limits", self.machine, "--lock", "Q")
+        self.assert_fails(USAGE, "expected a whole number after --strategy", "forward",
+                          self.machine, "--strategy", "best")
 
 
 class NewMachine(CommandLine):

@@ -3,6 +3,7 @@ import os
 
 from command_line_test import SCHEMAS, USAGE
 from inverse_test import Examples, Inverse, InverseCommandLine
+from mesh_test import Mesh
 
 AT = {**Examples.AT, "arm-irb2400-rail": "RAIL=500,J1=10,J2=20"}
 # Two rotary axes and three linear ones are what its solvers put together.
@@ -51,7 +52,7 @@ class External(InverseCommandLine):
                 for found in every["positions"]:
                     self.assertLess(found["residual"]["point"], 1e-6)
 
-    def test_all_are_as_many_as_the_definition_has(self):
+    def test_all_are_as_many_as_the_library_has(self):
         # Both rotary axes limited: the trunnion reaches the direction with A = -45 alone.
         with open(self.machine, encoding="utf-8") as file:
             limited = self.write("limited.def", file.read() + "limits=C,-360,360\n")
@@ -80,14 +81,48 @@ class External(InverseCommandLine):
         self.no(self.machine, "--point", self.POINT, "--dir", "0,1,1", "--lock", "X", "--all",
                 *EXTERNAL)
 
+    def test_the_library_answers_unless_asked_otherwise(self):
+        for arguments in (["forward", self.machine, "--at", "A=-30"],
+                          ["inverse", self.machine, "--point", self.POINT, "--dir", "0,1,1"]):
+            self.assertEqual(self.answer(*arguments, "--engine", "library"),
+                             self.answer(*arguments))
+            self.assertRegex(self.answer(arguments[0], "--help"),
+                             r"--engine TEXT\s+What computes: library, [^\[]*\[library\]")
+
     def test_words_and_combinations_are_checked(self):
-        self.assert_fails(USAGE, "definition or external after --engine", "forward", self.machine,
-                          "--engine", "other")
+        for word in ("other", "definition", "Library", ""):
+            for verb in ("forward", "inverse"):
+                self.assert_fails(USAGE, "expected library or external after --engine, found "
+                                  f"'{word}'", verb, self.machine, "--engine", word)
         self.assert_fails(USAGE, "--engine external with one position", "forward", self.machine,
                           "--elements", *EXTERNAL)
         self.assert_fails(USAGE, "--engine external with one position", "forward", self.machine,
                           "--positions", "-", *EXTERNAL)
         self.assert_fails(USAGE, "--engine external with one target", "inverse", self.machine,
                           "--targets", "-", *EXTERNAL)
-        self.assert_fails(USAGE, "definition or external after --engine", "inverse", self.machine,
-                          "--point", "0,0,0", "--dir", "0,0,1", "--engine", "")
+
+
+class ExternalMesh(Mesh):
+    """All that `mesh` does, by the other engine."""
+
+    def run_korvo(self, *arguments, **more):
+        engine = EXTERNAL if arguments[0] == "mesh" and "--engine" not in arguments else ()
+        return super().run_korvo(*arguments, *engine, **more)
+
+    def test_says_the_same_for_every_example_with_bodies(self):
+        for name in ("table-ac", "mill-3axis", "head-cb-fork", "arm-irb2400", "arm-irb2400-rail"):
+            with self.subTest(name):
+                self.machine = name
+                at = ("--at", AT[name])
+                theirs = self.mesh("a.stl", *at)
+                ours = self.mesh("b.stl", *at, "--engine", "library")
+                self.assertGreater(len(ours["bodies"]), 5)
+                for a, b in zip(theirs["bodies"], ours["bodies"], strict=True):
+                    for end in ("min", "max"):
+                        self.assert_near(a["box"].pop(end), b["box"].pop(end), 1e-9)
+                    self.assertEqual(a, b)
+                self.assertEqual(len(self.read("a.stl")), len(self.read("b.stl")))
+
+    def test_words_are_checked(self):
+        self.assert_fails(USAGE, "expected library or external after --engine, found 'own'",
+                          "mesh", self.machine, "-o", self.path("a.stl"), "--engine", "own")

@@ -4,7 +4,7 @@ import os
 import struct
 import subprocess
 
-from command_line_test import REFUSED, TABLE_AC, USAGE, CommandLine
+from command_line_test import REFUSED, TABLE_AC, TWO_TOOLS, USAGE, CommandLine
 
 GLTF_TESTS = os.environ["KORVO_GLTF_TESTS"]  # validate.cjs
 GLTF_MODULE = os.environ["KORVO_GLTF_MODULE"]  # where scripts/install-deps puts the validator
@@ -71,6 +71,43 @@ class Mesh(CommandLine):
         self.assertEqual(struct.unpack("<I", data[80:84]), (36,))
         corners = [struct.unpack("<9f", data[84 + 50 * i + 12:84 + 50 * i + 48]) for i in range(36)]
         self.assertEqual(max(x for c in corners[24:] for x in c[0::3]), 15)
+
+    # A turns the tool by 90 degrees about the line z = 50 along X, seen from the part: what is above
+    # A comes from (y, z) to (50 - z, 50 + y), and C with its table stays.
+    def test_the_part_stands_still_and_table_axes_move_the_rest(self):
+        boxes = [b["box"] for b in self.mesh("a.stl", "--at", "A=90")["bodies"]]
+        for box, low, high in zip(boxes, ([-300, 100, -150], [-100, -50, -40], [-5, -200, 45]),
+                                  ([300, 150, 250], [100, 50, 0], [5, -100, 55]), strict=True):
+            self.assert_near(box["min"], low)
+            self.assert_near(box["max"], high)
+
+    # Part zero at (10, 20, 30), its X along the machine's Y: (x, y, z) is (y - 20, 10 - x, z - 30).
+    def test_files_and_boxes_are_in_part_zero(self):
+        frame = ("--frame", "10,20,30,0,0,90")
+        for name in ("a.stl", "a.obj", "a.glb"):
+            bed = self.mesh(name, *frame)["bodies"][0]["box"]
+            self.assert_near(bed["min"], [-220, -290, -130])
+            self.assert_near(bed["max"], [180, 310, -80])
+        self.mesh("a.stl", *frame)
+        data = self.read("a.stl")
+        corners = [struct.unpack("<9f", data[84 + 50 * i + 12:84 + 50 * i + 48]) for i in range(12)]
+        self.assertAlmostEqual(min(x for c in corners for x in c[1::3]), -290, delta=1e-4)
+        self.assertAlmostEqual(max(x for c in corners for x in c[1::3]), 310, delta=1e-4)
+
+    def test_part_zero_plays_no_part_in_a_picture(self):
+        size = ("--size", "320x200", "--at", "A=-20")
+        self.mesh("a.png", *size)
+        self.mesh("b.png", *size, "--frame", "16,-32,64")
+        self.assertEqual(self.read("a.png"), self.read("b.png"))
+
+    def test_a_gun_slides_by_its_length(self):
+        machine = self.write("gun.def", TWO_TOOLS.replace(",nowhere.stl", "")
+                             .replace("gun=z,40,0,80", f"gun=z,40,0,80,{TOOL}"))
+        for length, low in ((0, 150), (15, 165)):
+            arguments = ["--tool", "2", "--tool-length", str(length), "--at", "W=7"]
+            body = self.json("mesh", machine, "-o", self.path("a.stl"), *arguments)["bodies"][0]
+            self.assert_near(body["box"]["min"], [-5, -5, low + 7])
+            self.assert_near(body["box"]["max"], [5, 5, low + 107])
 
     def test_the_text_has_a_line_for_each_body_and_the_total(self):
         path = self.path("a.obj")

@@ -4,12 +4,20 @@
 #include <limits>
 
 #include "geometry/GeometryFile.h"
+#include "platform/ombra/EntityMesh.h"
+#include "platform/ombra/Kinematic.h"
+#include "platform/ombra/MachineCompute.h"
 #include "toolkit/Describe.h"
 #include "toolkit/export/Placed.h"
 
+using Ombra::Kin::Entity;
+using Ombra::Kin::EntityId;
+using Ombra::Kin::MachinePosition;
+using zgeo::UMatrix;
 using zgeo::UTri;
 using zgeo::UVec3d;
 using zkin::KMachineElem;
+using zkin::NMachine;
 
 namespace korvo {
 namespace {
@@ -30,6 +38,12 @@ Rgb colourOf(const KMachineElem& e, int rank) {
   return isColour(rgb) ? rgb : kPalette[static_cast<std::size_t>(rank) % std::size(kPalette)];
 }
 
+// The copy is as long as the list, while readers reserve more than they fill.
+Body bodyOf(const KMachineElem& e, int rank, const UMatrix& motion,
+            const std::vector<UTri>& triangles) {
+  return {rank, elementName(e), colourOf(e, rank), motion, std::vector<UTri>(triangles)};
+}
+
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr Box kNothing{{kInfinity, kInfinity, kInfinity}, {-kInfinity, -kInfinity, -kInfinity}};
 
@@ -43,9 +57,30 @@ std::vector<Body> bodiesOf(const zkin::KMachine& machine, const zkin::KMachineVa
     triangles.clear();
     zkin::loadGeometryFile(e.getGeomFile(), triangles);
     if (triangles.empty()) continue;
-    // The copy is as long as the list, while readers reserve more than they fill.
-    bodies.push_back({rank, elementName(e), colourOf(e, rank), machine.getMatrix(position, &e),
-                      std::vector<UTri>(triangles)});
+    bodies.push_back(bodyOf(e, rank, machine.getMatrix(position, &e), triangles));
+  }
+  return bodies;
+}
+
+std::vector<Body> bodiesOf(const zkin::KMachine& machine, const NMachine& external,
+                           const MachinePosition& position) {
+  std::vector<Body> bodies;
+  if (!external.machine()) return bodies;
+  const Ombra::Kin::Kinematic& kinematic = external.machine()->GetKinematic();
+  Ombra::Kin::MachineCompute compute(external.machine());
+  const auto placementOf = [&](const Entity* entity) {
+    Ombra::Matrix43 placement;
+    compute.ComputePositionEntity(entity, position, &placement);
+    return NMachine::_fromMatrix43(placement);
+  };
+  const UMatrix toTable = placementOf(kinematic.GetEntityTable(external.tableIndex())).inverse();
+  std::vector<UTri> triangles;
+  for (int rank = 0; rank < machine.getElemNumber(); ++rank) {
+    const Entity* const entity = kinematic.GetEntity(EntityId(rank + 1));
+    NMachine::_ombraEntityGeom(entity, triangles);
+    if (triangles.empty()) continue;
+    const UMatrix motion = toTable * placementOf(entity);
+    bodies.push_back(bodyOf(*machine.getElemByRank(rank), rank, motion, triangles));
   }
   return bodies;
 }

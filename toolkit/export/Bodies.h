@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "adapter/NMachine.h"
 #include "kinematics/KMachine.h"
+#include "platform/ombra/MachinePosition.h"
 #include "platform/zgeo/UMatrix.h"
 #include "platform/zgeo/UTri.h"
 #include "toolkit/Export.h"
@@ -32,6 +34,21 @@ struct Body {
 /// @cost    Reads every file, as often as elements name it.
 KORVO_TOOLKIT_API std::vector<Body> bodiesOf(const zkin::KMachine& machine,
                                              const zkin::KMachineValueBase& position);
+
+/// The bodies of the machine as one of the external library has and places them, in the frame of
+/// the adapter's table; names and colours are those of the elements.
+///
+/// Every triangle moved by its body's motion, body after body, is what `NMachine::getTrianglesU`
+/// gives but for rounding.
+///
+/// @param external  Over what `machineFromDefinition` made of `machine`, with its bodies: entity k
+///                  is the element of rank k - 1.
+/// @frames  Triangles: the entity's own frame, of such a machine the machine frame at its zero
+///          position. Motion: from there into the table's frame, of its table 0 the machine frame.
+/// @errors  Without an external machine there are none.
+KORVO_TOOLKIT_API std::vector<Body> bodiesOf(const zkin::KMachine& machine,
+                                             const zkin::NMachine& external,
+                                             const Ombra::Kin::MachinePosition& position);
 
 /// Moves the bodies to where they are for one who stands beside the machine: its frame (the
 /// element) stays as at the zero position, and table axes move the table. The machine frame is the

@@ -1,0 +1,57 @@
+#include "tools/Engine.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+#include "tools/Failure.h"
+#include "tools/Messages.h"
+
+namespace korvo::tools {
+namespace {
+
+// One row for each engine.
+struct Word {
+  Engine engine;
+  const char* word;
+  const char* meaning;
+};
+constexpr Word kWords[] = {
+    {Engine::library, "library", "the library itself"},
+    {Engine::external, "external",
+     "the machine made into one of the external kinematics library, which computes"},
+};
+
+const Word& rowOf(Engine engine) {
+  return *std::find_if(std::begin(kWords), std::end(kWords),
+                       [engine](const Word& row) { return row.engine == engine; });
+}
+
+Engine engineOf(const std::string& word, const std::vector<Engine>& engines) {
+  std::string wanted;
+  for (const Engine engine : engines) {
+    if (word == rowOf(engine).word) return engine;
+    wanted += (wanted.empty() ? "" : " or ") + std::string(rowOf(engine).word);
+  }
+  failUsage(wanted + " after --engine", inQuotes(word));
+}
+
+std::string helpOf(Engine engine, const std::vector<Engine>& engines) {
+  std::string text = "What computes:";
+  for (const Engine e : engines) {
+    text +=
+        std::string(e == engines.front() ? " " : "; ") + rowOf(e).word + ", " + rowOf(e).meaning;
+  }
+  return text + " [" + rowOf(engine).word + "]";
+}
+
+}  // namespace
+
+void addEngineOption(CLI::App& verb, Engine& engine, const std::vector<Engine>& engines) {
+  const auto take = [&engine, engines](const std::string& word) {
+    engine = engineOf(word, engines);
+  };
+  verb.add_option_function<std::string>("--engine", take, helpOf(engine, engines));
+}
+
+}  // namespace korvo::tools

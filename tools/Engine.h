@@ -1,0 +1,18 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <vector>
+
+namespace korvo::tools {
+
+/// What computes an answer.
+enum class Engine {
+  library,   ///< The loaded machine itself.
+  external,  ///< The machine made into one of the external kinematics library.
+};
+
+/// Adds --engine, which takes the words of `engines`; without it `engine` stays. Other words throw
+/// Failure (usage).
+void addEngineOption(CLI::App& verb, Engine& engine, const std::vector<Engine>& engines);
+
+}  // namespace korvo::tools
