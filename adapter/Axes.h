@@ -16,21 +16,27 @@ namespace zkin {
 std::vector<const Ombra::Kin::Entity*> axesOf(const Ombra::Kin::Machine& machine,
                                               Ombra::Kin::LinkKind kind);
 
-// --- whole turns: one step does what adding turn after turn would, also for huge angles
+// --- whole turns: all but the last ones in one step, so that huge angles end, too; the last ones
+// by comparing, so that rounding never stops a turn short of the bound
 
 /// The first of v, v + 360, ... that is not below `low`.
 inline double raised(double v, double low) {
-  const double turns = std::ceil((low - v) / kFullTurn);
-  return turns > 0 ? v + kFullTurn * turns : v;
+  const double turns = std::floor((low - v) / kFullTurn) - 1;
+  if (turns > 0) v += kFullTurn * turns;
+  for (int i = 0; i < kLastTurns && v < low; ++i) v += kFullTurn;
+  return v;
 }
 
 /// The first of v, v - 360, ... that is not above `high`.
 inline double lowered(double v, double high) {
-  const double turns = std::ceil((v - high) / kFullTurn);
-  return turns > 0 ? v - kFullTurn * turns : v;
+  const double turns = std::floor((v - high) / kFullTurn) - 1;
+  if (turns > 0) v -= kFullTurn * turns;
+  for (int i = 0; i < kLastTurns && v > high; ++i) v -= kFullTurn;
+  return v;
 }
 
-/// A solved angle, less than a full turn from the start's.
+/// A solved angle, less than a full turn from the start's. Deliberate: that is not the nearest
+/// turn, 350 degrees away stays so (test: WholeTurns.BringNearTheStartWithinAFullTurn).
 inline double nearStart(double v, double start) {
   return raised(lowered(v, start + kNearStart), start - kNearStart);
 }
@@ -43,21 +49,13 @@ inline bool isInRange(const Ombra::Kin::Entity& axis, double v) {
          (v >= axis.GetRangeMin() - kPositionEqual && v <= axis.GetRangeMax() + kPositionEqual);
 }
 
-/// Brings an angle into the range of the axis by whole turns, from below first; false when no turn
-/// does, or when it is not finite.
-inline bool foldUpwards(const Ombra::Kin::Entity& axis, double& v) {
+/// Brings an angle into the range of the axis by whole turns; false when no turn does, or when it
+/// is not finite. From below or from above first makes no difference: an angle outside comes to the
+/// turn next to the bound that it passed, and the other bound can only refuse that.
+inline bool fold(const Ombra::Kin::Entity& axis, double& v) {
   if (axis.GetCheckRangeAxis()) {
     v = lowered(raised(v, axis.GetRangeMin() - kPositionEqual),
                 axis.GetRangeMax() + kPositionEqual);
-  }
-  return std::isfinite(v) && isInRange(axis, v);
-}
-
-/// The same from above first: where two turns lie in the range, an angle above it takes the upper.
-inline bool foldDownwards(const Ombra::Kin::Entity& axis, double& v) {
-  if (axis.GetCheckRangeAxis()) {
-    v = raised(lowered(v, axis.GetRangeMax() + kPositionEqual),
-               axis.GetRangeMin() - kPositionEqual);
   }
   return std::isfinite(v) && isInRange(axis, v);
 }

@@ -15,7 +15,8 @@ NMachine::NMachine(const Machine* const m, HeadIndex h, TableIndex t) { set(m, h
 
 NMachine::NMachine(const NMachine& o) { set(o); }
 
-NMachine::~NMachine() { reset(false); }
+// As reset(false): the copy stays.
+NMachine::~NMachine() = default;
 
 NMachine& NMachine::operator=(const NMachine& o) = default;
 

@@ -24,6 +24,10 @@ namespace zkin {
 ///
 /// Every computation is the external library's (`Ombra::Kin::MachineCompute`). The adapter keeps no
 /// result: what reads only may run on one adapter in many threads.
+///
+/// Memory: where it is out, codes, lists, matrices and pointers say so, each as written below.
+/// Constructors, copies, `set`, `reset` and what returns a position, a list or a text by value
+/// throw std::bad_alloc; nothing else is thrown.
 class KORVO_KINEMATICS_API NMachine {
  public:
   // --- NMachine.cpp: construction, copies, accessors, locks
@@ -38,15 +42,17 @@ class KORVO_KINEMATICS_API NMachine {
   NMachine(const NMachine& o);  ///< As `set(o)` on a new adapter: a copy of the machine of its own.
   ~NMachine();                  ///< Does not delete the machine's copy.
 
-  /// Takes a new copy of `m`, or no machine when it is null; all registers are unlocked then.
+  /// Takes a new copy of `m` with head `h` and table `t`, all registers unlocked; or no machine
+  /// when `m` is null: head and table stay then, whatever is given.
   ///
   /// @errors  The name becomes "<unnamed>"; THE length and frames stay. Deliberate: without a
   ///          machine the registers and locks of the former one stay, too (test:
   ///          Setting.NoMachineKeepsTheRegistersOfTheFormerOne).
   void set(const Ombra::Kin::Machine* const m, Ombra::Kin::HeadIndex h, Ombra::Kin::TableIndex t);
 
-  /// Takes a new copy of the other's machine, and its head, table, name, THE length and frames, but
-  /// no locks. Deliberate: set to itself an adapter loses machine and name (test:
+  /// Takes the other's name, THE length and frames and, where it has a machine, a new copy of that
+  /// with head and table, all registers unlocked; where it has none, head, table, registers and
+  /// locks stay. Deliberate: set to itself an adapter loses machine and name (test:
   /// Setting.ToItselfLosesTheMachineAndTheName).
   void set(const NMachine& o);
 
@@ -89,7 +95,7 @@ class KORVO_KINEMATICS_API NMachine {
   Ombra::Kin::MachinePosition newMachinePosition() const;  ///< All 0.
   Ombra::Kin::MachinePosition newMachinePosition(const Ombra::Kin::MachinePosition& p) const;
 
-  /// The same on the heap; the caller's, to be released with `_release`.
+  /// The same on the heap; the caller's, to be released with `_release`. Null when memory is out.
   Ombra::Kin::MachinePosition* newMachinePositionP() const;
   Ombra::Kin::MachinePosition* newMachinePositionP(const Ombra::Kin::MachinePosition& p) const;
 
@@ -101,11 +107,13 @@ class KORVO_KINEMATICS_API NMachine {
   /// A position from values in register order; missing ones are 0, further ones are left out.
   Ombra::Kin::MachinePosition axisValues(const std::vector<double>& v) const;
 
-  /// Same size, and every value closer than `tol`; a difference of `tol` is none.
+  /// Same size, and every value closer than `tol`: a difference of exactly `tol` makes them
+  /// unequal.
   static bool _equals(const Ombra::Kin::MachinePosition& a, const Ombra::Kin::MachinePosition& b,
                       double tol);
 
-  /// Traces "NMP<size> (label) [ v0 | v1 ... ]", a value for each register of the machine.
+  /// Traces "NMP<size> (label) [ v0 | v1 ... ]", a value for each register of the machine; less of
+  /// it when memory is out.
   /// @param keepLine  True leaves the trace line open for the next text.
   void dumpValues(const Ombra::Kin::MachinePosition& p, const wchar_t* const label,
                   bool keepLine) const;
@@ -114,8 +122,9 @@ class KORVO_KINEMATICS_API NMachine {
 
   /// The tool frame of head `h` in the frame of table `t`, its origin `len` back from the tool
   /// point against the tool direction.
-  /// @errors  All zero without a machine. Deliberate: a failed computation gives the identity
-  ///          (test: ToolFrame.OfAFailedComputationIsTheIdentity).
+  /// @errors  All zero without a machine. Deliberate: a failed computation gives the identity, as
+  ///          one does that memory is short for (test:
+  ///          ToolFrame.OfAFailedComputationIsTheIdentity).
   zgeo::UMatrix getMatrix(const Ombra::Kin::MachinePosition& p, Ombra::Kin::HeadIndex h,
                           Ombra::Kin::TableIndex t, double len) const;
   zgeo::UMatrix getMatrix(const Ombra::Kin::MachinePosition& p) const;       ///< At the tool point.
@@ -148,34 +157,39 @@ class KORVO_KINEMATICS_API NMachine {
 
   /// Appends the positions whose rotary axes turn the tool onto `dir`, each once (1e-4), brought
   /// into the ranges by whole turns; `out` is not emptied, and what is there counts. Entries are
-  /// the caller's (`_release`).
+  /// the caller's (`_release`). Deliberate: `KMachine` refuses angles outside the ranges where a
+  /// turn would do (test: Angles.AreFoldedIntoTheRangeByWholeTurns).
   ///
-  /// @return  0; -1, nothing appended, without a machine.
+  /// @return  0, also when memory is out: what was found so far is there. Deliberate: -1, nothing
+  ///          appended, without a machine, which is 1 for `getConfigPlus` (tests:
+  ///          Angles.WithoutAMachineAreMinusOne, Nearest.WithoutAMachineIsOne).
   /// @cost    A computation for each pair and start: nine starts for every rotary axis without a
   ///          range, multiplied.
   int getPossibleAngles(const zgeo::UVec3d& dir,
                         std::vector<Ombra::Kin::MachinePosition*>& out) const;
 
   /// Appends the positions that put the tool tip on `pos` as well, within the linear ranges. Mind
-  /// the order of arguments.
+  /// the order of arguments. Returns as `getPossibleAngles` does.
   int getPossibleConfigs(const zgeo::UVec3d& dir, const zgeo::UVec3d& pos,
                          std::vector<Ombra::Kin::MachinePosition*>& out) const;
 
   /// The position on the target, of the unlocked axes, whose rotary values have the smallest
-  /// largest change from `current`; the earlier of equal ones. Traces start, target and result.
+  /// largest change from `current`; the earlier of equal ones (1e-9 degrees). Traces start, target
+  /// and result, "(NO RES)" when there is none.
   ///
-  /// @return  0. Deliberate: also when there is none; `out` is untouched then (test:
-  ///          Nearest.WithoutASolutionIsZeroAndOutStays). 1 without a machine.
+  /// @return  0. Deliberate: also when there is none or memory is out; `out` is untouched then
+  ///          (test: Nearest.WithoutASolutionIsZeroAndOutStays). Deliberate: 1 without a machine,
+  ///          which is -1 for the lists (test: Nearest.WithoutAMachineIsOne).
   int getConfigPlus(const Ombra::Kin::MachinePosition& current, const zgeo::UVec3d& pos,
                     const zgeo::UVec3d& dir, Ombra::Kin::MachinePosition& out) const;
 
   // --- NMachine_geometry.cpp: the bodies as triangles
 
   /// The triangles of all entities at a position, in the frame of the adapter's table: the
-  /// workpiece's side stays still. `tris` is emptied first; empty without a machine, and when
-  /// memory is short.
+  /// workpiece's side stays still. `tris` is emptied first; empty without a machine and when memory
+  /// is out.
   /// @errors  Without that table: in the frame of the machine's base. An entity that cannot be
-  ///          placed stands at its zero position.
+  ///          placed stands as its meshes are written, its own frame on the base's.
   void getTrianglesU(const Ombra::Kin::MachinePosition& pos, std::vector<zgeo::UTri>& tris) const;
 
   /// The triangles of one entity in its own frame; `tris` is emptied first.
@@ -183,8 +197,9 @@ class KORVO_KINEMATICS_API NMachine {
   /// Deliberate: of a polygon the first three corners count, and one with fewer keeps the others of
   /// the polygon before (tests: EntityTriangles.TakeTheFirstThreeCorners,
   /// EntityTriangles.OfTwoCornersKeepTheThirdOfThePolygonBefore).
-  /// @return  0; -1, and no triangles, without an entity or a mesh and when memory is short.
-  /// @errors  A mesh ends at the first corner that names no point. Traces one line.
+  /// @return  0; -1 and no triangle without an entity or a mesh and when memory is out.
+  /// @errors  A mesh ends with the first polygon that lacks corners or one of whose first three
+  ///          corners names no point; that one gives no triangle. Traces one line.
   static int _ombraEntityGeom(const Ombra::Kin::Entity* e, std::vector<zgeo::UTri>& tris);
 
   static std::wstring _typeName(Ombra::Kin::EntityType t);  ///< "Axis", "Head" or "Table".

@@ -2,6 +2,7 @@
 
 #include "adapter/NMachine.h"
 #include "adapter/convert.h"
+#include "adapter/memory.h"
 #include "platform/ombra/MachineCompute.h"
 
 using Ombra::Matrix43;
@@ -28,7 +29,7 @@ UMatrix NMachine::_fromMatrix43(const Matrix43& m) {
 UMatrix NMachine::getMatrix(const MachinePosition& p, HeadIndex h, TableIndex t, double len) const {
   if (!machine_) return UMatrix::_zero();
   Matrix43 m43;
-  MachineCompute(machine_).ComputeMcsToToolTcs(p, h, t, {0, 0, len}, &m43);
+  hadMemory([&] { MachineCompute(machine_).ComputeMcsToToolTcs(p, h, t, {0, 0, len}, &m43); });
   return _fromMatrix43(m43);
 }
 

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "adapter/NMachine.h"
+#include "adapter/memory.h"
 #include "platform/ombra/EntityMesh.h"
 #include "platform/ombra/MachineCompute.h"
 #include "platform/zgeo/UTools.h"
@@ -89,27 +90,19 @@ void appendMeshes(const EntityMesh& meshes, std::vector<UTri>& tris) {
   }
 }
 
-// Throws std::bad_alloc; the trace line is ended all the same.
-int entityTriangles(const Entity* e, std::vector<UTri>& tris) try {
-  tris.clear();
-  const EntityMesh* const meshes = e ? e->GetEntityMesh() : nullptr;
-  UTools::_traceTS(L"entity <%s> mesh %s", e ? e->GetEntityName().c_str() : L"NO_ENTITY",
-                   meshes ? L"OK" : L"NO_MESH");
-  if (meshes) appendMeshes(*meshes, tris);
-  UTools::_traceTF();
-  return meshes ? 0 : -1;
-} catch (const std::bad_alloc&) {
-  UTools::_traceTF();
-  throw;
-}
-
 }  // namespace
 
-int NMachine::_ombraEntityGeom(const Entity* e, std::vector<UTri>& tris) try {
-  return entityTriangles(e, tris);
-} catch (const std::bad_alloc&) {
+int NMachine::_ombraEntityGeom(const Entity* e, std::vector<UTri>& tris) {
   tris.clear();
-  return -1;
+  const EntityMesh* const meshes = e ? e->GetEntityMesh() : nullptr;
+  const bool isWhole = hadMemory([&] {
+    UTools::_traceTS(L"entity <%s> mesh %s", e ? e->GetEntityName().c_str() : L"NO_ENTITY",
+                     meshes ? L"OK" : L"NO_MESH");
+    if (meshes) appendMeshes(*meshes, tris);
+  });
+  if (!isWhole) tris.clear();
+  UTools::_traceTF();
+  return meshes && isWhole ? 0 : -1;
 }
 
 void NMachine::getTrianglesU(const MachinePosition& pos, std::vector<UTri>& tris) const try {
@@ -123,7 +116,8 @@ void NMachine::getTrianglesU(const MachinePosition& pos, std::vector<UTri>& tris
   for (int k = 1; k <= machine_->GetEntityNb(); ++k) {
     const Entity* const e = kinematic.GetEntity(EntityId(k));
     if (!e) continue;
-    entityTriangles(e, local);
+    // What has meshes and cannot give them was short of memory: all or nothing.
+    if (_ombraEntityGeom(e, local) != 0 && e->GetEntityMesh()) return tris.clear();
     Matrix43 m;
     compute.ComputePositionEntity(e, pos, &m);
     const UMatrix placed = _fromMatrix43(m);

@@ -10,6 +10,7 @@
 #include "adapter/PositionList.h"
 #include "adapter/PositionTrace.h"
 #include "adapter/convert.h"
+#include "adapter/memory.h"
 #include "adapter/tolerances.h"
 #include "platform/ombra/MachineCompute.h"
 #include "platform/zgeo/UTools.h"
@@ -52,10 +53,11 @@ void forEachTurn(Query& query, const MachinePosition& start, const UVec3d& dir, 
         query.compute.GetLastError();  // whatever the cause, the next pair may do
         continue;
       }
+      if (solution.count > std::ssize(solution.pairs)) continue;  // not what was asked for
       for (int k = 0; k < solution.count; ++k) {
         MachinePosition p = query.zero;
-        p[rotary[i]->GetRegister()] = solution.pairs[k].first.radians * kDegreesOfRadian;
-        p[rotary[j]->GetRegister()] = solution.pairs[k].second.radians * kDegreesOfRadian;
+        p[rotary[i]->GetRegister()] = degreesOf(solution.pairs[k].first.radians);
+        p[rotary[j]->GetRegister()] = degreesOf(solution.pairs[k].second.radians);
         visit(p, *rotary[i], *rotary[j]);
       }
     }
@@ -93,16 +95,15 @@ bool areInRange(const Axes& axes, const MachinePosition& p) {
 }
 
 bool foldAll(const Axes& rotary, MachinePosition& p) {
-  return std::all_of(rotary.begin(), rotary.end(), [&p](const Entity* axis) {
-    return foldUpwards(*axis, p[axis->GetRegister()]);
-  });
+  return std::all_of(rotary.begin(), rotary.end(),
+                     [&p](const Entity* axis) { return fold(*axis, p[axis->GetRegister()]); });
 }
 
 // First near the start, then into the range: the range decides.
 bool bringNear(const Entity& axis, const MachinePosition& start, MachinePosition& p) {
   double& v = p[axis.GetRegister()];
   v = nearStart(v, start[axis.GetRegister()]);
-  return foldDownwards(axis, v);
+  return fold(axis, v);
 }
 
 /// Largest change of an axis.
@@ -112,6 +113,29 @@ double largestChange(const Axes& rotary, const MachinePosition& a, const Machine
     largest = std::max(largest, std::fabs(a[axis->GetRegister()] - b[axis->GetRegister()]));
   }
   return largest;
+}
+
+bool isSmaller(double change, double best) { return change < best - kSameChange; }
+
+// Traces that memory is short for lose text, and lines end all the same.
+
+void traceLine(const wchar_t* text) {
+  hadMemory([text] { UTools::_traceTS(L"%s", text); });
+  UTools::_traceTF();
+}
+
+void traceQuestion(int count, const MachinePosition& current, const UVec3d& pos,
+                   const UVec3d& dir) {
+  hadMemory([&] {
+    tracePosition(count, L"zkin::NMachine::getConfigPlus", current, count);
+    pos.dump(L" pos", true);
+    dir.dump(L" dir", true);
+  });
+}
+
+void traceAnswer(int count, const MachinePosition& out) {
+  hadMemory([&] { tracePosition(count, L"(minmaxdif)", out, count); });
+  UTools::_traceTF();
 }
 
 }  // namespace
@@ -165,13 +189,11 @@ std::vector<const Entity*> NMachine::freeAxes(Ombra::Kin::LinkKind kind) const {
 int NMachine::getConfigPlus(const MachinePosition& current, const UVec3d& pos, const UVec3d& dir,
                             MachinePosition& out) const try {
   if (!machine_) {
-    UTools::_trace(L"zkin::NMachine::getConfigPlus, no machine");
+    traceLine(L"zkin::NMachine::getConfigPlus, no machine");
     return 1;
   }
   const int count = registerNb().value;
-  tracePosition(count, L"zkin::NMachine::getConfigPlus", current, count);
-  pos.dump(L" pos", true);
-  dir.dump(L" dir", true);
+  traceQuestion(count, current, pos, dir);
 
   const Axes rotary = freeAxes(Ombra::Kin::Rotary), linear = freeAxes(Ombra::Kin::Linear);
   Query query{MachineCompute(machine_), head_, table_, newMachinePosition()};
@@ -181,23 +203,22 @@ int NMachine::getConfigPlus(const MachinePosition& current, const UVec3d& pos, c
               [&](MachinePosition& turned, const Entity& r1, const Entity& r2) {
                 if (!bringNear(r1, current, turned) || !bringNear(r2, current, turned)) return;
                 const double change = largestChange(rotary, turned, current);
-                if (!(change < bestChange)) return;
+                if (!isSmaller(change, bestChange)) return;
                 forEachSlide(query, turned, pos, theLength_, linear, [&](const MachinePosition& p) {
-                  if (!(change < bestChange) || !areInRange(linear, p)) return;
+                  if (!isSmaller(change, bestChange) || !areInRange(linear, p)) return;
                   best = p;
                   bestChange = change;
                 });
               });
   if (best.Size() == 0) {
-    UTools::_trace(L"(NO RES)");
+    traceLine(L"(NO RES)");
     return 0;
   }
-  tracePosition(count, L"(minmaxdif)", best, count);
-  UTools::_traceTF();
-  out = best;  // last: where memory is short, nothing was found and `out` is as it was
+  out = best;
+  traceAnswer(count, out);
   return 0;
 } catch (const std::bad_alloc&) {
-  UTools::_trace(L"(NO RES)");
+  traceLine(L"(NO RES)");
   return 0;
 }
 

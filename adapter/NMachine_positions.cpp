@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 #include "adapter/NMachine.h"
 #include "adapter/PositionTrace.h"
+#include "adapter/memory.h"
 #include "platform/zgeo/UTools.h"
 
 using Ombra::Kin::MachinePosition;
@@ -25,12 +27,16 @@ MachinePosition NMachine::newMachinePosition(const MachinePosition& p) const {
   return copy;
 }
 
-MachinePosition* NMachine::newMachinePositionP() const {
+MachinePosition* NMachine::newMachinePositionP() const try {
   return new MachinePosition(newMachinePosition());
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
-MachinePosition* NMachine::newMachinePositionP(const MachinePosition& p) const {
+MachinePosition* NMachine::newMachinePositionP(const MachinePosition& p) const try {
   return new MachinePosition(newMachinePosition(p));
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 void NMachine::_release(MachinePosition*& p) {
@@ -76,7 +82,7 @@ void tracePosition(int size, const wchar_t* label, const MachinePosition& p, int
 
 void NMachine::dumpValues(const MachinePosition& p, const wchar_t* const label,
                           bool keepLine) const {
-  tracePosition(p.Size(), label, p, registerNb().value);
+  hadMemory([&] { tracePosition(p.Size(), label, p, registerNb().value); });
   if (!keepLine) UTools::_traceTF();
 }
 

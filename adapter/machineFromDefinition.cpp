@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <new>
 #include <numeric>
 #include <string>
 #include <utility>
@@ -80,7 +81,7 @@ class Conversion {
     for (int rank = 0; rank < from_.getElemNumber(); ++rank) {
       to_.LinkEntity(EntityId(rank + 1), carrierOf(*from_.getElemByRank(rank)));
     }
-    if (!isTable(*rootPath_.front())) to_.AddTable(L"", carrierOf(*rootPath_.front()));
+    if (!isTable(*rootPath_.front())) to_.AddTable(L"", tableCarrier());
   }
 
  private:
@@ -102,16 +103,24 @@ class Conversion {
 
   // The root's side of the frame is turned round: there the frame carries. What a definition hangs
   // on an element there has the motions from the root to that element, its own included, before it,
-  // so it stands on what carries that element. What hangs on nothing stays with the root.
+  // so it stands on what carries that element. What hangs on nothing has none of them: it stays
+  // with the table.
   EntityId carrierOf(const KMachineElem& e) const {
     const KMachineElem* below = &e;
     if (onRootPath(e) == rootPath_.end()) {
       below = from_.getPrevElem(&e);
-      if (!below) below = rootPath_.front();
+      if (!below) return tableCarrier();
       if (below == frame_ || onRootPath(*below) == rootPath_.end()) return idOf(*below);
     }
     const auto place = onRootPath(*below);
     return below == frame_ ? EntityId(0) : idOf(**(place + 1));
+  }
+
+  // Positions are seen from where the root is before its own motion, and a root that moves carries
+  // that, turned round like the others.
+  EntityId tableCarrier() const {
+    const KMachineElem& root = *rootPath_.front();
+    return isTable(root) ? carrierOf(root) : idOf(root);
   }
 
   EntityId addEntity(const KMachineElem& e) {
@@ -167,14 +176,18 @@ class Conversion {
 
 }  // namespace
 
-std::unique_ptr<Ombra::Kin::Machine> machineFromDefinition(const KMachine& machine, Bodies bodies) {
+std::unique_ptr<Ombra::Kin::Machine> machineFromDefinition(const KMachine& machine,
+                                                           Bodies bodies) try {
   const int axes = machine.getAxisNum();
   const KMachineElem* const frame = machine.getElemByIndex(KMachineElem::KMET_BATI);
   if (!frame || axes < 1 || axes > 12 || machine.getToolNumber() == 0) return nullptr;
   const std::unique_ptr<KMachineValueBase, Release> zero(machine.newMachineValue());
+  if (!zero) return nullptr;
   auto made = std::make_unique<Ombra::Kin::Machine>(machine.getDataFilePNE());
   Conversion(machine, *frame, *zero, made->EditKinematic()).run(bodies);
   return made;
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 }  // namespace zkin

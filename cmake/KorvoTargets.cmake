@@ -48,6 +48,14 @@ function(korvo_optimise_sanitized name)
   endif()
 endfunction()
 
+# The headers that every source of a target pays for, compiled once. Builds without tests go without:
+# what a source forgets to include is found there.
+function(korvo_precompile name)
+  if(KORVO_TESTS)
+    target_precompile_headers(${name} PRIVATE ${ARGN})
+  endif()
+endfunction()
+
 # korvo_static(name DIR): a static helper from all sources of its folder.
 function(korvo_static name)
   file(GLOB sources CONFIGURE_DEPENDS *.cpp)
@@ -62,6 +70,7 @@ function(korvo_shared name define)
   add_library(${name} SHARED ${ARGN})
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:korvo_options>)
   korvo_optimise_sanitized(${name})
+  korvo_precompile(${name} <algorithm> <filesystem> <functional> <map> <memory> <optional> <string> <vector>)
   target_compile_definitions(${name} PRIVATE ${define})
   target_include_directories(${name} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)

@@ -9,7 +9,7 @@
 
 namespace Ombra::Kin {
 
-/// The meshes of an entity, in machine coordinates at the zero position. Copies are deep.
+/// The meshes of an entity, in the entity's own frame. Copies are deep.
 class OMBRA_API EntityMesh {
  public:
   /// Number of meshes, removed ones included.

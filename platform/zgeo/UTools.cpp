@@ -231,11 +231,13 @@ void append(const std::wstring& text) {
   *openLine += text;
 }
 
+/// Without a text it needs no memory: a line can be ended when there is none left.
 void endLine(const std::wstring& text) {
   const auto line = takeOpenLine();
   UTraceSink* const sink = theSink.load();
   if (sink == nullptr) return;
-  sink->line(line ? *line + text : text, std::chrono::system_clock::now());
+  if (line) *line += text;
+  sink->line(line ? *line : text, std::chrono::system_clock::now());
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "adapter/Axes.h"
 
+#include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -53,11 +55,17 @@ TEST(WholeTurns, BringNearTheStartWithinAFullTurn) {
   EXPECT_EQ(zkin::nearStart(-360, 10), 0.0);
 }
 
+TEST(WholeTurns, OfWhichThereAreVeryManyAreTakenOffExactly) {
+  const double turns = 360.0 * (std::int64_t{1} << 40);  // a sixteenth of a degree is left to it
+  EXPECT_EQ(zkin::lowered(turns + 10, 180), 10.0);
+  EXPECT_EQ(zkin::raised(-turns - 10, -180), -10.0);
+}
+
 struct Fold {
   const char* name;
   double angle, min, max;
   bool fits;
-  double upwards, downwards;
+  double folded;
 };
 
 class Folding : public testing::TestWithParam<Fold> {};
@@ -65,50 +73,50 @@ class Folding : public testing::TestWithParam<Fold> {};
 TEST_P(Folding, FindsTheTurnInTheRange) {
   const Fold& row = GetParam();
   const RangedAxis axis(row.min, row.max);
-  double up = row.angle, down = row.angle;
-  EXPECT_EQ(zkin::foldUpwards(*axis, up), row.fits);
-  EXPECT_EQ(zkin::foldDownwards(*axis, down), row.fits);
+  double v = row.angle;
+  EXPECT_EQ(zkin::fold(*axis, v), row.fits);
   if (row.fits) {
-    EXPECT_NEAR(up, row.upwards, 1e-9);
-    EXPECT_NEAR(down, row.downwards, 1e-9);
+    EXPECT_NEAR(v, row.folded, 1e-9);
   }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Angles, Folding,
-    testing::Values(Fold{"Inside", 10, -180, 180, true, 10, 10},
-                    Fold{"ATurnAbove", 370, -180, 180, true, 10, 10},
-                    Fold{"ThreeTurnsBelow", -1070, -180, 180, true, 10, 10},
-                    Fold{"OutsideEveryTurn", 10, 20, 300, false, 0, 0},
-                    Fold{"OnTheTolerance", 180.00009, -180, 180, true, 180.00009, 180.00009},
-                    Fold{"BeyondTheTolerance", 100.0002, 0, 100, false, 0, 0},
-                    Fold{"ARangeOfTwoTurns", 800, -360, 360, true, 80, 80},
-                    Fold{"FromBelowTwoTurns", -800, -360, 360, true, -80, -80},
-                    Fold{"NoUpperBound", -800, -360, kInfinite, true, -80, -80},
-                    Fold{"NoBounds", 1e6, -kInfinite, kInfinite, true, 1e6, 1e6},
-                    Fold{"RangeUpsideDown", 10, 100, -100, false, 0, 0},
-                    Fold{"Infinite", kInfinite, -180, 180, false, 0, 0},
-                    Fold{"NotANumber", kNan, -180, 180, false, 0, 0},
-                    Fold{"RangeAtInfinity", 10, kInfinite, kInfinite, false, 0, 0}),
+    testing::Values(Fold{"Inside", 10, -180, 180, true, 10},
+                    Fold{"ATurnAbove", 370, -180, 180, true, 10},
+                    Fold{"ThreeTurnsBelow", -1070, -180, 180, true, 10},
+                    Fold{"OutsideEveryTurn", 10, 20, 300, false, 0},
+                    Fold{"OnTheTolerance", 180.00009, -180, 180, true, 180.00009},
+                    Fold{"BeyondTheTolerance", 100.0002, 0, 100, false, 0},
+                    Fold{"ARangeOfTwoTurns", 800, -360, 360, true, 80},
+                    Fold{"FromBelowTwoTurns", -800, -360, 360, true, -80},
+                    // One turn less is 40.00010000000003: one bit above the range, and again out.
+                    Fold{"ABitAboveATurn", 400.00010000000003, -360, 40, true, -319.9999},
+                    Fold{"ABitBelowATurn", -400.00010000000003, -40, 360, true, 319.9999},
+                    Fold{"NoUpperBound", -800, -360, kInfinite, true, -80},
+                    Fold{"NoBounds", 1e6, -kInfinite, kInfinite, true, 1e6},
+                    Fold{"RangeUpsideDown", 10, 100, -100, false, 0},
+                    Fold{"Infinite", kInfinite, -180, 180, false, 0},
+                    Fold{"NotANumber", kNan, -180, 180, false, 0},
+                    Fold{"RangeAtInfinity", 10, kInfinite, kInfinite, false, 0}),
     [](const auto& row) { return row.param.name; });
 
 TEST(Folding, OfHugeAnglesEnds) {
   const RangedAxis axis(-180, 180);
-  double v = 1e18;
-  zkin::foldUpwards(*axis, v);
-  v = -1e300;
-  EXPECT_FALSE(zkin::foldDownwards(*axis, v) && std::abs(v) > 181);
+  for (const double angle : {1e18, -1e18, 1e300, -1e300}) {
+    double v = angle;
+    EXPECT_FALSE(zkin::fold(*axis, v) && std::abs(v) > 181);
+  }
 }
 
 TEST(Folding, WithoutARangeEveryFiniteAngleFits) {
   RangedAxis axis(-180, 180);
   axis.edit().ClearRange();
   double v = 5000;
-  EXPECT_TRUE(zkin::foldUpwards(*axis, v));
+  EXPECT_TRUE(zkin::fold(*axis, v));
   EXPECT_EQ(v, 5000.0);
-  EXPECT_TRUE(zkin::foldDownwards(*axis, v));
   v = kNan;
-  EXPECT_FALSE(zkin::foldUpwards(*axis, v));
+  EXPECT_FALSE(zkin::fold(*axis, v));
   EXPECT_TRUE(zkin::isInRange(*axis, 1e9));
 }
 

@@ -77,6 +77,14 @@ bool BothModels::areLinearDependent() const {
   return std::abs(direction(0) * (direction(1) ^ direction(2))) < 1e-9;
 }
 
+bool BothModels::areLastThreeDependent() const {
+  std::vector<UVec3d> directions;
+  for (const KMachineElem* e : definition_->getChain(KMachineElem::_getToolIndex(1))) {
+    if (e->getElemType() == KMachineElem::KMET_TYPE_ALIN) directions.push_back(e->getElemAxis());
+  }
+  return std::abs(directions.at(0) * (directions.at(1) ^ directions.at(2))) < 1e-9;
+}
+
 std::vector<double> BothModels::anyPosition(Dice& dice) const {
   const auto& k = adapter_->machine()->GetKinematic();
   std::vector<double> values;
@@ -188,11 +196,15 @@ void BothModels::compareNearest(Dice& dice, int count, Comparison& result) const
     const std::vector<double> start = anyPosition(dice);
     const Position from = positionOf(*definition_, start), found = positionOf(*definition_);
     if (definition_->getConfigPlus(*from, target.tip, target.dir, *found) == 0) {
+      ++result.solved;
       result.missed += !isOn(target, definition_->axisValues(*found));
     }
     MachinePosition out;
     adapter_->getConfigPlus(adapter_->axisValues(start), target.tip, target.dir, out);
-    if (out.Size() > 0) result.missed += !isOn(target, adapter_->axisValues(out));
+    if (out.Size() > 0) {
+      ++result.solvedToo;
+      result.missed += !isOn(target, adapter_->axisValues(out));
+    }
   }
   result.targets += count;
 }

@@ -24,6 +24,8 @@ struct Comparison {
   int solutions = 0;     ///< Of the definition's model.
   int missing = 0;       ///< That the external one has not.
   int more = 0;          ///< That only the external one has.
+  int solved = 0;        ///< Targets that the definition's model has a nearest solution for,
+  int solvedToo = 0;     ///< and that the external one has.
   int missed = 0;        ///< Nearest solutions that are off the target, of either model.
   std::string note;
 };
@@ -56,6 +58,10 @@ class BothModels {
   bool areRotaryLimited() const;    ///< At both ends.
   bool areRotaryParallel() const;   ///< The first two.
   bool areLinearDependent() const;  ///< Three linear axes, at the zero position.
+
+  /// Of more than three linear axes those that the definition's model tries last, the ones next to
+  /// the root: their code is its answer.
+  bool areLastThreeDependent() const;
 
   /// Values inside the limits and within one turn or a metre.
   std::vector<double> anyPosition(Dice& dice) const;

@@ -1,3 +1,5 @@
+#include <limits>
+
 #include <gtest/gtest.h>
 
 #include "tests/adapter/External.h"
@@ -134,6 +136,13 @@ TEST(AdapterTranslation, OfDependentAxesIsZero) {
   k.AddTable(L"T");
   EXPECT_EQ(valuesOf(Adapter(machine).axisTranslation(position({1, 2, 3}), {1, 0, 0})),
             std::vector<double>(3, 0.0));
+}
+
+TEST(AdapterTranslation, ByNotANumberIsZero) {
+  // The first point is reached, the second is nowhere.
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_EQ(valuesOf(Adapter(headHead()).axisTranslation(kLying, {0, nan, 0})),
+            std::vector<double>(5, 0.0));
 }
 
 TEST(AdapterTranslation, OfTwoLinearAxesIsZero) {

@@ -216,9 +216,14 @@ TEST_F(MachineTriangles, GapsAmongTheEntitiesAreSkipped) {
   EXPECT_EQ(trace.claimAll(L"entity "), 6);
 }
 
-TEST_F(MachineTriangles, WhereNothingCanBePlacedStandAtZero) {
-  EXPECT_EQ(at(Adapter(bodied()), position({1, 2})), (std::vector<UTri>{kBody, kBody}))
-      << "each entity starts from a new placement";
+TEST_F(MachineTriangles, WhereNothingCanBePlacedStandAsTheirMeshesAreWritten) {
+  Machine machine = bodied();
+  for (const int entity : {4, 6, 7}) {
+    machine.EditKinematic()
+        .EditEntity(EntityId(entity))
+        ->SetZeroPlacement(Matrix43::Translation({0, 0, 50}));
+  }
+  EXPECT_EQ(at(Adapter(machine), position({1, 2})), (std::vector<UTri>{kBody, kBody}));
   trace.claimAll(L"entity ");
 }
 

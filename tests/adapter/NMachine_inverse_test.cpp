@@ -303,10 +303,14 @@ TEST_F(Nearest, IsTheOneWithTheSmallestLargestTurn) {
 }
 
 TEST_F(Nearest, OfEquallyNearOnesIsTheFirst) {
-  // C = 90 and C = -90 are as far from 0; the solver's first pair has the larger A.
-  of(Adapter(headHead()), position({0, 0, 0, 0, 0}), {0, 0, 0}, toUVec3d(forkDirection(90, 30)));
-  EXPECT_NEAR(out[Register(3)], 90, 1e-9);
-  EXPECT_NEAR(out[Register(4)], 30, 1e-9);
+  // 90 degrees to either side are as far; the solver's first pair has the larger A. Not every start
+  // takes the two changes through radians to the same last bit.
+  for (const double start : {0.0, 24.0, 26.0, 33.0}) {
+    of(Adapter(headHead()), position({0, 0, 0, start, 0}), {0, 0, 0},
+       toUVec3d(forkDirection(start + 90, 30)));
+    EXPECT_NEAR(out[Register(3)], start + 90, 1e-9);
+    EXPECT_NEAR(out[Register(4)], 30, 1e-9);
+  }
   trace.claimAll(L"NMP<5>");
 }
 

@@ -125,12 +125,14 @@ TEST(Setting, AnotherMachineKeepsLengthAndFramesAndLosesNameAndLocks) {
 }
 
 TEST(Setting, NoMachineKeepsTheRegistersOfTheFormerOne) {
-  Adapter adapter(headHead());
+  const Machine machine = headHead();
+  Adapter adapter(&machine, 1, 2);
   adapter.lockAxis(4);
   delete adapter.machine();
   adapter.set(nullptr, HeadIndex(3), TableIndex(3));
   EXPECT_EQ(adapter.machine(), nullptr);
-  EXPECT_EQ(adapter.headIndex(), HeadIndex(0));
+  EXPECT_EQ(adapter.headIndex(), HeadIndex(1));
+  EXPECT_EQ(adapter.tableIndex(), TableIndex(2));
   EXPECT_EQ(numbersOf(adapter.rotations()), (std::vector<int>{3, 4}));
   EXPECT_TRUE(adapter.isLocked(4));
   EXPECT_FALSE(adapter.isLocked(3));
@@ -162,10 +164,13 @@ TEST(Setting, ToAnEmptyAdapterTakesNameLengthAndFramesAlone) {
   Adapter source(nullptr);
   source.name() = L"none";
   source.setTHELength(5);
-  Adapter adapter(headHead());
+  const Machine machine = headHead();
+  Adapter adapter(&machine, 1, 2);
   delete adapter.machine();
   adapter.set(source);
   EXPECT_EQ(adapter.machine(), nullptr);
+  EXPECT_EQ(adapter.headIndex(), HeadIndex(1));
+  EXPECT_EQ(adapter.tableIndex(), TableIndex(2));
   EXPECT_EQ(adapter.name(), L"none");
   EXPECT_EQ(adapter.getTHELength(), 5.0);
   EXPECT_EQ(adapter.rotations().size(), 2u);

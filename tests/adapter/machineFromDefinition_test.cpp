@@ -202,6 +202,44 @@ TEST(FromDefinition, WithoutAPartAtTheRootTheTableIsTheRootsFrame) {
   EXPECT_EQ(pos, UVec3d(25, 0, 0));
 }
 
+/// X carries the frame, that Z with the tool and the part; `loose` hangs on nothing.
+KMachine frameOnAnAxis() {
+  KMachine loaded;
+  loaded.addElem(element(KMachineElem::KMET_TYPE_ALIN, 1, -10, {1, 0, 0}));
+  loaded.addElem(element(KMachineElem::KMET_TYPE_BATI, 0, 1, {}));
+  loaded.addElem(element(KMachineElem::KMET_TYPE_ALIN, 3, 0, {0, 0, 1}));
+  loaded.addElem(element(KMachineElem::KMET_TYPE_TOOL, -101, 3, {0, 0, 1}));
+  loaded.addElem(element(KMachineElem::KMET_TYPE_PART, -1, 0, {}));
+  loaded.addElem(element(KMachineElem::KMET_TYPE_ALIN, 4, -10, {0, 1, 0}));  // loose
+  return loaded;
+}
+
+TEST(FromDefinition, ARootThatMovesCarriesTheTable) {
+  KMachine loaded = frameOnAnAxis();
+  ASSERT_EQ(loaded.finalise(), 0);
+  const auto machine = converted(loaded);
+  ASSERT_NE(machine, nullptr);
+  ASSERT_EQ(machine->GetEntityNb(), 7);
+  EXPECT_EQ(entity(*machine, 7).GetEntityType(), Ombra::Kin::Table);
+  EXPECT_EQ(carrierOf(*machine, 7), 1);
+  EXPECT_EQ(carrierOf(*machine, 1), 2) << "X on the frame, turned round";
+  EXPECT_EQ(entity(*machine, 1).GetDirection(), Vector3D(-1, 0, 0));
+  // X moves the frame, with the tool, against where it starts.
+  UVec3d pos, dir;
+  ASSERT_TRUE(loaded.getTool(*positionOf(loaded, {10, 0, 0}), pos, dir, 1));
+  EXPECT_EQ(pos, UVec3d(10, 0, 0));
+  Adapter(*machine).getTool(position({10, 0, 0}), pos, dir);
+  EXPECT_EQ(pos, UVec3d(10, 0, 0));
+}
+
+TEST(FromDefinition, WhatHangsOnNothingStaysWithTheTableOfARootThatMoves) {
+  KMachine loaded = frameOnAnAxis();
+  ASSERT_EQ(loaded.finalise(), 0);
+  const auto machine = converted(loaded);
+  ASSERT_NE(machine, nullptr);
+  EXPECT_EQ(carrierOf(*machine, 6), 1) << "as the table";
+}
+
 TEST(FromDefinition, WhatHangsOnNothingStaysWithTheRoot) {
   const auto loaded = loadMachine(kTrunnion, 1);
   loaded->getElemByRank(4)->setPrevIndex(-10);  // X and what it carries
@@ -231,28 +269,58 @@ TEST(FromDefinition, AnAxisThatIsNotFiniteIsFixed) {
   EXPECT_EQ(carrierOf(*machine, 8), 7);
 }
 
-struct Refusal {
+struct Text {
   const char* name;
   const char* text;
 };
 
-class FromDefinitionRefusal : public testing::TestWithParam<Refusal> {};
+class FromDefinitionWithoutAxes : public testing::TestWithParam<Text> {};
 
-TEST_P(FromDefinitionRefusal, IsNull) {
+TEST_P(FromDefinitionWithoutAxes, IsNull) {
   const TempDir folder;
   KMachine machine;
   machine.setDataFilePNE(folder.write("machine.def", GetParam().text).wstring(), 1);
   machine.readDataFile();
+  EXPECT_EQ(machine.getAxisNum(), 0);
   EXPECT_EQ(converted(machine), nullptr);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Machines, FromDefinitionRefusal,
-    testing::Values(Refusal{"Empty", ""},
-                    Refusal{"NoFrame", "part=x,y,0,0,0\naxis=X,1,+x\ntool=z,0,0,0\n"},
-                    Refusal{"NoTool", "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,+x\n"},
-                    Refusal{"NoAxis", "frame\npart=x,y,0,0,0\nlien=BATI\ntool=z,0,0,0\n"}),
+    Machines, FromDefinitionWithoutAxes,
+    testing::Values(Text{"Empty", ""}, Text{"NoPart", "frame\naxis=X,1,+x\ntool=z,0,0,0\n"},
+                    Text{"NoAxis", "frame\npart=x,y,0,0,0\nlien=BATI\ntool=z,0,0,0\n"}),
     [](const auto& row) { return row.param.name; });
+
+// What is missing is taken from a machine that was loaded whole, and whose axes are numbered.
+
+TEST(FromDefinitionRefusal, OfAMachineWithoutFrame) {
+  const auto loaded = loadMachine(kTrunnion, 1);
+  ASSERT_NE(converted(*loaded), nullptr);
+  loaded->getElemByRank(0)->setElemIndex(50);
+  EXPECT_EQ(converted(*loaded), nullptr);
+}
+
+TEST(FromDefinitionRefusal, OfAMachineWithoutTool) {
+  const auto loaded = loadMachine(kTrunnion, 1);
+  ASSERT_NE(converted(*loaded), nullptr);
+  loaded->getElemByRank(7)->setElemType(KMachineElem::KMET_TYPE_PART);
+  EXPECT_EQ(converted(*loaded), nullptr);
+}
+
+TEST(FromDefinitionRefusal, OfMoreThanTwelveAxes) {
+  for (const int axes : {12, 13}) {
+    KMachine loaded;
+    loaded.addElem(element(KMachineElem::KMET_TYPE_BATI, 0, -10, {}));
+    loaded.addElem(element(KMachineElem::KMET_TYPE_PART, -1, 0, {}));
+    for (int i = 1; i <= axes; ++i) {
+      loaded.addElem(element(KMachineElem::KMET_TYPE_ALIN, i, i - 1, {1, 0, 0}));
+    }
+    loaded.addElem(element(KMachineElem::KMET_TYPE_TOOL, -101, axes, {0, 0, 1}));
+    ASSERT_EQ(loaded.finalise(), 0);
+    ASSERT_EQ(loaded.getAxisNum(), axes);
+    EXPECT_EQ(converted(loaded) != nullptr, axes == 12);
+  }
+}
 
 }  // namespace
 }  // namespace korvo::test

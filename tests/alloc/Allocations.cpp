@@ -6,6 +6,7 @@
 namespace {
 
 thread_local std::size_t allocations = 0;
+thread_local std::ptrdiff_t live = 0;
 thread_local std::size_t failing = 0;  // the one that fails, counted from now; 0: none
 
 bool isFailing() noexcept {
@@ -13,8 +14,18 @@ bool isFailing() noexcept {
   return failing > 0 && --failing == 0;
 }
 
+void* alive(void* p) noexcept {
+  if (p) ++live;
+  return p;
+}
+
+void release(void* p) noexcept {
+  if (p) --live;
+  std::free(p);
+}
+
 void* countedOrNull(std::size_t size) noexcept {
-  return isFailing() ? nullptr : std::malloc(size == 0 ? 1 : size);
+  return isFailing() ? nullptr : alive(std::malloc(size == 0 ? 1 : size));
 }
 
 void* counted(std::size_t size) {
@@ -25,7 +36,7 @@ void* counted(std::size_t size) {
 void* counted(std::size_t size, std::align_val_t alignment) {
   const auto step = static_cast<std::size_t>(alignment);
   void* const p = isFailing() ? nullptr : std::aligned_alloc(step, (size + step - 1) / step * step);
-  if (p) return p;
+  if (p) return alive(p);
   throw std::bad_alloc();
 }
 
@@ -44,20 +55,21 @@ void* counted(std::size_t size, std::align_val_t alignment) {
 [[gnu::noinline]] void* operator new(std::size_t size, std::align_val_t a) {
   return counted(size, a);
 }
-[[gnu::noinline]] void operator delete(void* p) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete[](void* p) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete(void* p, const std::nothrow_t&) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete[](void* p, const std::nothrow_t&) noexcept { std::free(p); }
-[[gnu::noinline]] void operator delete(void* p, std::align_val_t) noexcept { std::free(p); }
+[[gnu::noinline]] void operator delete(void* p) noexcept { release(p); }
+[[gnu::noinline]] void operator delete[](void* p) noexcept { release(p); }
+[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept { release(p); }
+[[gnu::noinline]] void operator delete[](void* p, std::size_t) noexcept { release(p); }
+[[gnu::noinline]] void operator delete(void* p, const std::nothrow_t&) noexcept { release(p); }
+[[gnu::noinline]] void operator delete[](void* p, const std::nothrow_t&) noexcept { release(p); }
+[[gnu::noinline]] void operator delete(void* p, std::align_val_t) noexcept { release(p); }
 [[gnu::noinline]] void operator delete(void* p, std::size_t, std::align_val_t) noexcept {
-  std::free(p);
+  release(p);
 }
 
 namespace korvo::test {
 
 std::size_t allocationCount() { return allocations; }
+std::ptrdiff_t liveBlocks() { return live; }
 
 FailingAllocation::FailingAllocation(std::size_t n) { failing = n; }
 FailingAllocation::~FailingAllocation() { failing = 0; }

@@ -8,6 +8,9 @@ namespace korvo::test {
 /// How many there were. Of a failed one, too.
 std::size_t allocationCount();
 
+/// Blocks that this thread made, less those that it freed.
+std::ptrdiff_t liveBlocks();
+
 /// Allocations made by `query`.
 template <typename Query>
 std::size_t allocationsOf(Query query) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/ombra/EntityMesh.h"
+#include "platform/zgeo/UTools.h"
 #include "tests/adapter/External.h"
 #include "tests/alloc/Allocations.h"
 
@@ -115,7 +116,7 @@ TEST_F(Shortage, LeavesTheConfigurationsFoundSoFar) {
   EXPECT_GT(shorter, 0);
 }
 
-TEST_F(Shortage, OfTheNearestPositionFindsNone) {
+TEST_F(Shortage, FindsTheNearestPositionOrNone) {
   const MachinePosition start = position({0, 0, 0, 10, 20});
   const MachinePosition before = position({1, 2, 3, 4, 5});
   MachinePosition found;
@@ -123,7 +124,7 @@ TEST_F(Shortage, OfTheNearestPositionFindsNone) {
   ASSERT_EQ(found.Size(), 5);
   const TraceWatch trace;
   MachinePosition out = before;
-  int code = 0;
+  int code = 0, none = 0;
   const int failures = failEach(
       [&] {
         out = before;
@@ -131,11 +132,13 @@ TEST_F(Shortage, OfTheNearestPositionFindsNone) {
       },
       [&] {
         EXPECT_EQ(code, 0);
-        EXPECT_EQ(valuesOf(out), valuesOf(before));
-        EXPECT_TRUE(trace.saysNone());
+        const bool isNone = trace.saysNone();
+        EXPECT_EQ(valuesOf(out), valuesOf(isNone ? before : found));
         EXPECT_TRUE(trace.isLineEnded());
+        none += isNone;
       });
   EXPECT_GT(failures, 50);
+  EXPECT_GT(none, 10);  // the others were short of memory for the trace alone
 }
 
 TEST_F(Shortage, OfTheMachinesTrianglesLeavesNone) {

@@ -12,11 +12,13 @@
 namespace korvo::test {
 namespace {
 
+using Ombra::Angle;
 using Ombra::Kin::Entity;
 using Ombra::Kin::Kinematic;
 using Ombra::Kin::MachineCompute;
 using Ombra::Kin::MachineComputeErrorType;
 using Ombra::Kin::RotariesSolution;
+using Ombra::Kin::RotaryPair;
 
 constexpr double kDegree = 180.0 / std::numbers::pi;
 
@@ -341,9 +343,21 @@ Machine crowded() {
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 const MachinePosition kZero = position({0, 0, 0, 0, 0, 0, 0, 0, 0});
 
-Matrix43 untouchedMatrix;
-RotariesSolution untouchedTurns;
-Vector3D untouchedTravel(4, 5, 6);
+// Where results go that nothing is written to: no computation gives these.
+const Matrix43 kNoMatrix({1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12});
+const RotariesSolution kNoTurns{7, {{{Angle(1), Angle(2)}, {Angle(3), Angle(4)}}}};
+const Vector3D kNoTravel(4, 5, 6);
+
+Matrix43 untouchedMatrix = kNoMatrix;
+RotariesSolution untouchedTurns = kNoTurns;
+Vector3D untouchedTravel = kNoTravel;
+
+bool operator==(const RotariesSolution& a, const RotariesSolution& b) {
+  const auto isSame = [](const RotaryPair& p, const RotaryPair& q) {
+    return p.first == q.first && p.second == q.second;
+  };
+  return a.count == b.count && isSame(a.pairs[0], b.pairs[0]) && isSame(a.pairs[1], b.pairs[1]);
+}
 
 bool frame(MachineCompute& c, const MachinePosition& p, int h = 0, int t = 0,
            Matrix43* m = &untouchedMatrix) {
@@ -362,18 +376,26 @@ bool travel(MachineCompute& c, const MachinePosition& p, const Vector3D& to, int
                                   Register(z), offset, v);
 }
 
-class OmbraFailure : public testing::TestWithParam<Failure> {};
+class OmbraFailure : public testing::TestWithParam<Failure> {
+ protected:
+  OmbraFailure() {
+    untouchedMatrix = kNoMatrix;
+    untouchedTurns = kNoTurns;
+    untouchedTravel = kNoTravel;
+  }
+};
 
 TEST_P(OmbraFailure, HasACodeOfItsOwnAndTouchesNothing) {
   const Machine machine = crowded();
   MachineCompute compute(machine);
   EXPECT_FALSE(GetParam().compute(compute, machine));
   EXPECT_EQ(compute.GetLastError(), GetParam().error);
-  EXPECT_EQ(untouchedMatrix, Matrix43());
-  EXPECT_EQ(untouchedTurns.count, 0);
-  EXPECT_EQ(untouchedTravel, Vector3D(4, 5, 6));
+  EXPECT_EQ(untouchedMatrix, kNoMatrix);
+  EXPECT_TRUE(untouchedTurns == kNoTurns);
+  EXPECT_EQ(untouchedTravel, kNoTravel);
 
-  EXPECT_TRUE(compute.ComputeMcsToToolTcs(kZero, HeadIndex(), TableIndex(), {}, &untouchedMatrix));
+  Matrix43 m;
+  EXPECT_TRUE(compute.ComputeMcsToToolTcs(kZero, HeadIndex(), TableIndex(), {}, &m));
   EXPECT_EQ(compute.GetLastError(), Ombra::Kin::NoError) << "of the last computation alone";
 }
 

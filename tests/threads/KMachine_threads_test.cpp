@@ -1,7 +1,6 @@
 // Queries that may run on one machine from many threads at once, and all queries on machines of the
 // threads' own.
 #include <atomic>
-#include <cstring>
 #include <thread>
 #include <vector>
 
@@ -9,24 +8,22 @@
 
 #include "kinematics/KMachine.h"
 #include "tests/support/MachineGenerator.h"
+#include "tests/threads/Threads.h"
 
 namespace {
 
+using korvo::test::add;
+using korvo::test::isSameBits;
+using korvo::test::kThreads;
+using korvo::test::runTogether;
 using korvo::test::Topology;
 using zgeo::UMatrix;
 using zgeo::UVec3d;
 using zkin::KMachine;
 using zkin::KMachineValueBase;
 
-constexpr int kThreads = 8;
 constexpr int kPositions = 40;
 constexpr int kSolved = 10;  ///< Positions of the queries on copies, lists among them.
-
-void add(std::vector<double>& out, const UVec3d& p) { out.insert(out.end(), {p.x, p.y, p.z}); }
-
-void add(std::vector<double>& out, const UMatrix& m) {
-  for (int i = 0; i < 16; ++i) out.push_back(m(i / 4, i % 4));
-}
 
 /// Where every element and every tool stands.
 std::vector<double> answersOf(const KMachine& machine, const KMachineValueBase& v) {
@@ -43,10 +40,6 @@ std::vector<double> answersOf(const KMachine& machine, const KMachineValueBase& 
   add(out, machine.getMatrix_H2T(v));
   add(out, machine.getMatrix_TP2U(v));
   return out;
-}
-
-bool isSameBits(const std::vector<double>& a, const std::vector<double>& b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
 }
 
 struct Query {
@@ -67,16 +60,12 @@ std::vector<Query> queriesOf(const KMachine& machine, korvo::test::Choices& choi
 
 /// Number of queries that any thread answered differently, all threads starting together.
 int differencesInThreads(const KMachine& machine, const std::vector<Query>& queries) {
-  std::atomic<int> waiting = kThreads, different = 0;
-  const auto work = [&] {
-    for (--waiting; waiting > 0;) std::this_thread::yield();
+  std::atomic<int> different = 0;
+  runTogether([&] {
     for (const Query& q : queries) {
       if (!isSameBits(answersOf(machine, *q.position), q.answers)) ++different;
     }
-  };
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) threads.emplace_back(work);
-  for (std::thread& thread : threads) thread.join();
+  });
   return different;
 }
 
@@ -169,17 +158,13 @@ TEST_P(KMachineThreads, EightThreadsWithCopiesGetAllAnswersOfOneBitByBit) {
     auto answers = allAnswersOf(*machine, *v);
     queries.push_back({std::move(v), std::move(answers)});
   }
-  std::atomic<int> waiting = kThreads, different = 0;
-  const auto work = [&] {
+  std::atomic<int> different = 0;
+  runTogether([&] {
     const KMachine own(*machine);
-    for (--waiting; waiting > 0;) std::this_thread::yield();
     for (const Query& q : queries) {
       if (!isSameBits(allAnswersOf(own, *q.position), q.answers)) ++different;
     }
-  };
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) threads.emplace_back(work);
-  for (std::thread& thread : threads) thread.join();
+  });
   EXPECT_EQ(different, 0);
 }
 

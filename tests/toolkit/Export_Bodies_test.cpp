@@ -134,7 +134,7 @@ RC_GTEST_FIXTURE_PROP(BodiesOf, PlacedInOrderAreWhatTheLibraryGivesBitByBit, ())
 class ExternalBodiesOf : public BodiesOf {
  protected:
   std::vector<Body> bodiesAt(const korvo::Position& at) const {
-    return bodiesOf(**machine, adapter_, adapter_.axisValues((*machine)->axisValues(at)));
+    return korvo::bodiesOf(**machine, adapter_, adapter_.axisValues((*machine)->axisValues(at)));
   }
   std::vector<UTri> trianglesOfTheAdapter(const korvo::Position& at) const {
     std::vector<UTri> triangles;
@@ -191,7 +191,7 @@ RC_GTEST_FIXTURE_PROP(ExternalBodiesOf, PlacedInOrderAreWhatBothModelsGive, ()) 
 
 TEST_F(BodiesOf, NoExternalMachineAreNone) {
   ASSERT_TRUE(machine);
-  EXPECT_TRUE(bodiesOf(**machine, korvo::test::Adapter(nullptr), {}).empty());
+  EXPECT_TRUE(korvo::bodiesOf(**machine, korvo::test::Adapter(nullptr), {}).empty());
 }
 
 // Turned by 90 degrees about Z, (x, y) comes to (-y, x).

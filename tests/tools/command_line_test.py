@@ -622,8 +622,7 @@ class Settings(CommandLine):
     answer, or the help leaves it out and a warning says that it does not."""
 
     VALUES = {"--tool": "2", "--tool-length": "5", "--frame": "10,20,30,0,0,90", "--lock": "X",
-              "--strategy": "2"}
-    ARM = "J1=10,J2=20,J3=-30,J4=10,J5=40"
+              "--strategy": "1"}
     FACET = ("solid\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n"
              "endloop\nendfacet\nendsolid\n")
 
@@ -633,7 +632,7 @@ class Settings(CommandLine):
         self.machine = self.write("gun.def", TABLE_AC.replace(
             "150\n", "150\nlien=Z\ngun=z,40,0,80,$ZRN_MACHINE_DEF/t.stl\n"))
         mesh = [self.machine, "-o", os.path.join(self.folder, "a.stl")]
-        inverse = [self.machine, "--point", "0,0,200", "--dir", "0.05,-0.3,1", "--from",
+        inverse = [self.machine, "--point", "0,0,200", "--dir", "-0.2,0.3,1", "--from",
                    "C=150,A=-25"]
         moves = [self.machine, "--from", "A=0", "--to", "A=20,C=30", "--steps", "2"]
         self.verbs = {
@@ -642,15 +641,19 @@ class Settings(CommandLine):
             "inverse": (inverse, ()),
             "limits": ([self.machine], tuple(self.VALUES)),
             "interpolate": (moves, ("--strategy",)),
-            "translate": ([self.machine, "--at", "A=20", "--by", "1,2,3"], ("--strategy",)),
+            "translate": ([self.machine, "--at", "A=20", "--by", "1,2,3"], ()),
             "mesh": (mesh, ("--lock", "--strategy"))}
-        # Whose length it is says --tool, and of what: only a gun's moves a body.
-        self.beside = {("mesh", "--tool"): ["--tool-length", "5"],
-                       ("mesh", "--tool-length"): ["--tool", "2"]}
+        # A gun's length alone moves a body. A shift turns an arm's wrist alone, which nearly
+        # straight has two ways of it.
+        self.others = {
+            ("mesh", "--tool"): [*mesh, "--tool-length", "5"],
+            ("mesh", "--tool-length"): [*mesh, "--tool", "2"],
+            ("translate", "--strategy"): ["arm-irb2400", "--at", "J1=10,J2=20,J3=-30,J5=0.5",
+                                          "--by", "0,10,-20"]}
 
-    def run_verb(self, verb, *options):
+    def run_verb(self, *arguments):
         """The answer without the settings that it repeats, and what was said beside it."""
-        run = self.run_korvo(verb, *self.verbs[verb][0], *options, "--json")
+        run = self.run_korvo(*arguments, "--json")
         self.assertIn(run.returncode, (ANSWERED, NO), run.stderr)
         answer = json.loads(run.stdout)
         validate(answer)
@@ -658,12 +661,12 @@ class Settings(CommandLine):
         return answer, run.stderr
 
     def test_each_changes_the_answer_or_says_that_it_does_not(self):
-        for verb, (_, idle) in self.verbs.items():
+        for verb, (question, idle) in self.verbs.items():
             for option, value in self.VALUES.items():
                 with self.subTest(f"{verb} {option}"):
-                    beside = self.beside.get((verb, option), [])
-                    plain, _ = self.run_verb(verb, *beside)
-                    answer, said = self.run_verb(verb, *beside, option, value)
+                    arguments = self.others.get((verb, option), question)
+                    plain, _ = self.run_verb(verb, *arguments)
+                    answer, said = self.run_verb(verb, *arguments, option, value)
                     warning = f"korvo: warning: {option} plays no part in '{verb}'\n"
                     self.assertEqual(answer == plain, option in idle)
                     self.assertEqual(said.count(warning), int(option in idle), said)

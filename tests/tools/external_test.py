@@ -1,7 +1,7 @@
 """`--engine external`: the machine made into one of the external library answers alike."""
 import os
 
-from command_line_test import REFUSED, SCHEMAS, USAGE
+from command_line_test import SCHEMAS, USAGE
 from inverse_test import Examples, Inverse, InverseCommandLine
 from mesh_test import Mesh
 
@@ -122,11 +122,6 @@ class ExternalMesh(Mesh):
                         self.assert_near(a["box"].pop(end), b["box"].pop(end), 1e-9)
                     self.assertEqual(a, b)
                 self.assertEqual(len(self.read("a.stl")), len(self.read("b.stl")))
-
-    def test_a_machine_that_the_external_library_cannot_have_is_refused(self):
-        machine = self.write("part.def", "frame\npart\ntool=z,0,0,0\ngeom=t.STL\n")
-        self.assert_fails(REFUSED, "expected a machine that the external library can have",
-                          "mesh", machine, "-o", self.path("a.stl"), "--no-check")
 
     def test_words_are_checked(self):
         self.assert_fails(USAGE, "expected library or external after --engine, found 'own'",
