@@ -218,29 +218,44 @@ void DenseSearch::addTurns(const Lowest& lowest, const Target& target,
   }
 }
 
-/// The linear values by three measured displacements, the rest once more.
-bool DenseSearch::carry(const Target& target, Found& found) const {
+/// By measured displacements; nothing without three linear axes.
+DenseSearch::Ways DenseSearch::waysOf(const Values& values) const {
   constexpr double kWay = 1024.0;
-  if (linear_.size() != 3) return false;
-  UVec3d unit[3];
-  const UVec3d tip = at(found.values).tip;
+  Ways ways;
+  if (linear_.size() != 3) return ways;
+  Values still = values;
+  for (const Axis& axis : linear_) still[static_cast<std::size_t>(axis.place)] = 0.0;
+  const UVec3d tip = at(still).tip;
+  double product = 1.0;
   for (std::size_t i = 0; i < 3; ++i) {
-    Values moved = found.values;
+    Values moved = still;
     moved[static_cast<std::size_t>(linear_[i].place)] = kWay;
-    unit[i] = (at(moved).tip - tip) / kWay;
+    ways.unit[i] = (at(moved).tip - tip) / kWay;
+    product *= ways.unit[i].norm();
   }
-  const double volume = unit[0] * (unit[1] ^ unit[2]);
-  const double share = std::abs(volume) / (unit[0].norm() * unit[1].norm() * unit[2].norm());
-  if (!(share > kDependent)) return false;
+  ways.volume = ways.unit[0] * (ways.unit[1] ^ ways.unit[2]);
+  ways.share = product > 0 ? std::abs(ways.volume) / product : 0.0;
+  return ways;
+}
+
+bool DenseSearch::areIndependent(const Values& values) const {
+  return waysOf(values).share > kDependent;
+}
+
+/// The linear values by what the tip misses, the rest twice more.
+bool DenseSearch::carry(const Target& target, Found& found) const {
+  const Ways ways = waysOf(found.values);
+  if (!(ways.share > kDependent)) return false;
+  const UVec3d* const u = ways.unit;
   for (int round = 0; round < 3; ++round) {
     const UVec3d way = target.tip - at(found.values).tip;
-    const double by[3] = {way * (unit[1] ^ unit[2]) / volume, unit[0] * (way ^ unit[2]) / volume,
-                          unit[0] * (unit[1] ^ way) / volume};
+    const double by[3] = {way * (u[1] ^ u[2]) / ways.volume, u[0] * (way ^ u[2]) / ways.volume,
+                          u[0] * (u[1] ^ way) / ways.volume};
     for (std::size_t i = 0; i < 3; ++i) {
       found.values[static_cast<std::size_t>(linear_[i].place)] += by[i];
     }
   }
-  found.tolerancePerMm /= share;
+  found.tolerancePerMm /= ways.share;
   return true;
 }
 

@@ -51,6 +51,9 @@ class DenseSearch {
 
   Result search(const Target& target) const;
 
+  /// Whether three linear axes carry the tool everywhere, the rotary axes as they stand.
+  bool areIndependent(const Values& values) const;
+
   int rotaryCount() const { return static_cast<int>(rotary_.size()); }
 
  private:
@@ -83,6 +86,13 @@ class DenseSearch {
   bool isContinuous(const std::vector<Cell>& cells, const zgeo::UVec3d& to) const;
   Lowest followedDown(Angles angles, const zgeo::UVec3d& to) const;
   void addTurns(const Lowest& lowest, const Target& target, std::vector<Found>& out) const;
+  struct Ways {
+    zgeo::UVec3d unit[3];  ///< The way for each mm.
+    double volume = 0.0;
+    double share = 0.0;  ///< Of the product of the ways.
+  };
+
+  Ways waysOf(const Values& values) const;
   bool carry(const Target& target, Found& found) const;
   bool isInside(Found& found, const zgeo::UVec3d& tip) const;
   std::vector<Turn> turnsOf(std::size_t i, double degrees, double tolerance) const;
