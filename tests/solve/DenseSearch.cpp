@@ -259,6 +259,18 @@ bool DenseSearch::carry(const Target& target, Found& found) const {
   return true;
 }
 
+bool DenseSearch::isCarriedInside(const Target& target, double clear, Values& values) const {
+  Found found;
+  found.values = values;
+  for (const Axis& axis : linear_) found.values[static_cast<std::size_t>(axis.place)] = 0.0;
+  if (!carry(target, found)) return false;
+  values = found.values;
+  return std::all_of(linear_.begin(), linear_.end(), [&](const Axis& axis) {
+    const double value = values[static_cast<std::size_t>(axis.place)];
+    return value > axis.min + clear && value < axis.max - clear;
+  });
+}
+
 /// Whether the linear values are inside their limits; those at a limit are told.
 bool DenseSearch::isInside(Found& found, const UVec3d& tip) const {
   double size = 1000.0 + tip.norm();

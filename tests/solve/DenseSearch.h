@@ -54,6 +54,10 @@ class DenseSearch {
   /// Whether three linear axes carry the tool everywhere, the rotary axes as they stand.
   bool areIndependent(const Values& values) const;
 
+  /// Whether the linear axes bring the tip to the target inside their limits and by more than
+  /// `clear` (mm), the rotary axes as they stand; sets their values.
+  bool isCarriedInside(const Target& target, double clear, Values& values) const;
+
   int rotaryCount() const { return static_cast<int>(rotary_.size()); }
 
  private:
