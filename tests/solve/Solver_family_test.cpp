@@ -175,7 +175,8 @@ std::string faultOf(const FamilyCase& one) {
     nearest = std::min(nearest, std::abs(s.values[one.free] - one.start[one.free]));
   }
   const double scanned = scannedDistance(one, search, target);
-  if (!(nearest < kNoLimit)) return scanned >= 0 || isMadeListed(one) ? "no member" : "";
+  if (!isMadeListed(one)) return "";
+  if (!(nearest < kNoLimit)) return "no member";
   if (scanned >= 0 && nearest > scanned + 1e-9) return "a nearer member";
   return "";
 }
