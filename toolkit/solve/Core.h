@@ -58,6 +58,10 @@ struct TurnRange {
   double operator[](int k) const { return first + 360.0 * k; }
 };
 
+/// Where the turns of a rotary joint are listed: inside its limits or, of an endless one, of those
+/// within one turn of the start.
+std::array<double, 2> listedRange(const Joint& joint, double start);
+
 TurnRange turnsOf(const Joint& joint, double degrees, double start, Limits limits);
 
 /// The value itself, or the limit that it misses by rounding alone.

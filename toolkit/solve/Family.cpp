@@ -112,8 +112,8 @@ class Family {
   void addOtherEdges(std::vector<double>& out) const {
     if (freedom_.other < 0 || freedom_.slope == 0.0) return;
     const Joint& other = query_.core.joint(freedom_.other);
-    for (const double limit : {other.min, other.max}) {
-      if (std::isfinite(limit)) out.push_back((limit - freedom_.offset) / freedom_.slope);
+    for (const double end : listedRange(other, query_.start(freedom_.other))) {
+      out.push_back((end - freedom_.offset) / freedom_.slope);
     }
   }
 

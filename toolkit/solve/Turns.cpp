@@ -17,16 +17,16 @@ double onLimit(const Joint& joint, double value) {
   return value;
 }
 
+std::array<double, 2> listedRange(const Joint& joint, double start) {
+  if (joint.max - joint.min <= kMostTurns * kTurn) return {joint.min, joint.max};
+  return {std::max(joint.min, start - kTurn), std::min(joint.max, start + kTurn)};
+}
+
 TurnRange turnsOf(const Joint& joint, double degrees, double start, Limits limits) {
   if (limits == Limits::ignored) {
     return {degrees + kTurn * std::round((start - degrees) / kTurn), 1};
   }
-  double low = joint.min;
-  double high = joint.max;
-  if (!(high - low <= kMostTurns * kTurn)) {
-    low = std::max(low, start - kTurn);
-    high = std::min(high, start + kTurn);
-  }
+  const auto [low, high] = listedRange(joint, start);
   const double first = std::ceil((low - kOnLimit - degrees) / kTurn);
   const double last = std::floor((high + kOnLimit - degrees) / kTurn);
   return {degrees + kTurn * first, last < first ? 0 : static_cast<int>(last - first) + 1};
