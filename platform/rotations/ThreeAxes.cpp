@@ -168,6 +168,7 @@ struct ThreeAxes::Shoulder {
   double phi, psi;  ///< Azimuths of the target and, on the positive side, of its place.
   double aside;     ///< From line 1, along the normal (mm).
   double planar1;   ///< As in Bent.
+  double across;    ///< From line 1, square to the normal (mm).
   bool isFree = false;
 
   ThreeAngles at(int side) const {
@@ -190,7 +191,24 @@ void ThreeAxes::addSides(const Shoulder& s, ThreeAnglesList& list) const {
     if (!isSame(list.solutions[i], list.solutions[half + i])) return;
   }
   list.count = 0;
-  addSide({s.phi, flat(s.psi), 0.0, s.planar1}, 1, list);
+  addSide({s.phi, flat(s.psi), 0.0, s.planar1, s.across}, 1, list);
+}
+
+/// A target on both limits at once: next to line 2 while the shoulder's sides are one. There the
+/// square root makes much of what a target misses; the elbow's limit tells the side better.
+void ThreeAxes::addAtLimits(const Shoulder& s, double distance, ThreeAnglesList& list) const {
+  for (const int side : {1, -1}) {
+    const Bent b = bent(s.planar1, side * s.aside - offsetNormal_);
+    const double limitSq = b.outMm > 0 ? sumSq_ : differenceSq_;
+    const double planar2 = std::sqrt(std::max(limitSq - s.planar1 * s.planar1, 0.0));
+    const double normal = std::copysign(planar2, b.planar2) + offsetNormal_,
+                 aside = std::fabs(normal);
+    const double missMm = std::fabs(aside - s.aside) * (aside + s.aside) / (2 * distance);
+    if (missMm > kReachOfSize * size_) continue;
+    addSide({s.phi, arcTangent(aside, s.across), aside, s.planar1, s.across}, normal < 0 ? -1 : 1,
+            list);
+    return;
+  }
 }
 
 ThreeAnglesList ThreeAxes::without(Reach why, ThreeAnglesList list, const Vec3& to) const {
@@ -226,9 +244,10 @@ ThreeAnglesList ThreeAxes::solveUsual(const Vec3& to) const {
   }
   const double aside = std::sqrt(std::max(asideSq, 0.0));
   const double planar1 = cosine_ * (across - offsetAcross_) - sine_ * along;
-  const Shoulder shoulder{arcTangent(n, u), arcTangent(aside, across), aside, planar1,
-                          distance <= kOnLineOfSize * size_};
+  const Shoulder shoulder{arcTangent(n, u), arcTangent(aside, across),        aside, planar1,
+                          across,           distance <= kOnLineOfSize * size_};
   addSides(shoulder, list);
+  if (list.count == 0 && distance > 0) addAtLimits(shoulder, distance, list);
   if (list.count == 0) return without(whyNot(shoulder), list, to);
   list.reach = Reach::reached;
   return list;

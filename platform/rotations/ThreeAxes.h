@@ -152,6 +152,7 @@ class ThreeAxes {
   void addElbows(const ThreeAngles& shoulder, const Bent& bent, ThreeAnglesList& list) const;
   void addSide(const Shoulder& shoulder, int side, ThreeAnglesList& list) const;
   void addSides(const Shoulder& shoulder, ThreeAnglesList& list) const;
+  void addAtLimits(const Shoulder& shoulder, double distance, ThreeAnglesList& list) const;
   Reach whyNot(const Shoulder& shoulder) const;
   ThreeAnglesList without(Reach why, ThreeAnglesList list, const Vec3& to) const;
   ThreeAnglesList solveUsual(const Vec3& to) const;

@@ -14,7 +14,8 @@ constexpr double kTurn = 2 * std::numbers::pi;
 constexpr int kIntervals = 16;
 constexpr double kFirst = 0.1;    ///< Where the circle is cut: square lines have nothing there.
 constexpr double kNarrow = 1e-9;  ///< An extreme this far off is as high within 1e-18.
-constexpr double kSure = 1e-15;
+constexpr double kFlat = 1e-5;    ///< At the end of the halving, three roots in one leave less.
+constexpr double kSure = 1e-15;   ///< Rounding of an angle.
 
 /// Of a monotone stretch: Newton's steps where they stay inside, else halving, until a step is no
 /// longer than `step`.
@@ -40,6 +41,7 @@ class Extremes {
       : slope_(f.derivative()),
         curve_(slope_.derivative()),
         bound_(std::hypot(f.c1, f.s1) + 8 * std::hypot(f.c2, f.s2)) {
+    if (bound_ == 0) return;  // a constant has none
     const auto end = [](int i) { return kFirst + i * (kTurn / kIntervals); };
     const double first = slope_.at(sinCos(end(0)));
     double before = first;
@@ -63,6 +65,11 @@ class Extremes {
     if (count_ < static_cast<int>(angles_.size())) angles_[count_++] = angle;
   }
 
+  /// Around a slope with more than one root in one place, many intervals are left.
+  void pushFlat(double angle) {
+    if (count_ == 0 || angle - angles_[count_ - 1] > kFlat) push(angle);
+  }
+
   /// From left to right, so the extremes are in order. Neighbours share their end and its slope: an
   /// extreme on it belongs to one of them whatever rounding says.
   void look(const End& left, const End& right) {
@@ -76,7 +83,7 @@ class Extremes {
       }
       return;
     }
-    if (h < kNarrow) return push(m);
+    if (h < kNarrow) return pushFlat(m);
     look(left, {m, s});
     look({m, s}, right);
   }
