@@ -156,6 +156,11 @@ class KORVO_TOOLKIT_API Solver {
   /// nothing where they reach it, and of other machines.
   std::optional<Shortfall> shortfall(const Target& target, const Values& from) const;
 
+  /// What comes nearest, for who asks why nothing reaches: every branch that turns the tool into
+  /// the direction, limits ignored, the tip carried as near to the target's as it can be, which
+  /// may be beside it. Empty where nothing turns the tool so.
+  void approach(const Target& target, const Values& from, std::vector<Solution>& out) const;
+
   /// How far a position misses a target.
   Residual residual(const Values& values, const Target& target) const;
   Residual residual(const Values& values, const FrameTarget& target) const;
