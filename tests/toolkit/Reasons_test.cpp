@@ -156,6 +156,7 @@ void expectReason(const Asked& asked) {
     case Reason::outsideCone:
       return expectDirection(asked);
     case Reason::linearAxes:
+    case Reason::outOfReach:
       return expectPoint(asked);
     case Reason::outsideLimits:
       return expectLimits(asked);
@@ -163,7 +164,6 @@ void expectReason(const Asked& asked) {
       return expectLocks(asked);
     case Reason::noDirection:
     case Reason::noSolver:
-    case Reason::outOfReach:
       return;
     default:
       ADD_FAILURE() << toString(answer.reason);
@@ -214,6 +214,7 @@ TEST(Reasons, OfTheExamplesAreSaidAndTrue) {
     }
   }
   expectMet(reasons);
+  EXPECT_GT(reasons.count(Reason::outOfReach), 0u);
 }
 
 TEST(Reasons, OfGeneratedMachinesAreSaidAndTrue) {

@@ -22,6 +22,10 @@ namespace {
 
 const double kRoot75 = std::sqrt(0.75);  // cosine of 30 degrees
 
+// Stretched at the height of its shoulder, the arm has its wrist centre on the circle of this
+// radius about the first axis.
+const double kPumaReach = std::hypot(431.8 + std::hypot(20.3, 431.8), 150.05);
+
 constexpr const char* kHead = "frame\npart=x,y,0,0,0\nlien=BATI\n";
 
 // J4 and J5 meet at (400, 0, 1100); the line of J6, parallel to that of J4, passes 12.5 beside it.
@@ -199,6 +203,26 @@ std::vector<Refusal> refusals() {
        "aucune solution analytique pour cette machine : axes linéaires : 1, axes rotatifs : 3, "
        "alors qu'il faut trois axes linéaires ou six articulations ; --engine library interroge le "
        "solveur de la bibliothèque"},
+      // the wrist centre 150.05 beside the first axis; arms of 431.8 and the root of 20.3^2 +
+      // 431.8^2
+      {"ArmTooShort",
+       example("arm-puma560"),
+       {},
+       {{2000, 0, 671.83}, {0, 0, -1}},
+       Reason::outOfReach,
+       2000 - kPumaReach,
+       Unit::mm,
+       "out of reach: the wrist centre would lie 1122.99 mm beyond what the arm reaches",
+       "hors de portée : le centre du poignet serait à 1122.99 mm de ce que le bras atteint"},
+      {"ArmTooNearItsAxis",
+       example("arm-puma560"),
+       {},
+       {{100, 0, 700}, {0, 0, -1}},
+       Reason::outOfReach,
+       50.05,
+       Unit::mm,
+       "out of reach: the wrist centre would lie 50.05 mm beyond what the arm reaches",
+       "hors de portée : le centre du poignet serait à 50.05 mm de ce que le bras atteint"},
       {"NoBallWrist",
        machineOf(kOffsetWrist),
        {},

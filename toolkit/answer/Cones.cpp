@@ -1,23 +1,13 @@
 #include "toolkit/answer/Cones.h"
 
 #include <algorithm>
-#include <cmath>
 
 using zgeo::UVec3d;
 
 namespace korvo {
 
 UVec3d Cone::nearest(const UVec3d& direction, double inside) const {
-  constexpr double kAlong = 1e-7;
-  const UVec3d along = axis.normalised();
-  const UVec3d unit = direction.normalised();
-  UVec3d across = unit - along * (unit * along);
-  if (across.norm() < kAlong) {
-    across = along ^ (std::abs(along.x) < 0.5 ? UVec3d(1, 0, 0) : UVec3d(0, 1, 0));
-  }
-  const double margin = std::min(inside, (band.high - band.low) / 2);
-  const double angle = std::clamp(angleBetween(along, unit), band.low + margin, band.high - margin);
-  return along * std::cos(angle) + across.normalised() * std::sin(angle);
+  return nearestIn(band, axis, direction, inside);
 }
 
 std::vector<Cone> conesOf(const std::vector<TurningAxis>& axes, const UVec3d& tool) {

@@ -27,13 +27,6 @@ std::vector<Cone> conesOf(const Machine& machine, const Position& from) {
   return korvo::conesOf(axes, toolDirection(*machine, from));
 }
 
-// An arm turns its wrist alone: what it left is what the wrist cannot do.
-void explainWrist(Language language, Answer& answer) {
-  const double by = answer.residual.directionRad * kRadToDeg;
-  give(answer, Reason::outsideCone, by, Unit::degree);
-  answer.text = filled(sentences::kWristLeaves, {degrees(by)}, language);
-}
-
 void explainNoSolver(Language language, Answer& answer) {
   give(answer, Reason::noSolver, answer.residual.pointMm, Unit::mm);
   answer.text = filled(sentences::kNoSolver, {}, language);
@@ -128,6 +121,21 @@ void explainLinear(const std::vector<int>& free, const UVec3d& tip, Language lan
   answer.nearestTip = tip;
 }
 
+// An arm turns its wrist alone: what it left is what the wrist cannot do.
+void explainWrist(const UVec3d& tool, Language language, Answer& answer) {
+  const double by = answer.residual.directionRad * kRadToDeg;
+  give(answer, Reason::outsideCone, by, Unit::degree);
+  answer.text = filled(sentences::kWristLeaves, {degrees(by)}, language);
+  answer.nearestDirection = tool;
+}
+
+void explainReach(const UVec3d& tip, Language language, Answer& answer) {
+  const double by = answer.residual.pointMm;
+  give(answer, Reason::outOfReach, by, Unit::mm);
+  answer.text = filled(sentences::kOutOfReach, {millimetres(by)}, language);
+  answer.nearestTip = tip;
+}
+
 void explainMiss(const Machine& machine, const Target& target, const Position& from,
                  Language language, Answer& answer) {
   const std::vector<int> moved = movedLocks(machine, from, answer.position);
@@ -143,7 +151,7 @@ void explainMiss(const Machine& machine, const Target& target, const Position& f
   } else if (!isTurned && !hasRotary) {
     explainNoRotary(answer.residual.directionRad, tool, language, answer);
   } else if (!isTurned && isArm) {
-    explainWrist(language, answer);
+    explainWrist(tool, language, answer);
   } else if (!isTurned) {
     const std::vector<Cone> cones = conesOf(machine, from);
     explainBeside(machine, nearestCone(cones, target.direction), target.direction, language,

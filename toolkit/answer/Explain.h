@@ -49,6 +49,12 @@ void explainNoRotary(double missingRad, const zgeo::UVec3d& tool, Language langu
 void explainLinear(const std::vector<int>& free, const zgeo::UVec3d& tip, Language language,
                    Answer& answer);
 
+/// The wrist of an arm points the tool along `tool` alone, by the residual of `answer`.
+void explainWrist(const zgeo::UVec3d& tool, Language language, Answer& answer);
+
+/// An arm comes to `tip` alone, by the residual of `answer`.
+void explainReach(const zgeo::UVec3d& tip, Language language, Answer& answer);
+
 /// The axes in `outside` are outside their limits.
 void explainListed(const Machine& machine, Language language, Answer& answer);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 #include "toolkit/answer/Values.h"
@@ -20,9 +21,8 @@ double valueAt(const Values& values, int place) { return values[static_cast<std:
 
 bool isFreeAxis(const Joint& joint) { return joint.place >= 0 && !joint.isLocked; }
 
-// What a candidate is compared by: first what the tip misses, then the excess.
 bool isBetter(const Candidate& a, const Candidate& b) {
-  return std::pair(a.missedMm, a.excess) < std::pair(b.missedMm, b.excess);
+  return std::tie(a.missedRad, a.missedMm, a.excess) < std::tie(b.missedRad, b.missedMm, b.excess);
 }
 
 // The turn with the least excess: of those inside the nearest, else the last before the limits or
@@ -53,6 +53,8 @@ Candidate candidateOf(const Solver& solver, const Target& target, Solution solut
     candidate.excess += std::abs(outsideBy(joint, value));
   }
   solution.residual = solver.residual(solution.values, target);
+  const double missedRad = solution.residual.directionRad;
+  if (missedRad > kReachedRad) candidate.missedRad = missedRad;
   if (!isCarried(solution, target)) candidate.missedMm = solution.residual.pointMm;
   candidate.solution = solution;
   return candidate;
@@ -178,12 +180,14 @@ void Nearly::tryFamily(const Target& target, const Values& from, const Solution&
   best->solution.freePlaces = family.freePlaces;
 }
 
+// The families of an arm turn the tool about itself: what carries it stays.
 std::optional<Candidate> Nearly::best(const Target& target, const Values& from) {
+  const bool isArm = solver_.kind() == SolverKind::arm;
   Best best;
   std::vector<Solution> families;
   for (const Values& start : startsOf(solver_.chain(), broughtInside(solver_.chain(), from))) {
     families.clear();
-    tryBranches(solver_, target, start, best, &families);
+    tryBranches(solver_, target, start, best, isArm ? nullptr : &families);
     for (const Solution& family : families) tryFamily(target, start, family, best);
   }
   return best;

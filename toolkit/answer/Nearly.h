@@ -9,11 +9,12 @@
 
 namespace korvo {
 
-/// A position that points the tool the wanted way and is none for its limits or its tip.
+/// A position that is none for its limits or its tip; of an arm maybe for its direction.
 struct Candidate {
   Solution solution;
-  double missedMm = 0.0;  ///< The tip from the target's; 0 where it is carried there.
-  double excess = 0.0;    ///< Of the axes outside their limits: mm and degrees, summed.
+  double missedRad = 0.0;  ///< The direction from the target's; 0 where it is reached.
+  double missedMm = 0.0;   ///< The tip from the target's; 0 where it is carried there.
+  double excess = 0.0;     ///< Of the axes outside their limits: mm and degrees, summed.
 };
 
 /// What comes nearest to targets that nothing reaches.
@@ -23,8 +24,9 @@ class Nearly {
       : machine_(machine), options_(options), solver_(solver) {}
 
   /// Of all branches, turns, members of families and places of spare linear axes the candidate that
-  /// misses the target by the least, and of those that do not the one with the least excess; the
-  /// first of equal ones. Nothing where no branch points the tool so.
+  /// misses the direction by the least, of equal ones the tip, and of those that miss neither the
+  /// one with the least excess; the first of equal ones. Nothing where no branch points the tool
+  /// so.
   std::optional<Candidate> best(const Target& target, const Values& from);
 
  private:

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <utility>
 
-#include "toolkit/answer/ArmLayout.h"
 #include "toolkit/answer/Explain.h"
 #include "toolkit/answer/Sentences.h"
 #include "toolkit/answer/Served.h"
@@ -175,7 +174,6 @@ WhyNot::Pointing WhyNot::nearestPointing(const Target& target, const Values& fro
 
 // The position is one that points along the nearest direction, inside the limits if there is one.
 Answer WhyNot::beside(const Target& target, const Position& from) {
-  if (solver_.kind() == SolverKind::arm) return outOfArm(target, from);
   const Values start = valuesOf(from);
   const Pointing nearest = nearestPointing(target, start);
   const std::optional<Candidate> candidate = nearly_.best({target.tip, nearest.direction}, start);
@@ -190,22 +188,15 @@ Answer WhyNot::beside(const Target& target, const Position& from) {
   return answer;
 }
 
-// --- arms: the place for what the solver says of points that an arm does not reach
-
-Answer WhyNot::outOfArm(const Target& target, const Position& from) const {
-  Answer answer = standing(target, from);
-  const double by = ArmLayout(*machine_).outOfReach(target).value_or(answer.residual.pointMm);
-  give(answer, Reason::outOfReach, by, Unit::mm);
-  answer.text = filled(sentences::kOutOfReach, {millimetres(by)}, language_);
-  return answer;
-}
-
 // --- the point and the limits
 
 Answer WhyNot::judged(const Candidate& candidate, const Position& from) const {
   Answer answer = answerOf(machine_, solver_, candidate.solution, from);
-  if (candidate.missedMm > 0 || (candidate.excess == 0 && !answer.residual.isReached())) {
-    explainPoint(answer);
+  const ToolPose tool = solver_.chain().pose(candidate.solution.values);
+  if (candidate.missedRad > 0) {
+    explainWrist(tool.direction, language_, answer);
+  } else if (candidate.missedMm > 0 || (candidate.excess == 0 && !answer.residual.isReached())) {
+    explainPoint(solver_.chain().tipOf(tool), answer);
   } else if (candidate.excess > 0) {
     explainOutside(answer);
   } else {
@@ -214,13 +205,12 @@ Answer WhyNot::judged(const Candidate& candidate, const Position& from) const {
   return answer;
 }
 
-void WhyNot::explainPoint(Answer& answer) const {
+void WhyNot::explainPoint(const UVec3d& tip, Answer& answer) const {
+  if (solver_.kind() == SolverKind::arm) return explainReach(tip, language_, answer);
   std::vector<int> free;
   for (const Joint& joint : solver_.chain().joints) {
     if (isFreed(joint, Joint::Motion::slide)) free.push_back(joint.place);
   }
-  const JointChain& chain = solver_.chain();
-  const UVec3d tip = chain.tipOf(chain.pose(valuesOf(answer.position)));
   explainLinear(free, tip, language_, answer);
 }
 

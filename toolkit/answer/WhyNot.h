@@ -33,9 +33,8 @@ class WhyNot {
   Pointing pointing(const Target& target, const Values& at) const;
   Pointing nearestPointing(const Target& target, const Values& from) const;
   Answer beside(const Target& target, const Position& from);
-  Answer outOfArm(const Target& target, const Position& from) const;
   Answer judged(const Candidate& candidate, const Position& from) const;
-  void explainPoint(Answer& answer) const;
+  void explainPoint(const zgeo::UVec3d& tip, Answer& answer) const;
   void explainOutside(Answer& answer) const;
 
   Machine machine_;
