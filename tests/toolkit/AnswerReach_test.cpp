@@ -6,10 +6,10 @@
 
 using korvo::Answer;
 using korvo::Answers;
+using korvo::LibrarySolver;
 using korvo::Machine;
 using korvo::Position;
 using korvo::Reason;
-using korvo::LibrarySolver;
 using korvo::Status;
 using korvo::Target;
 using zgeo::UVec3d;
@@ -105,7 +105,8 @@ TEST(GantryW, TheBeamDoesNotHelpWhenItIsLocked) {
 
 TEST(LockedLinearAxis, NeedNotMoveWhereItStandsRight) {
   const Machine mill = withLock(example("mill-3axis"), 0);
-  const Answer answer = LibrarySolver(mill).nearest({{10, 20, 150}, kUp}, mill.position({{"X", 10.0}}));
+  const Answer answer =
+      LibrarySolver(mill).nearest({{10, 20, 150}, kUp}, mill.position({{"X", 10.0}}));
   expectReached(answer);
   expectValues(answer.position, {10, 20, 40});
   EXPECT_TRUE(answer.isLinearOnly);

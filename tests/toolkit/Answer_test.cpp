@@ -4,10 +4,10 @@
 
 using korvo::Answer;
 using korvo::Answers;
+using korvo::LibrarySolver;
 using korvo::Machine;
 using korvo::Position;
 using korvo::Reason;
-using korvo::LibrarySolver;
 using korvo::Status;
 using korvo::Target;
 using zgeo::UVec3d;
@@ -97,7 +97,8 @@ TEST(TableAC, ALinearAxisOutsideIsNamedWithItsDistance) {
 TEST(TableAC, ALimitCanBeReached) {
   const Machine machine = example("table-ac");
   for (const double heading : {90.0, 10.0, 200.0, 333.0}) {
-    const Answer answer = LibrarySolver(machine).nearest(above(fromZ(120, heading)), machine.position());
+    const Answer answer =
+        LibrarySolver(machine).nearest(above(fromZ(120, heading)), machine.position());
     expectReached(answer);
     EXPECT_NEAR(answer.position["A"], -120, 1e-9);
     EXPECT_GE(answer.position["A"], -120);
@@ -150,7 +151,8 @@ TEST(TableAC, ALockedAxisStaysAndNarrowsTheReach) {
 
 TEST(TableAC, TheListKeepsLockedAxes) {
   const Machine machine = withLock(example("table-ac"), 4);
-  const Answers all = LibrarySolver(machine).all(above(fromZ(20, 90)), machine.position({{"C", 0.0}}), 20);
+  const Answers all =
+      LibrarySolver(machine).all(above(fromZ(20, 90)), machine.position({{"C", 0.0}}), 20);
   ASSERT_EQ(all.total, 1u);
   EXPECT_EQ(all.positions[0].position["C"], 0.0);
   EXPECT_NEAR(all.positions[0].position["A"], -20, 1e-9);
@@ -208,7 +210,8 @@ TEST(HeadNutating, IsSingularAtBothEdgesOfItsBand) {
 
 TEST(HeadNutating, SaysHowFarADirectionIsBesideItsBand) {
   const Machine machine = example("head-nutating");
-  const Answer answer = LibrarySolver(machine).nearest({{0, 0, 500}, fromZ(100, 33)}, machine.position());
+  const Answer answer =
+      LibrarySolver(machine).nearest({{0, 0, 500}, fromZ(100, 33)}, machine.position());
   expectMissed(answer, Reason::outsideCone, 10);
   EXPECT_NE(answer.text.find("C and B"), std::string::npos) << answer.text;
   EXPECT_EQ(answer.status, Status::notReached);
@@ -237,7 +240,8 @@ TEST(Mill4Axis, TurnsThePalletAndSaysWhatItCannot) {
 TEST(Mill3Axis, IsAnsweredByItsLinearAxes) {
   Machine machine = example("mill-3axis");
   machine->setTHELength(50.0, 1);
-  const Answer answer = LibrarySolver(machine).nearest({{10, 20, 300}, {0, 0, 3}}, machine.position());
+  const Answer answer =
+      LibrarySolver(machine).nearest({{10, 20, 300}, {0, 0, 3}}, machine.position());
   expectReached(answer);
   EXPECT_TRUE(answer.isLinearOnly);
   expectValues(answer.position, {10, 20, 300 + 50 - 110});
@@ -255,7 +259,8 @@ TEST(Mill3Axis, CannotTurnTheTool) {
 
 TEST(Mill3Axis, TranslatesThoughTheLibraryGivesNoIncrements) {
   const Machine machine = example("mill-3axis");
-  const Answer answer = LibrarySolver(machine).translate({1, 2, 3}, machine.position({{"Z", 100.0}}));
+  const Answer answer =
+      LibrarySolver(machine).translate({1, 2, 3}, machine.position({{"Z", 100.0}}));
   expectReached(answer);
   EXPECT_TRUE(answer.isLinearOnly);
   expectValues(answer.position, {1, 2, 103});
@@ -324,7 +329,8 @@ TEST(Puma560, ReachesWithItsToolPointInTheWristCentre) {
   const Position from = machine.position({{"J1", 10.0}, {"J2", 15.0}, {"J3", 20.0}, {"J5", 30.0}});
   // the tool of the zero position, and the same turned about the wrist centre
   for (const UVec3d& direction : {UVec3d(0, 0, -1), fromZ(150, 40), fromZ(120, 200)}) {
-    const Answer answer = LibrarySolver(machine).nearest({{452.1, -150.05, 1103.63}, direction}, from);
+    const Answer answer =
+        LibrarySolver(machine).nearest({{452.1, -150.05, 1103.63}, direction}, from);
     EXPECT_LE(answer.residual.pointMm, korvo::kReachedMm) << answer.text;
     EXPECT_LE(answer.residual.directionRad, korvo::kReachedRad);
     EXPECT_NE(answer.status, Status::notReached);
@@ -347,7 +353,8 @@ TEST(Puma560, SaysHowFarATargetIsOutOfReach) {
 TEST(Irb2400, PointsItsToolAnyWay) {
   const Machine machine = example("arm-irb2400");
   for (const UVec3d& direction : {UVec3d(-1, 0, 0), fromZ(30, 0), fromZ(60, 180)}) {
-    const Answer answer = LibrarySolver(machine).nearest({{800, 0, 1200}, direction}, machine.position());
+    const Answer answer =
+        LibrarySolver(machine).nearest({{800, 0, 1200}, direction}, machine.position());
     EXPECT_LE(answer.residual.pointMm, korvo::kReachedMm) << answer.text;
     EXPECT_LE(answer.residual.directionRad, korvo::kReachedRad);
     EXPECT_NE(answer.status, Status::notReached);
@@ -373,7 +380,7 @@ TEST(Irb2400, OnARailIsToldThatAnAxisStandsBeforeItsFirstJoint) {
 TEST(Arm, MovesLockedJointsAndIsToldSo) {
   const Machine machine = withLock(example("arm-puma560"), 0);
   const Answer answer = LibrarySolver(machine).nearest({{452.1, -150.05, 1103.63}, {0, 0, -1}},
-                                                machine.position({{"J1", 30.0}}));
+                                                       machine.position({{"J1", 30.0}}));
   EXPECT_EQ(answer.reason, Reason::lockedAxis);
   EXPECT_EQ(answer.text, "the arm solver moves locked axes: J1");
 }
@@ -463,8 +470,8 @@ TEST_P(ArmConditions, AreSaidInWords) {
   ASSERT_NE(place, std::string::npos);
   text.replace(place, std::string(row.line).size(), row.instead);
   const Machine machine = machineOf(text);
-  const Answer answer = LibrarySolver(machine).nearest({{500, 100, 900}, fromZ(150, 10)},
-                                                machine.position({{"J2", 10.0}, {"J5", 20.0}}));
+  const Answer answer = LibrarySolver(machine).nearest(
+      {{500, 100, 900}, fromZ(150, 10)}, machine.position({{"J2", 10.0}, {"J5", 20.0}}));
   EXPECT_EQ(answer.reason, Reason::missed) << answer.text;
   std::string said;
   for (const std::string& condition : answer.conditions) said += condition + "\n";
@@ -492,8 +499,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Arm, OfTheOneLayoutReachesTheSameTarget) {
   const Machine machine = machineOf(kArm);
-  const Answer answer = LibrarySolver(machine).nearest({{500, 100, 900}, fromZ(150, 10)},
-                                                machine.position({{"J2", 10.0}, {"J5", 20.0}}));
+  const Answer answer = LibrarySolver(machine).nearest(
+      {{500, 100, 900}, fromZ(150, 10)}, machine.position({{"J2", 10.0}, {"J5", 20.0}}));
   expectReached(answer);
 }
 

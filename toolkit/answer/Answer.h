@@ -9,8 +9,10 @@
 
 #include "platform/zgeo/UVec3d.h"
 #include "toolkit/Export.h"
+#include "toolkit/Language.h"
 #include "toolkit/Machine.h"
 #include "toolkit/Position.h"
+#include "toolkit/solve/Solver.h"
 #include "toolkit/solve/Target.h"
 
 namespace korvo {
@@ -67,23 +69,33 @@ enum class Status {
 /// Why a target has no position.
 enum class Reason {
   none,
-  noDirection,    ///< The target is null or not finite.
+  noDirection,    ///< The target is null, or it or the start is not finite.
   noRotaryAxis,   ///< The tool points elsewhere and no free axis can turn it; by degrees.
   outsideCone,    ///< The rotary axes do not turn the tool so far; by degrees.
   outsideLimits,  ///< See Answer::outside; by mm or degrees of the first of them.
   outOfReach,     ///< An arm is too short, or too long; by mm.
   linearAxes,     ///< The free linear axes do not carry the tool there; by mm.
-  lockedAxis,     ///< An arm's solver moved a locked axis.
+  lockedAxis,     ///< Reached if locked axes stood elsewhere, see Answer::wanted; by mm or degrees
+                  ///< of one such axis. Of LibrarySolver: the arm's solver moved locked axes.
   startOfArm,     ///< From this start the arm's solver turns to the wrong side; by mm.
-  noSolver,       ///< No solver knows such a machine; by mm.
+  noSolver,       ///< No solver knows such a machine; by mm where that has a measure.
   missed,         ///< An arm's solver answers beside the target; by mm. See Answer::conditions.
 };
+
+/// Of an amount.
+enum class Unit { none, mm, degree };
 
 /// "reached", "outside-limits", "not-reached".
 KORVO_TOOLKIT_API const char* toString(Status status);
 
 /// "none", "no-direction", "no-rotary-axis", ...: a stable name.
 KORVO_TOOLKIT_API const char* toString(Reason reason);
+
+/// Where an axis would have to stand.
+struct AxisWanted {
+  int place = 0;
+  double value = 0.0;  ///< mm or degrees
+};
 
 /// What a target came to.
 struct Answer {
@@ -99,10 +111,24 @@ struct Answer {
   /// wanted way and the linear axes alone carry it.
   bool isLinearOnly = false;
 
+  // --- what the toolkit's own solver knows of its positions; LibrarySolver leaves it empty
+
+  SolverKind solver = SolverKind::none;
+  std::string branch;         ///< Label of the branch; see Branch.
+  std::vector<int> freeAxes;  ///< Places of axes that may stand anywhere while others follow.
+  SingularDistance singular;
+
+  // --- why there is none
+
   Reason reason = Reason::none;
-  double by = 0.0;                      ///< How far off: mm or degrees, as the reason says.
-  std::string text;                     ///< The reason in words; empty when reached.
-  std::vector<AxisOutside> outside;     ///< Axes of `position` outside their limits.
+  double by = 0.0;                   ///< How far off, in `unit`.
+  Unit unit = Unit::none;            ///< None where the reason has no amount.
+  std::string text;                  ///< The reason in words; empty when reached.
+  std::vector<int> axes;             ///< Places of the axes that the reason concerns.
+  std::vector<AxisOutside> outside;  ///< Axes of `position` outside their limits.
+  std::vector<AxisWanted> wanted;    ///< Locked axes that would have to stand elsewhere.
+  std::optional<zgeo::UVec3d> nearestDirection;  ///< Reachable, nearest to the target's.
+  std::optional<zgeo::UVec3d> nearestTip;        ///< Reachable with the target's direction.
   std::vector<std::string> conditions;  ///< What of machine or target the arm solver cannot do.
 };
 
@@ -137,7 +163,7 @@ KORVO_TOOLKIT_API double distance(const zkin::KMachineValueBase& a,
 /// threads.
 class KORVO_TOOLKIT_API LibrarySolver {
  public:
-  explicit LibrarySolver(const Machine& machine);
+  explicit LibrarySolver(const Machine& machine, Language language = Language::english);
 
   /// The position that the machine takes from `from`: the start picks the turn, the strategy the
   /// branch. When that one is outside the limits, the nearest that is inside: of the other branch,
@@ -185,6 +211,7 @@ class KORVO_TOOLKIT_API LibrarySolver {
   void approach(const Target& target, const Position& from, Answer& answer);
 
   Machine machine_;
+  Language language_;
   Position solved_;  // reused from target to target
   bool hasRotary_ = false;
   bool isArm_ = false;

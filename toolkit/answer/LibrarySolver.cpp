@@ -7,6 +7,7 @@
 #include "toolkit/answer/Carry.h"
 #include "toolkit/answer/Explain.h"
 #include "toolkit/answer/FreeAxes.h"
+#include "toolkit/answer/Sentences.h"
 
 using zgeo::UVec3d;
 using zkin::KMachineElem;
@@ -48,8 +49,11 @@ void takeLinear(const Machine& machine, const Position& from, Position& at) {
 
 }  // namespace
 
-LibrarySolver::LibrarySolver(const Machine& machine)
-    : machine_(machine), solved_(machine_.position()), isArm_(isArmClass(*machine_)) {
+LibrarySolver::LibrarySolver(const Machine& machine, Language language)
+    : machine_(machine),
+      language_(language),
+      solved_(machine_.position()),
+      isArm_(isArmClass(*machine_)) {
   bool hasLock = false;
   for (const KMachineElem* e : machine_->getToolChain(false, -1)) {
     const bool isAxis = e->getValueIndex() >= 0;
@@ -104,8 +108,8 @@ Answer LibrarySolver::judged(const Target& target, const Position& from, Positio
 
 void LibrarySolver::explain(const Target& target, const Position& from, Answer& answer) const {
   answer.singularity = korvo::singularity(machine_, answer.position);
-  if (answer.status == Status::outsideLimits) explainOutside(machine_, answer);
-  if (answer.status == Status::notReached) explainMiss(machine_, target, from, answer);
+  if (answer.status == Status::outsideLimits) explainOutside(machine_, language_, answer);
+  if (answer.status == Status::notReached) explainMiss(machine_, target, from, language_, answer);
 }
 
 // Reached, and yet by axes that travel far for little.
@@ -161,10 +165,9 @@ bool mayLieElsewhere(const Answer& answer) {
          answer.reason == Reason::linearAxes;
 }
 
-Answer refused(const Position& from) {
+Answer refused(const Position& from, Language language) {
   Answer answer(from);
-  answer.reason = Reason::noDirection;
-  answer.text = "a point and a direction in finite numbers, the direction not null, are wanted";
+  explainNoTarget(sentences::kNoTarget, language, answer);
   return answer;
 }
 
@@ -182,7 +185,7 @@ void LibrarySolver::approach(const Target& target, const Position& from, Answer&
 }
 
 Answer LibrarySolver::nearest(const Target& target, const Position& from) {
-  if (!isTarget(target)) return refused(from);
+  if (!isTarget(target)) return refused(from, language_);
   Answer answer = best(target, from);
   explain(target, from, answer);
   approach(target, from, answer);
@@ -227,7 +230,7 @@ Answer LibrarySolver::translate(const UVec3d& delta, const Position& from) {
   machine_->getTool(from, nose, direction, -1);
   const UVec3d tip = nose - direction * machine_->getTHELength(-1);
   const Target target{tip + delta, direction};
-  if (!isTarget(target)) return refused(from);
+  if (!isTarget(target)) return refused(from, language_);
   if (isTurning()) {
     solve(target, from, solved_);
   } else {
@@ -241,7 +244,7 @@ Answer LibrarySolver::translate(const UVec3d& delta, const Position& from) {
 
 std::optional<Answer> LibrarySolver::follow(const Target& target, Position& at,
                                             Residual& residual) {
-  if (!isTarget(target)) return refused(at);
+  if (!isTarget(target)) return refused(at, language_);
   if (isTurning() && !mindsLocks_) {
     solve(target, at, solved_);
     residual = korvo::residual(machine_, solved_, target);

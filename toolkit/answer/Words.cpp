@@ -15,8 +15,28 @@ std::string words(const zgeo::UVec3d& v) {
   return "(" + words(v.x) + ", " + words(v.y) + ", " + words(v.z) + ")";
 }
 
+Words millimetres(double value) { return words(value) + " mm"; }
+
+Words degrees(double value) { return {words(value) + " degrees", words(value) + " degrés"}; }
+
 void appendWord(std::string& list, const std::string& word) {
   list += (list.empty() ? "" : ", ") + word;
+}
+
+void appendWord(Words& list, const Words& word) {
+  appendWord(list.english, word.english);
+  appendWord(list.french, word.french);
+}
+
+Words allOf(const std::vector<Words>& list) {
+  Words all = "";
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const bool isLast = i > 0 && i + 1 == list.size();
+    const Words joint = isLast ? Words(" and ", " et ") : i > 0 ? Words(", ") : Words("");
+    all.english += joint.english + list[i].english;
+    all.french += joint.french + list[i].french;
+  }
+  return all;
 }
 
 }  // namespace korvo

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/zgeo/UVec3d.h"
+#include "toolkit/Sentence.h"
 
 namespace korvo {
 
@@ -12,7 +13,15 @@ std::string words(double value);
 /// "(x, y, z)".
 std::string words(const zgeo::UVec3d& v);
 
+/// The number with its unit in both languages.
+Words millimetres(double value);
+Words degrees(double value);
+
 /// "a, b, c": appends `word` to a list.
 void appendWord(std::string& list, const std::string& word);
+void appendWord(Words& list, const Words& word);
+
+/// "a", "a and b", "a, b and c".
+Words allOf(const std::vector<Words>& list);
 
 }  // namespace korvo

@@ -163,14 +163,18 @@ class ArmTask {
 
   template <typename Visit>
   void forEachReached(const UVec3d& centre, Visit visit) {
-    for (const rotations::ThreeAngles& a : axes().solve(plain(centre))) {
+    const rotations::ThreeAnglesList list = axes().solve(plain(centre));
+    const auto visitAs = [&](const rotations::ThreeAngles& a) {
       Reached reached{a, {}, {}};
       reached.branch.shoulder = static_cast<std::int8_t>(a.shoulder);
       reached.branch.elbow = static_cast<std::int8_t>(a.elbow);
       reached.singular.elbowRad = a.elbowRad;
       reached.singular.shoulderMm = a.shoulderMm;
       visit(reached);
-    }
+    };
+    for (const rotations::ThreeAngles& a : list) visitAs(a);
+    const bool isMissed = list.count == 0 && list.reach != rotations::Reach::undefined;
+    if (isMissed && query_.takesMissed) visitAs(axes().nearest(plain(centre)).angles);
   }
 
   static std::array<double, 3> anglesOf(const rotations::ThreeAngles& a) {
@@ -240,11 +244,23 @@ class ArmTask {
 
   // --- the wrist
 
+  /// What the wrist can turn the last joint's line to, from the fourth's.
+  Band wristBand() const {
+    return bandOf(angleBetween(axis(3), axis(4)), angleBetween(axis(4), axis(5)));
+  }
+
   SingularDistance singularOf(const Reached& reached, const UVec3d& to) const {
     SingularDistance singular = reached.singular;
-    const Band band = bandOf(angleBetween(axis(3), axis(4)), angleBetween(axis(4), axis(5)));
-    singular.directionRad = band.toEdge(angleBetween(axis(3), to));
+    singular.directionRad = wristBand().toEdge(angleBetween(axis(3), to));
     return singular;
+  }
+
+  rotations::TwoAnglesList wristPairs(const UVec3d& to) const {
+    const auto pairs =
+        rotations::twoAxes(plain(axis(5)), plain(to), plain(axis(3)), plain(axis(4)));
+    if (pairs.count > 0 || !query_.takesMissed) return pairs;
+    const UVec3d nearest = nearestIn(wristBand(), axis(3), to);
+    return rotations::twoAxes(plain(axis(5)), plain(nearest), plain(axis(3)), plain(axis(4)));
   }
 
   std::int8_t sideOf(double a5) const {
@@ -312,8 +328,7 @@ class ArmTask {
   bool turnWristTo(const Reached& reached, const UMatrix& wrist,
                    const std::array<int, 2>& freePlaces) {
     const UVec3d to = turned(wrist, axis(5));
-    const auto pairs =
-        rotations::twoAxes(plain(axis(5)), plain(to), plain(axis(3)), plain(axis(4)));
+    const rotations::TwoAnglesList pairs = wristPairs(to);
     const SingularDistance singular = singularOf(reached, to);
     bool isAdded = false;
     for (const rotations::TwoAngles& pair : pairs) {
@@ -396,8 +411,7 @@ class ArmTask {
   }
 
   bool pointWrist(const Reached& reached, const UVec3d& to, int free) {
-    const auto pairs =
-        rotations::twoAxes(plain(axis(5)), plain(to), plain(axis(3)), plain(axis(4)));
+    const rotations::TwoAnglesList pairs = wristPairs(to);
     const SingularDistance singular = singularOf(reached, to);
     const std::array<int, 2> freePlaces = with({place(5), -1}, free);
     const double last = std::clamp(start(5), pinned(5).min, pinned(5).max);

@@ -36,4 +36,21 @@ inline Band bandOf(double axes, double tool) {
   return {std::abs(axes - tool), std::min(sum, 2 * std::numbers::pi - sum)};
 }
 
+/// The direction nearest to `direction` whose angle from `axis` is in the band, `inside` (radians)
+/// from its edges: at the same heading about the axis, any where the direction lies along it. Of
+/// length 1.
+inline zgeo::UVec3d nearestIn(const Band& band, const zgeo::UVec3d& axis,
+                              const zgeo::UVec3d& direction, double inside = 0.0) {
+  constexpr double kAlong = 1e-7;
+  const zgeo::UVec3d along = axis.normalised();
+  const zgeo::UVec3d unit = direction.normalised();
+  zgeo::UVec3d across = unit - along * (unit * along);
+  if (across.norm() < kAlong) {
+    across = along ^ (std::abs(along.x) < 0.5 ? zgeo::UVec3d(1, 0, 0) : zgeo::UVec3d(0, 1, 0));
+  }
+  const double margin = std::min(inside, (band.high - band.low) / 2);
+  const double angle = std::clamp(angleBetween(along, unit), band.low + margin, band.high - margin);
+  return along * std::cos(angle) + across.normalised() * std::sin(angle);
+}
+
 }  // namespace korvo

@@ -45,6 +45,7 @@ struct Query {
   Limits limits;
   std::vector<Solution>& out;
   const zgeo::UMatrix* frame = nullptr;  ///< Of a frame target.
+  bool takesMissed = false;              ///< Solutions whose tip misses the target count, too.
 
   double start(int joint) const { return from[at(core.joint(joint).place)]; }
   double& value(int joint, Values& values) const { return values[at(core.joint(joint).place)]; }

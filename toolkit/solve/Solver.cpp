@@ -79,7 +79,7 @@ void add(const Query& query, const Values& values, const Branch& branch,
   const SolverCore& core = query.core;
   Solution solution;
   solution.residual = residualOf(query, values);
-  if (!solution.residual.isReached()) return;
+  if (!query.takesMissed && !solution.residual.isReached()) return;
   for (const Joint& joint : core.chain.joints) {
     if (joint.place < 0) continue;
     const double value = values[at(joint.place)];
@@ -159,6 +159,15 @@ std::optional<Shortfall> Solver::shortfall(const Target& target, const Values& f
   if (core_->kind != SolverKind::arm || !isFinite(target.tip) || !isFinite(direction)) return {};
   std::vector<Solution> none;
   return shortfallOfArm({*core_, target, direction, from, Limits::ignored, none});
+}
+
+void Solver::approach(const Target& target, const Values& from, std::vector<Solution>& out) const {
+  out.clear();
+  const UVec3d direction = target.direction.normalised();
+  if (!isFinite(target.tip) || !isFinite(direction) || direction == UVec3d()) return;
+  if (core_->kind == SolverKind::none) return;
+  const Query query{*core_, target, direction, from, Limits::ignored, out, nullptr, true};
+  core_->kind == SolverKind::arm ? solveArm(query) : solveCartesian(query);
 }
 
 Residual Solver::residual(const Values& values, const Target& target) const {

@@ -156,6 +156,12 @@ class KORVO_TOOLKIT_API Solver {
   /// nothing where they reach it, and of other machines.
   std::optional<Shortfall> shortfall(const Target& target, const Values& from) const;
 
+  /// What comes nearest, for who asks why nothing reaches: every branch, limits ignored, the tip
+  /// carried as near to the target's as it can be, which may be beside it. An arm whose wrist does
+  /// not turn the tool into the direction turns it as near as it can; of other machines there is
+  /// nothing then.
+  void approach(const Target& target, const Values& from, std::vector<Solution>& out) const;
+
   /// How far a position misses a target.
   Residual residual(const Values& values, const Target& target) const;
   Residual residual(const Values& values, const FrameTarget& target) const;

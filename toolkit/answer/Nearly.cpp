@@ -1,0 +1,196 @@
+#include "toolkit/answer/Nearly.h"
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+#include <utility>
+
+#include "toolkit/answer/Values.h"
+
+namespace korvo {
+namespace {
+
+constexpr double kTurn = 360.0;
+
+// What lies outside by less (mm or degrees) does so by rounding, and is put on its limit: it moves
+// a tool that is a metre away by less than 1e-7 mm.
+constexpr double kOnLimit = 1e-9;
+
+double& valueAt(Values& values, int place) { return values[static_cast<std::size_t>(place)]; }
+double valueAt(const Values& values, int place) { return values[static_cast<std::size_t>(place)]; }
+
+bool isFreeAxis(const Joint& joint) { return joint.place >= 0 && !joint.isLocked; }
+
+bool isBetter(const Candidate& a, const Candidate& b) {
+  return std::tie(a.missedRad, a.missedMm, a.excess) < std::tie(b.missedRad, b.missedMm, b.excess);
+}
+
+// The turn with the least excess: of those inside the nearest, else the last before the limits or
+// the first behind them.
+double leastOutside(const Joint& joint, double value) {
+  const double by = outsideBy(joint, value);
+  if (by == 0.0) return value;
+  const double inward = by < 0 ? kTurn : -kTurn;
+  const double beyond = value + inward * std::ceil(std::abs(by) / kTurn);
+  const double before = beyond - inward;
+  return std::abs(outsideBy(joint, beyond)) < std::abs(outsideBy(joint, before)) ? beyond : before;
+}
+
+// A tip may be missed by rounding alone: far from the machine that is more than counts as reached.
+bool isCarried(const Solution& solution, const Target& target) {
+  return solution.residual.pointMm <= kReachedMm + 1e-12 * target.tip.norm();
+}
+
+Candidate candidateOf(const Solver& solver, const Target& target, Solution solution) {
+  Candidate candidate;
+  for (const Joint& joint : solver.chain().joints) {
+    if (joint.place < 0) continue;
+    double& value = valueAt(solution.values, joint.place);
+    const bool mayTurn = joint.motion == Joint::Motion::turn && isFreeAxis(joint);
+    if (mayTurn) value = leastOutside(joint, value);
+    const double by = outsideBy(joint, value);
+    if (isFreeAxis(joint) && std::abs(by) <= kOnLimit) value -= by;
+    candidate.excess += std::abs(outsideBy(joint, value));
+  }
+  solution.residual = solver.residual(solution.values, target);
+  const double missedRad = solution.residual.directionRad;
+  if (missedRad > kReachedRad) candidate.missedRad = missedRad;
+  if (!isCarried(solution, target)) candidate.missedMm = solution.residual.pointMm;
+  candidate.solution = solution;
+  return candidate;
+}
+
+// The start with every free axis inside its limits.
+Values broughtInside(const JointChain& chain, Values from) {
+  for (const Joint& joint : chain.joints) {
+    if (!isFreeAxis(joint)) continue;
+    double& value = valueAt(from, joint.place);
+    if (joint.motion == Joint::Motion::turn) value = leastOutside(joint, value);
+    value -= outsideBy(joint, value);
+  }
+  return from;
+}
+
+// With more than three free linear axes the start says where those stand that do not carry: one of
+// them at a time is put on each of its limits.
+std::vector<Values> startsOf(const JointChain& chain, const Values& from) {
+  std::vector<const Joint*> slides;
+  for (const Joint& joint : chain.joints) {
+    if (isFreeAxis(joint) && joint.motion == Joint::Motion::slide) slides.push_back(&joint);
+  }
+  std::vector<Values> starts{from};
+  if (slides.size() <= 3) return starts;
+  for (const Joint* slide : slides) {
+    for (const double limit : {slide->min, slide->max}) {
+      if (!std::isfinite(limit)) continue;
+      starts.push_back(from);
+      valueAt(starts.back(), slide->place) = limit;
+    }
+  }
+  return starts;
+}
+
+bool isSampled(const Joint& joint, const Redundancy& rule) {
+  return rule.rule == Redundancy::Rule::sampled && rule.samples >= 2 &&
+         joint.motion == Joint::Motion::turn && std::isfinite(joint.max - joint.min);
+}
+
+const Joint& jointAt(const JointChain& chain, int place) {
+  return *std::find_if(chain.joints.begin(), chain.joints.end(),
+                       [place](const Joint& joint) { return joint.place == place; });
+}
+
+}  // namespace
+
+std::vector<Values> standings(const JointChain& chain, const SolverOptions& options,
+                              const Values& from) {
+  std::vector<Values> all{broughtInside(chain, from)};
+  for (const Joint& joint : chain.joints) {
+    if (!isFreeAxis(joint)) continue;
+    const Redundancy& rule = options.redundancy[static_cast<std::size_t>(joint.place)];
+    if (rule.rule == Redundancy::Rule::value) {
+      for (Values& values : all) valueAt(values, joint.place) = rule.value;
+    }
+    if (!isSampled(joint, rule)) continue;
+    std::vector<Values> sampled;
+    for (const Values& values : all) {
+      for (int sample = 0; sample < rule.samples; ++sample) {
+        sampled.push_back(values);
+        valueAt(sampled.back(), joint.place) =
+            joint.min + (joint.max - joint.min) * sample / (rule.samples - 1);
+      }
+    }
+    all = std::move(sampled);
+  }
+  return all;
+}
+
+double outsideBy(const Joint& joint, double value) {
+  return value < joint.min ? value - joint.min : value > joint.max ? value - joint.max : 0.0;
+}
+
+const Solver& Nearly::lockedAt(int place) {
+  const auto known = locked_.find(place);
+  if (known != locked_.end()) return known->second;
+  Machine machine = machine_;
+  const int index = std::as_const(*machine).getAxisElem(place + 1)->getElemIndex();
+  machine->getElemByIndex(index)->setLocked(true);
+  return locked_.emplace(place, Solver(machine, options_)).first->second;
+}
+
+void Nearly::tryBranches(const Solver& solver, const Target& target, const Values& from, Best& best,
+                         std::vector<Solution>* families) {
+  solver.approach(target, from, approaches_);
+  for (const Solution& approach : approaches_) {
+    Candidate candidate = candidateOf(solver, target, approach);
+    if (!best || isBetter(candidate, *best)) best = std::move(candidate);
+    if (families && approach.isFamily()) families->push_back(approach);
+  }
+}
+
+// The free axis is locked and put about a turn in steps of a few degrees, then halved about the
+// best: what bounds the excess comes back a few times a turn at most.
+void Nearly::tryFamily(const Target& target, const Values& from, const Solution& family,
+                       Best& best) {
+  constexpr int kSteps = 72;
+  constexpr double kStep = kTurn / kSteps;
+  const int place = family.freePlaces[0];
+  const Solver& solver = lockedAt(place);
+  const Joint& joint = jointAt(solver.chain(), place);
+  Values start = from;
+  Best nearest;
+  const auto tryAt = [&](double degrees) {
+    const double value = leastOutside(joint, degrees);
+    if (outsideBy(joint, value) != 0.0) return;
+    valueAt(start, place) = value;
+    tryBranches(solver, target, start, nearest);
+  };
+  const double first = valueAt(from, place);
+  for (int step = 0; step <= kSteps / 2; ++step) {
+    tryAt(first + kStep * step);
+    if (step > 0) tryAt(first - kStep * step);
+  }
+  for (double step = kStep / 2; nearest && step > 1e-13; step /= 2) {
+    const double middle = valueAt(nearest->solution.values, place);
+    tryAt(middle + step);
+    tryAt(middle - step);
+  }
+  if (!nearest || (best && !isBetter(*nearest, *best))) return;
+  best = std::move(nearest);
+  best->solution.freePlaces = family.freePlaces;
+}
+
+// The families of an arm turn the tool about itself: what carries it stays.
+std::optional<Candidate> Nearly::best(const Target& target, const Values& from) {
+  const bool isArm = solver_.kind() == SolverKind::arm;
+  Best best;
+  std::vector<Solution> families;
+  for (const Values& start : startsOf(solver_.chain(), broughtInside(solver_.chain(), from))) {
+    families.clear();
+    tryBranches(solver_, target, start, best, isArm ? nullptr : &families);
+    for (const Solution& family : families) tryFamily(target, start, family, best);
+  }
+  return best;
+}
+
+}  // namespace korvo

@@ -1,0 +1,91 @@
+#include "toolkit/answer/Reach.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "toolkit/answer/Values.h"
+#include "toolkit/answer/WhyNot.h"
+
+namespace korvo {
+namespace {
+
+// Nearest first; the sort is stable.
+std::vector<const Solution*> byDistance(const std::vector<Solution>& found, const Values& from) {
+  std::vector<const Solution*> sorted;
+  sorted.reserve(found.size());
+  for (const Solution& solution : found) sorted.push_back(&solution);
+  std::stable_sort(sorted.begin(), sorted.end(), [&](const Solution* a, const Solution* b) {
+    return isNearer(a->values, b->values, from);
+  });
+  return sorted;
+}
+
+}  // namespace
+
+Reach::Reach(const Machine& machine, const SolverOptions& options, Language language)
+    : machine_(machine),
+      solver_(machine_, options),
+      whyNot_(std::make_unique<WhyNot>(machine_, options, language)) {}
+
+Reach::Reach(Reach&&) noexcept = default;
+Reach& Reach::operator=(Reach&&) noexcept = default;
+Reach::~Reach() = default;
+
+const Solution* Reach::nearestOf(const Target& target, const Position& from) {
+  found_.clear();
+  const Values start = valuesOf(from);
+  if (!isFinite(start)) return nullptr;
+  solver_.solve(target, start, found_);
+  const auto nearest = std::min_element(
+      found_.begin(), found_.end(),
+      [&](const Solution& a, const Solution& b) { return isNearer(a.values, b.values, start); });
+  return nearest == found_.end() ? nullptr : &*nearest;
+}
+
+Answer Reach::answerOf(const Solution& solution, const Position& from) const {
+  Answer answer = korvo::answerOf(machine_, solver_, solution, from);
+  answer.status = Status::reached;
+  return answer;
+}
+
+Answer Reach::nearest(const Target& target, const Position& from) {
+  const Solution* nearest = nearestOf(target, from);
+  return nearest ? answerOf(*nearest, from) : whyNot_->explain(target, from);
+}
+
+Answers Reach::all(const Target& target, const Position& from, std::size_t max) {
+  Answers answers;
+  if (!nearestOf(target, from)) {
+    Answer only = whyNot_->explain(target, from);
+    if (only.status != Status::reached) {
+      answers.none.emplace(std::move(only));
+      return answers;
+    }
+    answers.total = 1;
+    answers.positions.push_back(std::move(only));
+  }
+  std::vector<const Solution*> sorted = byDistance(found_, valuesOf(from));
+  answers.total += sorted.size();
+  sorted.resize(std::min(sorted.size(), max));
+  for (const Solution* solution : sorted) answers.positions.push_back(answerOf(*solution, from));
+  for (const Answer& answer : answers.positions) {
+    answers.distances.push_back(distance(answer.position, from));
+  }
+  return answers;
+}
+
+std::optional<Answer> Reach::follow(const Target& target, Position& at, Residual& residual) {
+  const Solution* nearest = nearestOf(target, at);
+  if (!nearest) {
+    Answer answer = whyNot_->explain(target, at);
+    residual = answer.residual;
+    if (answer.status != Status::reached) return answer;
+    *at = *answer.position;
+    return {};
+  }
+  residual = nearest->residual;
+  setValues(nearest->values, at);
+  return {};
+}
+
+}  // namespace korvo
