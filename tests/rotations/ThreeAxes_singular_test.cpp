@@ -266,7 +266,7 @@ struct Edge {
   Vec3 outward;  ///< the direction in which it is left.
 };
 
-class AtTheEdge : public testing::TestWithParam<Edge> {
+class AtTheElbowsEdge : public testing::TestWithParam<Edge> {
  protected:
   const Arm arm_ = usualArm(0, 0, 300, 200);
 
@@ -275,7 +275,7 @@ class AtTheEdge : public testing::TestWithParam<Edge> {
   }
 };
 
-TEST_P(AtTheEdge, WithinTheReachTheElbowIsFlat) {
+TEST_P(AtTheElbowsEdge, WithinTheReachTheElbowIsFlat) {
   for (const double share : {0.0, 1e-15, 1e-14, 1e-13, 0.9e-12}) {
     const ThreeAnglesList found = beyond(share);
     EXPECT_EQ(found.count, 2) << share;
@@ -286,7 +286,7 @@ TEST_P(AtTheEdge, WithinTheReachTheElbowIsFlat) {
   }
 }
 
-TEST_P(AtTheEdge, BeyondTheReachIsNone) {
+TEST_P(AtTheElbowsEdge, BeyondTheReachIsNone) {
   for (const double share : {1.1e-12, 1e-9, 1e-6, 1e-3}) {
     const ThreeAnglesList found = beyond(share);
     EXPECT_EQ(found.count, 0) << share;
@@ -294,14 +294,14 @@ TEST_P(AtTheEdge, BeyondTheReachIsNone) {
   }
 }
 
-TEST_P(AtTheEdge, InsideAreFour) {
+TEST_P(AtTheElbowsEdge, InsideAreFour) {
   for (const double share : {1e-12, 1e-9, 1e-6, 1e-3}) {
     const ThreeAnglesList found = beyond(-share);
     EXPECT_EQ(found.count, 4) << share;
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(ThreeAxes, AtTheEdge,
+INSTANTIATE_TEST_SUITE_P(ThreeAxes, AtTheElbowsEdge,
                          testing::Values(Edge{"Stretched", {300, 400, 400}, {0.6, 0.8, 0}},
                                          Edge{
                                              "StretchedAslant", {240, 320, 700}, {0.48, 0.64, 0.6}},
