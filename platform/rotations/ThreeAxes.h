@@ -124,10 +124,12 @@ NearestAngles nearestOfCircles(const CirclePair& circles);
 ///          polynomial of degree two, whose roots are isolated by bounds on its derivatives.
 /// @errors  Empty when a direction is null or a value is not finite, or the target misses the
 ///          reachable points by more than kReachOfSize. The turned `from` misses `to` by at most
-///          1e-13 of the size plus the miss of an unreachable target. Lines 2 and 3 count as
-///          parallel within kOnAxis.
-/// @cost    Parallel lines 2 and 3: eight arc tangents, three square roots for four triples. Else
-///          some microseconds, as for missMm of an empty list. No allocation.
+///          1e-13 of the size plus what the target misses the limits of shoulder and elbow by, each
+///          up to kReachOfSize. Lines 2 and 3 count as parallel within kOnAxis. Where the
+///          roots of shoulder and elbow meet at once (point next to line 2, equal links, lines 1
+///          and 2 meeting) and lines 2 and 3 are not quite parallel, triples may be missing.
+/// @cost    Parallel lines 2 and 3: eight arc tangents, four square roots for four triples. Else
+///          some microseconds, and ten for missMm of an empty list. No allocation.
 class ThreeAxes {
  public:
   ThreeAxes(const Vec3& from, const Line& line1, const Line& line2, const Line& line3);

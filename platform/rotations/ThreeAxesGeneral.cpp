@@ -118,16 +118,53 @@ struct PlaneCircle {
   }
 };
 
-/// The derivatives of height and squares at a meeting, by lengths along the circles, so that a
-/// small circle counts as much as a large one; in mm.
-struct Slopes {
-  double height1, height3, squares1, squares3;
+/// An equation around a pair of angles, up to the second order, in their scaled differences.
+struct Local {
+  double value, by1, by3, by11, by33;
 
-  Slopes(const Meeting& m, double scale1, double scale3, double perSquare)
-      : height1(-m.y.slope[2] * scale1),
-        height3(m.x.slope[2] * scale3),
-        squares1(-2 * dotAcross(m.y.point, m.y.slope) * scale1 * perSquare),
-        squares3(2 * dotAcross(m.x.point, m.x.slope) * scale3 * perSquare) {}
+  double slopeSq() const { return by1 * by1 + by3 * by3; }
+};
+
+Local localHeights(const Meeting& m, double scale1, double scale3) {
+  return {m.height, -m.y.slope[2] * scale1, m.x.slope[2] * scale3, m.y.arm[2] * scale1 * scale1,
+          -m.x.arm[2] * scale3 * scale3};
+}
+
+Local localSquares(const Meeting& m, double scale1, double scale3, double perSquare) {
+  const OnCircle &x = m.x, &y = m.y;
+  const double curve1 = dotAcross(y.slope, y.slope) - dotAcross(y.point, y.arm);
+  const double curve3 = dotAcross(x.slope, x.slope) - dotAcross(x.point, x.arm);
+  return {perSquare * m.squares, -2 * perSquare * scale1 * dotAcross(y.point, y.slope),
+          2 * perSquare * scale3 * dotAcross(x.point, x.slope),
+          -2 * perSquare * scale1 * scale1 * curve1, 2 * perSquare * scale3 * scale3 * curve3};
+}
+
+/// Where `good` is 0 next to a pair of angles, `other` is a parabola along it.
+struct Parabola {
+  double n1, n3;           ///< Along good = 0.
+  double g1, g3;           ///< Across, to good = 0 for a step along.
+  double good, goodCurve;  ///< Over the slope, squared.
+  double value, slope, curve;
+
+  Parabola(const Local& a, const Local& b) {
+    const double slopeSq = a.slopeSq(), norm = std::sqrt(slopeSq);
+    n1 = -a.by3 / norm;
+    n3 = a.by1 / norm;
+    g1 = a.by1;
+    g3 = a.by3;
+    const double bend = a.by11 * n1 * n1 + a.by33 * n3 * n3;
+    const double share = (b.by1 * g1 + b.by3 * g3) / slopeSq;
+    good = a.value / slopeSq;
+    goodCurve = bend / slopeSq;
+    value = b.value - share * a.value;
+    slope = (b.by1 - share * g1) * n1 + (b.by3 - share * g3) * n3;
+    curve = (b.by11 * n1 * n1 + b.by33 * n3 * n3) - share * bend;
+  }
+
+  Pair at(double step, const Pair& p, double scale1, double scale3) const {
+    const double back = -(good + 0.5 * goodCurve * step * step);
+    return {p.a1 + (step * n1 + back * g1) * scale1, p.a3 + (step * n3 + back * g3) * scale3};
+  }
 };
 
 class Search {
@@ -150,6 +187,8 @@ class Search {
   void runPoints(const Equation& n1, const Equation& n2, double sure);
   void runWholeCircle(const PlaneCircle& circle);
   void split(const Pair& near);
+  void splitConics(const Pair& near);
+  void runNearest();
   Pair polished(Pair p) const;
   bool improve(Pair& p, Meeting& m) const;
   void add(const Pair& start);
@@ -164,19 +203,19 @@ class Search {
 
 /// One step by the derivatives, shortened until it helps.
 bool Search::improve(Pair& p, Meeting& m) const {
-  const Slopes s(m, scale1_, scale3_, m.radii > 0 ? 1 / m.radii : 0.0);
-  const double h = -m.height, r = -m.radius();
-  const double det = s.height1 * s.squares3 - s.height3 * s.squares1;
-  const double norm1 = s.height1 * s.height1 + s.squares1 * s.squares1;
-  const double norm3 = s.height3 * s.height3 + s.squares3 * s.squares3;
+  const Local h = localHeights(m, scale1_, scale3_);
+  const Local r = localSquares(m, scale1_, scale3_, m.radii > 0 ? 1 / m.radii : 0.0);
+  const double det = h.by1 * r.by3 - h.by3 * r.by1;
+  const double norm1 = h.by1 * h.by1 + r.by1 * r.by1;
+  const double norm3 = h.by3 * h.by3 + r.by3 * r.by3;
   double b1 = 0, b3 = 0;
   if (std::fabs(det) > 1e-14 * std::sqrt(norm1 * norm3)) {
-    b1 = (h * s.squares3 - r * s.height3) / det;
-    b3 = (s.height1 * r - s.squares1 * h) / det;
+    b1 = (h.by3 * r.value - r.by3 * h.value) / det;
+    b3 = (r.by1 * h.value - h.by1 * r.value) / det;
   } else if (norm1 > norm3) {
-    b1 = (h * s.height1 + r * s.squares1) / norm1;
+    b1 = -(h.value * h.by1 + r.value * r.by1) / norm1;
   } else if (norm3 > 0) {
-    b3 = (h * s.height3 + r * s.squares3) / norm3;
+    b3 = -(h.value * h.by3 + r.value * r.by3) / norm3;
   }
   const double before = m.missMm();
   for (double share = 1.0; share > 0.01; share *= 0.25) {
@@ -253,52 +292,63 @@ void Search::split(const Pair& near) {
   Pair p = near;
   for (int i = 0; i < 3; ++i) {
     const Meeting m(c_, p.a1, p.a3);
-    const double perSquare = 1 / c_.size;
-    const Slopes s(m, scale1_, scale3_, perSquare);
-    // Second derivatives.
-    const double height11 = m.y.arm[2] * scale1_ * scale1_;
-    const double height33 = -m.x.arm[2] * scale3_ * scale3_;
-    const double squares11 = -2 * perSquare * scale1_ * scale1_ *
-                             (dotAcross(m.y.slope, m.y.slope) - dotAcross(m.y.point, m.y.arm));
-    const double squares33 = 2 * perSquare * scale3_ * scale3_ *
-                             (dotAcross(m.x.slope, m.x.slope) - dotAcross(m.x.point, m.x.arm));
-
-    const double heightSq = s.height1 * s.height1 + s.height3 * s.height3;
-    const double squaresSq = s.squares1 * s.squares1 + s.squares3 * s.squares3;
-    const bool isHeight = heightSq >= squaresSq;
-    const double gradSq = isHeight ? heightSq : squaresSq;
-    if (!(gradSq > 0)) return add(p);
-    const double g1 = isHeight ? s.height1 : s.squares1, g3 = isHeight ? s.height3 : s.squares3;
-    const double o1 = isHeight ? s.squares1 : s.height1, o3 = isHeight ? s.squares3 : s.height3;
-    const double good = isHeight ? m.height : m.squares * perSquare;
-    const double other = isHeight ? m.squares * perSquare : m.height;
-    const double good11 = isHeight ? height11 : squares11, good33 = isHeight ? height33 : squares33;
-    const double other11 = isHeight ? squares11 : height11,
-                 other33 = isHeight ? squares33 : height33;
-
-    const double norm = std::sqrt(gradSq);
-    const double n1 = -g3 / norm, n3 = g1 / norm;
-    const double share = (o1 * g1 + o3 * g3) / gradSq;
-    const double goodN = good11 * n1 * n1 + good33 * n3 * n3;
-    const double value = other - share * good;
-    const double slope = (o1 - share * g1) * n1 + (o3 - share * g3) * n3;
-    const double curve = (other11 * n1 * n1 + other33 * n3 * n3) - share * goodN;
-    const auto moved = [&](double step) {
-      const double back = -(good + 0.5 * goodN * step * step) / gradSq;
-      return Pair{p.a1 + (step * n1 + back * g1) * scale1_,
-                  p.a3 + (step * n3 + back * g3) * scale3_};
-    };
-    if (curve == 0) return add(p);
-    const double middle = -slope / curve;
+    const Local h = localHeights(m, scale1_, scale3_);
+    const Local s = localSquares(m, scale1_, scale3_, 1 / c_.size);
+    const bool isHeight = h.slopeSq() >= s.slopeSq();
+    if (!((isHeight ? h : s).slopeSq() > 0)) return add(p);
+    const Parabola along(isHeight ? h : s, isHeight ? s : h);
+    if (along.curve == 0) return add(p);
+    const double middle = -along.slope / along.curve;
+    const auto at = [&](double step) { return along.at(step, p, scale1_, scale3_); };
     if (i < 2) {  // onto the good equation and to the top of the parabola
-      p = moved(middle);
+      p = at(middle);
       continue;
     }
-    const double apart = std::sqrt(std::max(slope * slope - 2 * value * curve, 0.0)) / curve;
-    add(moved(middle + apart));
-    add(moved(middle - apart));
-    if (list_.count == 0) add(moved(middle));
+    const double square = along.slope * along.slope - 2 * along.value * along.curve;
+    const double apart = std::sqrt(std::max(square, 0.0)) / along.curve;
+    add(at(middle + apart));
+    add(at(middle - apart));
+    if (list_.count == 0) add(at(middle));
   }
+}
+
+/// Up to four solutions that are close: both equations are conics there. One sum of them is a
+/// circle, on which another one, a hyperbola, is a trigonometric polynomial.
+void Search::splitConics(const Pair& p) {
+  const Meeting m(c_, p.a1, p.a3);
+  const Local h = localHeights(m, scale1_, scale3_);
+  const Local s = localSquares(m, scale1_, scale3_, 1 / c_.size);
+  const double det = h.by11 * s.by33 - h.by33 * s.by11;
+  if (det == 0) return;
+  const auto sum = [&](double square3) {  // b1^2 + square3 * b3^2 + ...
+    const double ofH = 2 * (s.by33 - square3 * s.by11) / det;
+    const double ofS = 2 * (square3 * h.by11 - h.by33) / det;
+    return Local{ofH * h.value + ofS * s.value, ofH * h.by1 + ofS * s.by1,
+                 ofH * h.by3 + ofS * s.by3, 2, 2 * square3};
+  };
+  const Local circle = sum(1), hyperbola = sum(-1);
+  const double m1 = -0.5 * circle.by1, m3 = -0.5 * circle.by3;
+  const double r = std::sqrt(std::max(m1 * m1 + m3 * m3 - circle.value, 0.0));
+  TrigPolynomial f{hyperbola.value + (m1 + hyperbola.by1) * m1 + (hyperbola.by3 - m3) * m3,
+                   r * (2 * m1 + hyperbola.by1), r * (hyperbola.by3 - 2 * m3), r * r, 0};
+  const double largest = f.largest();
+  if (!(largest > 0)) return;
+  f.divide(largest);
+  for (const TrigPolynomial::Root& root : f.roots(1e-9)) {
+    const SinCos a = sinCos(root.angle);
+    add({p.a1 + (m1 + r * a.cos) * scale1_, p.a3 + (m3 + r * a.sin) * scale3_});
+  }
+}
+
+/// Nothing was found on the whole circle. What is next to the target may be a solution all the
+/// same, where rounding of the polynomial counts as much as its values.
+void Search::runNearest() {
+  const NearestAngles near = nearestOfCircles(c_);
+  if (near.missMm > 1e-6 * c_.size) return;
+  const Pair p{near.angles.a1, near.angles.a3};
+  add(p);
+  if (list_.count == 0) split(p);
+  if (list_.count == 0) splitConics(p);
 }
 
 /// The other angle is free: an equation for the one that is left.
@@ -387,6 +437,7 @@ ThreeAnglesList Search::run() {
       }
     }
   }
+  if (list_.count == 0) runNearest();
   return list_;
 }
 

@@ -80,6 +80,16 @@ void expectFound(const Arm& arm, const ThreeAnglesList& found, const ThreeAngles
   expectNoneWrong(arm, found, to);
 }
 
+/// The third angle that stretches the elbow of parallel lines 2 and 3.
+double stretchedAngle(const Arm& arm) {
+  const Vec3 k = unit(arm.l2.direction);
+  const auto across = [&](const Vec3& v) { return minus(v, scaled(k, dot(v, k))); };
+  const Vec3 upper = across(minus(arm.l3.point, arm.l2.point));
+  const Vec3 fore = across(minus(arm.from, arm.l3.point));
+  const double bend = std::atan2(dot(k, cross(upper, fore)), dot(upper, fore));
+  return dot(arm.l2.direction, arm.l3.direction) < 0 ? bend : -bend;
+}
+
 constexpr int kEach = 200;
 const auto kDistances =
     testing::Values(0.0, 1e-15, 1e-13, 1e-12, 1e-11, 1e-9, 1e-7, 1e-6, 1e-5, 1e-4, 1e-3);
@@ -131,6 +141,19 @@ TEST_P(NextToTheLine, PointsAroundTheSecondAreReached) {
       const Vec3 to = arm.at(made.a1, made.a2, made.a3);
       expectFound(arm, arm.to(to), {made.a1, unlessClose(made.a2), made.a3}, to, tolerance());
     }
+  }
+}
+
+TEST_P(NextToTheLine, PointsAroundTheSecondAreReachedWhereItMeetsTheFirst) {
+  // The shoulder's sides are one there, and the elbow of equal links is folded.
+  Dice dice(15);
+  for (int i = 0; i < kEach; ++i) {
+    Arm arm = placed(usualArm(0, 0, 300, 300), dice.direction(), dice.angle(), dice.point(500));
+    arm.from = turnedBack(arm.l3, beside(arm.l2, GetParam() * 500, dice), dice.angle());
+    const Vec3 to = arm.at(dice.angle(), dice.angle(), stretchedAngle(arm) + kPi);
+    const ThreeAnglesList found = arm.to(to);
+    EXPECT_GE(found.count, 1);
+    expectNoneWrong(arm, found, to);
   }
 }
 
@@ -186,16 +209,6 @@ TEST(FreeAngle, BeginsAtTheTolerance) {
 // --- Folds
 
 class NextToTheFold : public testing::TestWithParam<double> {};
-
-/// The third angle that stretches the elbow of parallel lines 2 and 3.
-double stretchedAngle(const Arm& arm) {
-  const Vec3 k = unit(arm.l2.direction);
-  const auto across = [&](const Vec3& v) { return minus(v, scaled(k, dot(v, k))); };
-  const Vec3 upper = across(minus(arm.l3.point, arm.l2.point));
-  const Vec3 fore = across(minus(arm.from, arm.l3.point));
-  const double bend = std::atan2(dot(k, cross(upper, fore)), dot(upper, fore));
-  return dot(arm.l2.direction, arm.l3.direction) < 0 ? bend : -bend;
-}
 
 TEST_P(NextToTheFold, BothElbowsAreFound) {
   Dice dice(6);
@@ -266,7 +279,7 @@ struct Edge {
   Vec3 outward;  ///< the direction in which it is left.
 };
 
-class AtTheEdge : public testing::TestWithParam<Edge> {
+class AtTheElbowsEdge : public testing::TestWithParam<Edge> {
  protected:
   const Arm arm_ = usualArm(0, 0, 300, 200);
 
@@ -275,7 +288,7 @@ class AtTheEdge : public testing::TestWithParam<Edge> {
   }
 };
 
-TEST_P(AtTheEdge, WithinTheReachTheElbowIsFlat) {
+TEST_P(AtTheElbowsEdge, WithinTheReachTheElbowIsFlat) {
   for (const double share : {0.0, 1e-15, 1e-14, 1e-13, 0.9e-12}) {
     const ThreeAnglesList found = beyond(share);
     EXPECT_EQ(found.count, 2) << share;
@@ -286,7 +299,7 @@ TEST_P(AtTheEdge, WithinTheReachTheElbowIsFlat) {
   }
 }
 
-TEST_P(AtTheEdge, BeyondTheReachIsNone) {
+TEST_P(AtTheElbowsEdge, BeyondTheReachIsNone) {
   for (const double share : {1.1e-12, 1e-9, 1e-6, 1e-3}) {
     const ThreeAnglesList found = beyond(share);
     EXPECT_EQ(found.count, 0) << share;
@@ -294,14 +307,14 @@ TEST_P(AtTheEdge, BeyondTheReachIsNone) {
   }
 }
 
-TEST_P(AtTheEdge, InsideAreFour) {
+TEST_P(AtTheElbowsEdge, InsideAreFour) {
   for (const double share : {1e-12, 1e-9, 1e-6, 1e-3}) {
     const ThreeAnglesList found = beyond(-share);
     EXPECT_EQ(found.count, 4) << share;
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(ThreeAxes, AtTheEdge,
+INSTANTIATE_TEST_SUITE_P(ThreeAxes, AtTheElbowsEdge,
                          testing::Values(Edge{"Stretched", {300, 400, 400}, {0.6, 0.8, 0}},
                                          Edge{
                                              "StretchedAslant", {240, 320, 700}, {0.48, 0.64, 0.6}},
