@@ -408,8 +408,14 @@ std::string awkwardFile(int lines, std::uint64_t seed) {
   return file;
 }
 
-TEST(ZrnScanning, AMillionAwkwardLinesAreTakenApartAsTheCLibraryDoes) {
-  const std::string file = awkwardFile(1'000'000, 5);
+#ifdef KORVO_SANITIZED  // a line takes many times as long, and a fuzz target reads as many
+constexpr int kAwkwardLines = 100'000;
+#else
+constexpr int kAwkwardLines = 1'000'000;
+#endif
+
+TEST(ZrnScanning, AwkwardLinesAreTakenApartAsTheCLibraryDoes) {
+  const std::string file = awkwardFile(kAwkwardLines, 5);
   const Stream our = streamOf(file);
   const Stream their = streamOf(file);
   Line line;
@@ -429,12 +435,12 @@ TEST(ZrnScanning, AMillionAwkwardLinesAreTakenApartAsTheCLibraryDoes) {
   }
   EXPECT_FALSE(line.read(our.get()));
   // That the lines are worth it: some of everything.
-  EXPECT_GE(count, 1'000'000);
-  EXPECT_GT(headers, 100'000);
-  EXPECT_GT(values, 50'000);
-  EXPECT_GT(names, 30'000);
-  EXPECT_GT(pieces, 500);
-  EXPECT_GT(quadruples, 100'000);
+  EXPECT_GE(count, kAwkwardLines);
+  EXPECT_GT(headers, kAwkwardLines / 10);
+  EXPECT_GT(values, kAwkwardLines / 20);
+  EXPECT_GT(names, kAwkwardLines / 40);
+  EXPECT_GT(pieces, kAwkwardLines / 2500);
+  EXPECT_GT(quadruples, kAwkwardLines / 10);
 }
 
 TEST(ZrnScanning, SaysTheSameUnderADecimalComma) {
