@@ -19,7 +19,7 @@ struct Word {
 constexpr Word kWords[] = {
     {Engine::library, "library", "the library itself"},
     {Engine::external, "external",
-     "the machine made into one of the external kinematics library, which computes"},
+     "the external kinematics library, by the machine made into one of its own"},
 };
 
 const Word& rowOf(Engine engine) {

@@ -11,6 +11,7 @@
 
 #include "geometry/GeometryFile.h"
 #include "geometry/ZrnTriangles.h"
+#include "tests/support/HasFaces.h"
 #include "toolkit/Machine.h"
 #include "toolkit/Text.h"
 
@@ -25,12 +26,6 @@ using zkin::KMachineElem;
 
 namespace fs = std::filesystem;
 using Triangles = std::vector<UTri>;
-
-#if defined(KORVO_SOLIDRA_none)
-constexpr bool kHasFaces = false;  ///< Whether .zrn files, which hold faces, give triangles.
-#else
-constexpr bool kHasFaces = true;
-#endif
 
 const fs::path kGeometry = fs::path(KORVO_MACHINES) / "geometry";
 

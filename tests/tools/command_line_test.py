@@ -14,6 +14,8 @@ import jsonschema
 
 KORVO = os.environ["KORVO"]
 SCHEMAS = os.environ["KORVO_SCHEMAS"]
+# Without a mesher the faces of .zrn files give no triangles.
+HAS_FACES = os.environ["KORVO_SOLIDRA"] != "none"
 ANSWERED, NO, USAGE, REFUSED = 0, 1, 2, 3
 
 # A trunnion: C under the part on the cradle A, whose axis lies 50 mm above the table.

@@ -1,7 +1,7 @@
 """`--engine external`: the machine made into one of the external library answers alike."""
 import os
 
-from command_line_test import SCHEMAS, USAGE
+from command_line_test import HAS_FACES, SCHEMAS, USAGE
 from inverse_test import Examples, Inverse, InverseCommandLine
 from mesh_test import Mesh
 
@@ -116,7 +116,7 @@ class ExternalMesh(Mesh):
                 at = ("--at", AT[name])
                 theirs = self.mesh("a.stl", *at)
                 ours = self.mesh("b.stl", *at, "--engine", "library")
-                self.assertGreater(len(ours["bodies"]), 5)
+                self.assertGreater(len(ours["bodies"]), 5 if HAS_FACES else 3)
                 for a, b in zip(theirs["bodies"], ours["bodies"], strict=True):
                     for end in ("min", "max"):
                         self.assert_near(a["box"].pop(end), b["box"].pop(end), 1e-9)
