@@ -14,10 +14,10 @@ using zgeo::UVec3d;
 using zkin::KMachine;
 
 constexpr double kDegree = std::numbers::pi / 180.0;
-constexpr double kCoarse = 5.0;      // half widths of cells, degrees
+constexpr double kCoarse = 5.0;  // half widths of cells, degrees
 constexpr double kFine = 0.2;
 constexpr std::size_t kMost = 60000;
-constexpr double kFlat = 3e-3;       // share below which branches nearly meet
+constexpr double kFlat = 3e-3;  // share below which branches nearly meet
 constexpr int kBends = 1440;
 
 void put(const Values& values, zkin::KMachineValueBase& v) {

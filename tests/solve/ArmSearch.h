@@ -49,7 +49,8 @@ class ArmSearch {
   Values held_;
   std::array<double, 3> reach_{};  ///< How far the centre is from each line at most, mm.
   std::vector<Cell> first_;
-  std::vector<double> bends_;  ///< Cosine between fourth and last axis at bends_[i] = i / 4 degrees.
+  std::vector<double>
+      bends_;  ///< Cosine between fourth and last axis at bends_[i] = i / 4 degrees.
   mutable Position position_;
 };
 

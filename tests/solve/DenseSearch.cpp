@@ -18,14 +18,14 @@ using zkin::KMachineValueBase;
 constexpr double kDegree = std::numbers::pi / 180.0;
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-constexpr double kCoarse = 2.0;          // half widths of cells, degrees
+constexpr double kCoarse = 2.0;  // half widths of cells, degrees
 constexpr double kFine = 0.02;
-constexpr std::size_t kSuspect = 4000;   // cells: a curve of solutions, or a narrow turn
+constexpr std::size_t kSuspect = 4000;  // cells: a curve of solutions, or a narrow turn
 constexpr std::size_t kMost = 60000;
-constexpr double kReachable = 1e-9;      // rad: what a solver lets a direction miss
-constexpr double kRounding = 1e-13;      // rad
-constexpr double kFlat = 1e-3;           // least singular value where branches stand apart
-constexpr double kDependent = 1e-6;      // volume of the linear directions
+constexpr double kReachable = 1e-9;  // rad: what a solver lets a direction miss
+constexpr double kRounding = 1e-13;  // rad
+constexpr double kFlat = 1e-3;       // least singular value where branches stand apart
+constexpr double kDependent = 1e-6;  // volume of the linear directions
 
 double turnApart(double a, double b) { return std::abs(std::remainder(a - b, 360.0)); }
 

@@ -17,10 +17,10 @@ Target tipAt(const zkin::KMachine& machine, const Values& values);
 /// A position that the search found, and how sure its numbers are.
 struct Found {
   Values values{};
-  double tolerance = 0.0;        ///< Of rotary values, degrees.
-  double tolerancePerMm = 0.0;   ///< Of linear values, mm for each mm of the machine's size.
-  bool isCarried = false;        ///< The linear values are determined; else only the rotary ones.
-  bool isAtEdge = false;         ///< Within the tolerance of a limit or of the reachable directions.
+  double tolerance = 0.0;       ///< Of rotary values, degrees.
+  double tolerancePerMm = 0.0;  ///< Of linear values, mm for each mm of the machine's size.
+  bool isCarried = false;       ///< The linear values are determined; else only the rotary ones.
+  bool isAtEdge = false;        ///< Within the tolerance of a limit or of the reachable directions.
 };
 
 /// All positions of a machine that reach a target, by a search that knows nothing of the machine's
@@ -73,8 +73,8 @@ class DenseSearch {
   };
   struct Lowest {
     Angles angles{};
-    double miss = 0.0;    ///< Radians.
-    double least = 0.0;   ///< Least singular value of the derivative.
+    double miss = 0.0;   ///< Radians.
+    double least = 0.0;  ///< Least singular value of the derivative.
   };
 
   struct Turn {

@@ -112,10 +112,11 @@ TEST(JointChain, IsTheLibrarysForwardOnTheExamplesBitByBit) {
 KMachine smallMachine(int tool = 1) {
   const TempDir folder;
   KMachine machine;
-  machine.setDataFilePNE(folder.write("m.def",
-                                      "frame\naxis=X,1,1,1,0\nlimits=X,-5,7\npart=x,y,0,0,0\n"
-                                      "lien=BATI\nrotation=C,6,z,0,0,10,0,0\ncoursemaximum=C,90\n"
-                                      "tool=3,0,4,20,0,0\n")
+  machine.setDataFilePNE(folder
+                             .write("m.def",
+                                    "frame\naxis=X,1,1,1,0\nlimits=X,-5,7\npart=x,y,0,0,0\n"
+                                    "lien=BATI\nrotation=C,6,z,0,0,10,0,0\ncoursemaximum=C,90\n"
+                                    "tool=3,0,4,20,0,0\n")
                              .wstring(),
                          1);
   machine.readDataFile();
@@ -174,9 +175,10 @@ TEST(JointChain, IsCoupledWhenOneValueMovesTwoJoints) {
 TEST(JointChain, LeavesOutAnAxisWithoutAValue) {
   const TempDir folder;
   KMachine machine;
-  machine.setDataFilePNE(folder.write("m.def",
-                                      "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,x\n"
-                                      "rotation=C,-50,z,0,0,10,0,0\ntool=z,20,0,0\n")
+  machine.setDataFilePNE(folder
+                             .write("m.def",
+                                    "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,x\n"
+                                    "rotation=C,-50,z,0,0,10,0,0\ntool=z,20,0,0\n")
                              .wstring(),
                          1);
   machine.readDataFile();

@@ -80,8 +80,8 @@ int turnsInside(const KMachineElem& axis, double degrees, double start) {
   const bool isEndless = !axis.hasMin() || !axis.hasMax();
   const double low = isEndless ? start - 360 : axis.getMin();
   const double high = isEndless ? start + 360 : axis.getMax();
-  return static_cast<int>(std::floor((high - degrees) / 360) -
-                          std::ceil((low - degrees) / 360)) + 1;
+  return static_cast<int>(std::floor((high - degrees) / 360) - std::ceil((low - degrees) / 360)) +
+         1;
 }
 
 class ArmAsked {
@@ -164,9 +164,9 @@ class ArmAsked {
     for (const Solution& s : out_) {
       std::size_t turns = 1;
       for (std::size_t i = 0; i < 6; ++i) {
-        turns *= static_cast<std::size_t>(
-            std::max(0, turnsInside(*machine_->getAxisElem(static_cast<int>(i) + 1), s.values[i],
-                                    start[i])));
+        turns *= static_cast<std::size_t>(std::max(
+            0,
+            turnsInside(*machine_->getAxisElem(static_cast<int>(i) + 1), s.values[i], start[i])));
       }
       expected += turns;
     }
@@ -248,13 +248,12 @@ TEST_P(SolverArm, GivesThePositionThatMadeAFrameOrADirection) {
 INSTANTIATE_TEST_SUITE_P(
     Arms, SolverArm,
     testing::Values(Make{"Usual", {.isUsual = true, .isCoaxial = true}},
-                    Make{"UsualWithLimits", {.isUsual = true, .hasLimits = true}},
-                    Make{"Any", {}}, Make{"AnyCoaxial", {.isCoaxial = true}},
-                    Make{"AnyWithLimits", {.hasLimits = true}},
-                    Make{"OnARail", {.hasRail = true}},
+                    Make{"UsualWithLimits", {.isUsual = true, .hasLimits = true}}, Make{"Any", {}},
+                    Make{"AnyCoaxial", {.isCoaxial = true}},
+                    Make{"AnyWithLimits", {.hasLimits = true}}, Make{"OnARail", {.hasRail = true}},
                     Make{"WithATable", {.hasTable = true, .isCoaxial = true}},
-                    Make{"OnARailWithATable", {.hasRail = true, .hasTable = true,
-                                               .hasLimits = true}}),
+                    Make{"OnARailWithATable",
+                         {.hasRail = true, .hasTable = true, .hasLimits = true}}),
     [](const auto& make) { return std::string(make.param.name); });
 
 }  // namespace

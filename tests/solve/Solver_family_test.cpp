@@ -78,8 +78,8 @@ FamilyCase caseOf(Free free, Dice& dice) {
     one.start[i] = dice.between(-250, 250);
   }
   const UVec3d axis1 = anyDirection(dice);
-  const UVec3d axis2 = free == Free::both ? axis1 * (dice.oneIn(2) ? 1.0 : -1.0)
-                                          : anyDirection(dice);
+  const UVec3d axis2 =
+      free == Free::both ? axis1 * (dice.oneIn(2) ? 1.0 : -1.0) : anyDirection(dice);
   MachineLines lines{{}, linearXyz(), anyDirection(dice), anyPoint(dice)};
   if (free == Free::first) lines.toolDirection = turned(axis1, axis2, -one.made[kB]);
   if (free == Free::second) lines.toolDirection = axis2;
@@ -146,8 +146,8 @@ double scannedDistance(const FamilyCase& one, const DenseSearch& search, const T
   return -1.0;
 }
 
-/// Whether the position that made the target is one that is listed: of axes without both limits only
-/// the turns within one turn of the start are.
+/// Whether the position that made the target is one that is listed: of axes without both limits
+/// only the turns within one turn of the start are.
 bool isMadeListed(const FamilyCase& one) {
   const int last = one.machine->getAxisNum();
   for (std::size_t i = kB; i < static_cast<std::size_t>(last); ++i) {

@@ -213,7 +213,8 @@ const char* const kTableHead =
 
 std::string toText(const Row& r) {
   char text[300];
-  std::snprintf(text, sizeof text, "| %s | %d | %d | %d | %d | %d | %d | %d | %d | %d | %.1e | %.1e |\n",
+  std::snprintf(text, sizeof text,
+                "| %s | %d | %d | %d | %d | %d | %d | %d | %d | %d | %.1e | %.1e |\n",
                 r.name.c_str(), r.machines, r.targets, r.found, r.missing, r.wrong, r.twice,
                 r.atEdge, r.dependent, r.continua, r.pointMm, r.directionRad);
   return text;
@@ -249,8 +250,8 @@ TEST_P(SolverProof, EveryPositionThatADenseSearchFindsIsListedAndNoOther) {
     if (rows[k].machines == 0) continue;
     rows[k].name = std::string(nameOf(GetParam())) + ", " + toString(kKinds[k]);
     table_ += toText(rows[k]);
-    EXPECT_EQ(rows[k].missing + rows[k].wrong + rows[k].twice, 0) << toText(rows[k])
-                                                                  << rows[k].first;
+    EXPECT_EQ(rows[k].missing + rows[k].wrong + rows[k].twice, 0)
+        << toText(rows[k]) << rows[k].first;
     EXPECT_GT(rows[k].found, rows[k].machines);
   }
 }

@@ -64,9 +64,12 @@ enum class Pair {
   almostOntoAxis  ///< The tool misses the first axis by 1e-10 to 1e-3 rad.
 };
 constexpr int kPairs = 6;
-const char* const kPairNames[kPairs] = {"square",         "nutating",
-                                        "skew, onto the axis", "skew, two edges",
-                                        "almost parallel axes", "almost onto the axis"};
+const char* const kPairNames[kPairs] = {"square",
+                                        "nutating",
+                                        "skew, onto the axis",
+                                        "skew, two edges",
+                                        "almost parallel axes",
+                                        "almost onto the axis"};
 
 struct Directions {
   UVec3d axis1, axis2, tool;
@@ -183,12 +186,17 @@ double apart(const Solution& a, const Solution& b) {
 class NextToEdges {
  public:
   NextToEdges(const Directions& d, Dice& dice, Row& row)
-      : directions_(d), dice_(dice), row_(row), lines_(linesOf(d, dice, kLimit)),
-        kmachine_(lines_.load()), solver_(Machine(*kmachine_)) {}
+      : directions_(d),
+        dice_(dice),
+        row_(row),
+        lines_(linesOf(d, dice, kLimit)),
+        kmachine_(lines_.load()),
+        solver_(Machine(*kmachine_)) {}
 
   void ask(const Edge& edge) {
-    const double away = std::min(1e-2, edge.width / 20) *
-                        std::min(1.0, std::sin(radiansBetween(directions_.axis1, directions_.axis2)));
+    const double away =
+        std::min(1e-2, edge.width / 20) *
+        std::min(1.0, std::sin(radiansBetween(directions_.axis1, directions_.axis2)));
     double inside = std::pow(10.0, dice_.between(-15, std::log10(away / 5)));
     if (dice_.oneIn(8)) inside = 0.0;
     const double toAxis = std::min(edge.angle, pi - edge.angle);
@@ -239,7 +247,8 @@ class NextToEdges {
     row_.pointMm = std::max(row_.pointMm, pointMm / size);
     if (pointMm > 1e-9 * size) fault(row_.wrong, "point missed");
     // Outside the reach, by no more than is allowed, nothing is nearer than the edge.
-    if (rad > std::max(1e-10, isOutside_ ? 1.0001 * kReach : 0.0)) fault(row_.wrong, "direction missed");
+    if (rad > std::max(1e-10, isOutside_ ? 1.0001 * kReach : 0.0))
+      fault(row_.wrong, "direction missed");
     row_.directionRad = std::max(row_.directionRad, isOutside_ ? 0.0 : rad);
   }
 
@@ -274,8 +283,8 @@ class NextToEdges {
     std::size_t expected = 0;
     for (const Solution& s : here_) {
       const int first = turnsInside(s.values[kFirst]);
-      expected += static_cast<std::size_t>(turnsInside(s.values[kSecond]) *
-                                           (s.isFamily() ? 1 : first));
+      expected +=
+          static_cast<std::size_t>(turnsInside(s.values[kSecond]) * (s.isFamily() ? 1 : first));
     }
     if (kept_.size() < expected) fault(row_.lost, "turns");
     if (kept_.size() > expected) fault(row_.wrong, "turns");

@@ -72,8 +72,8 @@ class Drawing {
     points[0] = {};
     points[1] = x * offset(250) + y * lateral() + z * dice_.between(200, 700);
     points[2] = points[1] + upper * dice_.between(300, 1200) + y * lateral();
-    centre = points[2] + along_ * dice_.between(250, 1100) + (along_ ^ y) * offset(150) +
-             y * lateral();
+    centre =
+        points[2] + along_ * dice_.between(250, 1100) + (along_ ^ y) * offset(150) + y * lateral();
   }
 
   void drawWrist() {
@@ -82,8 +82,8 @@ class Drawing {
     const double angle56 = isSquare || dice_.oneIn(2) ? angle45 : dice_.between(0.6, 2.5);
     directions[3] = along_;
     directions[4] = besides(along_, angle45, dice_);
-    directions[5] = turned(besides(directions[4], angle56, dice_), directions[4],
-                           dice_.between(-pi, pi));
+    directions[5] =
+        turned(besides(directions[4], angle56, dice_), directions[4], dice_.between(-pi, pi));
     for (std::size_t i = 3; i < 6; ++i) points[i] = centre;
   }
 
