@@ -240,7 +240,7 @@ class ArmPlace {
                         turnApart(beside.values[1], pair.beside[1]) < near &&
                         turnApart(beside.values[2], pair.beside[2]) < near;
     const double wrist = wristAt(beside.values);
-    const bool isWristClear = std::min(wrist, wristAt(pair.near)) > 0.35;
+    const bool isWristClear = wrist > 0.35 && (place_ != Place::elbow || wristAt(pair.near) > 0.35);
     const bool isElbowClear = beside.singular.elbowRad > 0.35;
     const bool isShoulderClear = std::abs(beside.singular.shoulderMm) > 60;
     if (place_ == Place::wrist && !isMade && !isWristClear) return;

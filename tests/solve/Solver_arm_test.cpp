@@ -133,8 +133,38 @@ class ArmAsked {
     if (miss.directionRad > 1e-10) row_.fault(row_.wrong, "direction missed", arm_.text);
   }
 
+  UVec3d centreAt(const Values& values) const {
+    return machine_->getMatrix(*positionOf(*machine_, {values.begin(), values.end()}),
+                               SphericalArm::jointOf(*machine_, 2)) *
+           arm_.centre;
+  }
+
+  UVec3d axisAt(const Values& values, int joint) const {
+    UVec3d direction;
+    machine_->getElemAxis(*positionOf(*machine_, {values.begin(), values.end()}), joint + 1,
+                          direction);
+    return direction;
+  }
+
+  /// How far a position is from the nearest singular one: what the last three axes span and what
+  /// the first three move the wrist centre by, as shares of the most.
+  double regularity(const Values& values) const {
+    UVec3d way[3];
+    for (std::size_t i = 0; i < 3; ++i) {
+      Values more = values, less = values;
+      more[i] += 1e-3, less[i] -= 1e-3;
+      way[i] = centreAt(more) - centreAt(less);
+    }
+    const double size = way[0].norm() * way[1].norm() * way[2].norm();
+    const double shoulder = std::abs(way[0] * (way[1] ^ way[2])) / std::max(size, 1e-12);
+    const double wrist = std::abs(axisAt(values, 3) * (axisAt(values, 4) ^ axisAt(values, 5)));
+    return shoulder * wrist;
+  }
+
+  /// Within 1e-6 degrees, or what rounding makes of a position next to a singular one.
   void expectMade(const Values& made) {
-    const auto isMade = [&](const Solution& s) { return isSameTurned(s.values, made, 1e-6); };
+    const double sure = std::max(1e-6, 1e-10 / std::max(regularity(made), 1e-9));
+    const auto isMade = [&](const Solution& s) { return isSameTurned(s.values, made, sure); };
     if (std::none_of(out_.begin(), out_.end(), isMade)) {
       row_.fault(row_.missing, "the position that made the frame", arm_.text);
     }
