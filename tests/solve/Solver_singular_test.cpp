@@ -26,7 +26,6 @@ constexpr double kDegree = pi / 180.0;
 // What the closed forms state (platform/rotations/Solvers.h); at the value itself rounding decides.
 constexpr double kOnAxis = 1e-13;
 constexpr double kReach = 1e-9;
-constexpr double kSame = 1e-7;
 
 UVec3d anyDirection(Dice& dice) {
   while (true) {
@@ -430,7 +429,7 @@ class SolverNextToEdges : public SolverAtSingularDirections,
 TEST_P(SolverNextToEdges, NoBranchIsLost) {
   constexpr int kTargets = 50;  // each machine
   const auto pair = static_cast<Pair>(GetParam());
-  const int machines = proofCount(18000, 9600000) / kPairs / kTargets;
+  const int machines = proofCount(18000, 4200000) / kPairs / kTargets;
   Row row;
   for (int i = 0; i < machines; ++i) {
     Dice dice(static_cast<unsigned>(i));
