@@ -1,12 +1,17 @@
 #include "tools/AnswerText.h"
 
+#include <cmath>
 #include <iostream>
 
+#include "tools/Checked.h"
+#include "tools/InfoJson.h"
+#include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
 #include "tools/ToolPoint.h"
 
 using nlohmann::json;
+using zgeo::UVec3d;
 
 namespace korvo::tools {
 namespace {
@@ -23,6 +28,51 @@ std::string marginText(const Margin& m, const std::string& unit) {
 
 ToolPoint pointOf(const Session& session, const Position& at) {
   return toolPoint(*session.machine(), *at, session.tool());
+}
+
+UVec3d pointInPartZero(const Session& session, UVec3d point) {
+  session.machine()->getMAC2UNI().apply(point);
+  return point;
+}
+
+UVec3d directionInPartZero(const Session& session, UVec3d direction) {
+  session.machine()->getMAC2UNI().applyDir(direction);
+  return direction;
+}
+
+bool hasBranches(const Answer& answer) {
+  return answer.solver == SolverKind::twoRotary || answer.solver == SolverKind::moreRotary ||
+         answer.solver == SolverKind::arm;
+}
+
+void printSolved(std::ostream& out, const Session& session, const Answer& answer) {
+  if (hasBranches(answer)) out << "Branch     " << answer.branch << '\n';
+  if (!answer.freeAxes.empty()) {
+    out << "Family     " << joined(namesOf(session, answer.freeAxes))
+        << " free: the member nearest to the start\n";
+  }
+  const SingularDistance& singular = answer.singular;
+  if (std::isfinite(singular.elbowRad)) {
+    out << "Elbow      " << rounded(singular.elbowRad * kRadToDeg)
+        << " degrees from straight or folded\n";
+  }
+  if (std::isfinite(singular.shoulderMm)) {
+    out << "Shoulder   wrist centre " << rounded(singular.shoulderMm)
+        << " mm from where its two sides meet\n";
+  }
+}
+
+json finiteOrNull(double value) { return std::isfinite(value) ? json(value) : json(); }
+
+json solvedJson(const Session& session, const Answer& answer) {
+  const SingularDistance& singular = answer.singular;
+  return {{"kind", toString(answer.solver)},
+          {"branch", hasBranches(answer) ? json(answer.branch) : json()},
+          {"freeAxes", namesOf(session, answer.freeAxes)},
+          {"singular",
+           {{"direction", finiteOrNull(singular.directionRad * kRadToDeg)},
+            {"elbow", finiteOrNull(singular.elbowRad * kRadToDeg)},
+            {"shoulder", finiteOrNull(singular.shoulderMm)}}}};
 }
 
 json numberOrNull(const std::optional<double>& value) { return value ? json(*value) : json(); }
@@ -62,20 +112,15 @@ std::vector<std::string> namesOf(const Session& session, const std::vector<Margi
   return names;
 }
 
-std::string unitOf(const Session& session, const Answer& answer) {
-  switch (answer.reason) {
-    case Reason::none:
-    case Reason::noDirection:
-    case Reason::lockedAxis:
-      return "";
-    case Reason::noRotaryAxis:
-    case Reason::outsideCone:
-      return "degree";
-    case Reason::outsideLimits:
-      return isRotary(session, answer.outside.front().place) ? "degree" : "mm";
-    default:
-      return "mm";
-  }
+std::vector<std::string> namesOf(const Session& session, const std::vector<int>& places) {
+  std::vector<std::string> names;
+  names.reserve(places.size());
+  for (const int place : places) names.push_back(session.machine().axisNames()[place]);
+  return names;
+}
+
+std::string unitOf(const Answer& answer) {
+  return answer.unit == Unit::mm ? "mm" : answer.unit == Unit::degree ? "degree" : "";
 }
 
 void printMargins(std::ostream& out, const Session& session, const Position& at,
@@ -109,45 +154,72 @@ void printFound(std::ostream& out, const Session& session, const Answer& answer)
   out << "Tip        " << textOf(at.tip) << "\nDirection  " << textOf(at.direction)
       << "\nResidual   point " << exact(answer.residual.pointMm) << " mm, direction "
       << exact(answer.residual.directionRad * kRadToDeg) << " degrees\n";
+  printSolved(out, session, answer);
   printSingularity(out, session, answer);
   out << "Margins\n";
   printMargins(out, session, answer.position, answer.margins);
 }
 
-void printNone(std::ostream& out, const Session& session, const Answer& answer) {
-  out << "No position: " << answer.text << '\n';
+void printNone(std::ostream& out, const Session& session, const Answer& answer, Language language) {
+  out << in(language, "No position: ", "Aucune position : ") << answer.text << '\n';
   for (const std::string& condition : answer.conditions) out << "  - " << condition << '\n';
   if (answer.reason == Reason::noDirection) return;
-  out << "Best found " << roundedText(answer.position) << "\nTip        "
-      << textOf(pointOf(session, answer.position).tip) << "\nDirection  "
-      << textOf(pointOf(session, answer.position).direction) << '\n';
+  const ToolPoint at = pointOf(session, answer.position);
+  out << in(language, "Best found ", "Au mieux   ") << roundedText(answer.position) << '\n'
+      << in(language, "Tip        ", "Pointe     ") << textOf(at.tip) << "\nDirection  "
+      << textOf(at.direction) << '\n';
+  if (answer.nearestTip) {
+    out << in(language, "Nearest point      ", "Point le plus proche      ")
+        << textOf(pointInPartZero(session, *answer.nearestTip)) << '\n';
+  }
+  if (answer.nearestDirection) {
+    out << in(language, "Nearest direction  ", "Direction la plus proche  ")
+        << textOf(directionInPartZero(session, *answer.nearestDirection)) << '\n';
+  }
 }
 
 json foundJson(const Session& session, const Answer& answer) {
   const ToolPoint at = pointOf(session, answer.position);
-  return {{"position", jsonOf(answer.position)},
-          {"tip", {at.tip.x, at.tip.y, at.tip.z}},
-          {"direction", {at.direction.x, at.direction.y, at.direction.z}},
-          {"residual",
-           {{"point", answer.residual.pointMm},
-            {"direction", answer.residual.directionRad * kRadToDeg}}},
-          {"margins", marginsJson(session, answer.margins)},
-          {"singularity", singularityJson(session, answer)},
-          {"linearOnly", answer.isLinearOnly}};
+  json found = {{"position", jsonOf(answer.position)},
+                {"tip", vectorJson(at.tip)},
+                {"direction", vectorJson(at.direction)},
+                {"residual",
+                 {{"point", answer.residual.pointMm},
+                  {"direction", answer.residual.directionRad * kRadToDeg}}},
+                {"margins", marginsJson(session, answer.margins)},
+                {"singularity", singularityJson(session, answer)},
+                {"linearOnly", answer.isLinearOnly}};
+  if (answer.solver != SolverKind::none) found["solver"] = solvedJson(session, answer);
+  return found;
 }
 
 json reasonJson(const Session& session, const Answer& answer) {
-  json outside = json::array();
+  const AxisNames& names = session.machine().axisNames();
+  json outside = json::array(), wanted = json::array();
   for (const AxisOutside& axis : answer.outside) {
-    outside.push_back({{"axis", session.machine().axisNames()[axis.place]}, {"by", axis.by}});
+    outside.push_back({{"axis", names[axis.place]}, {"by", axis.by}});
   }
-  const std::string unit = unitOf(session, answer);
-  return {{"code", toString(answer.reason)},
-          {"by", unit.empty() ? json() : json(answer.by)},
-          {"unit", unit.empty() ? json() : json(unit)},
-          {"text", answer.text},
-          {"outside", std::move(outside)},
-          {"conditions", answer.conditions}};
+  for (const AxisWanted& axis : answer.wanted) {
+    wanted.push_back({{"axis", names[axis.place]}, {"value", axis.value}});
+  }
+  const std::string unit = unitOf(answer);
+  json reason = {{"code", toString(answer.reason)},
+                 {"by", unit.empty() ? json() : json(answer.by)},
+                 {"unit", unit.empty() ? json() : json(unit)},
+                 {"text", answer.text},
+                 {"axes", namesOf(session, answer.axes)},
+                 {"outside", std::move(outside)},
+                 {"wanted", std::move(wanted)},
+                 {"nearestTip", json()},
+                 {"nearestDirection", json()},
+                 {"conditions", answer.conditions}};
+  if (answer.nearestTip) {
+    reason["nearestTip"] = vectorJson(pointInPartZero(session, *answer.nearestTip));
+  }
+  if (answer.nearestDirection) {
+    reason["nearestDirection"] = vectorJson(directionInPartZero(session, *answer.nearestDirection));
+  }
+  return reason;
 }
 
 }  // namespace korvo::tools

@@ -14,7 +14,8 @@ namespace korvo::tools {
 void printFound(std::ostream& out, const Session& session, const Answer& answer);
 
 /// Why there is none.
-void printNone(std::ostream& out, const Session& session, const Answer& answer);
+void printNone(std::ostream& out, const Session& session, const Answer& answer,
+               Language language = Language::english);
 
 nlohmann::json foundJson(const Session& session, const Answer& answer);
 nlohmann::json reasonJson(const Session& session, const Answer& answer);
@@ -28,11 +29,14 @@ nlohmann::json marginsJson(const Session& session, const std::vector<Margin>& ma
 bool isRotary(const Session& session, int place);
 const char* unitWord(const Session& session, int place);
 
+/// Names of the axes at these places.
+std::vector<std::string> namesOf(const Session& session, const std::vector<int>& places);
+
 /// Names of the axes outside.
 std::vector<std::string> namesOf(const Session& session, const std::vector<Margin>& margins);
 
 /// The unit of Answer::by: "degree", "mm" or "" when the reason has no amount.
-std::string unitOf(const Session& session, const Answer& answer);
+std::string unitOf(const Answer& answer);
 
 inline constexpr double kRadToDeg = 57.29577951308232;
 

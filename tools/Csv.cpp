@@ -140,7 +140,8 @@ char separatorOf(std::string_view line) {
 // Columns of the tables that `inverse` writes, beside the axes.
 bool isAnswerColumn(std::string_view name) {
   static constexpr std::string_view kNames[] = {
-      "line", "status", "point_error", "direction_error", "outside_limits", "reason", "by"};
+      "line", "status", "point_error", "direction_error", "outside_limits", "reason",
+      "by",   "branch", "free_axes",   "margin",          "margin_axis",    "singular"};
   return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
 }
 

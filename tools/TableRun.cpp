@@ -82,6 +82,12 @@ void TableRun::report(int line, const std::string& problem) {
 }
 
 void TableRun::print(std::size_t row, const Verdict& verdict) {
+  do {
+    printLine(row, verdict);
+  } while (slots_[row].problem.empty() && moveOn(row));
+}
+
+void TableRun::printLine(std::size_t row, const Verdict& verdict) {
   const Slot& slot = slots_[row];
   const std::string line = std::to_string(slot.line);
   const bool isRead = slot.problem.empty();

@@ -22,9 +22,9 @@ struct TableOptions {
   bool stats = false;
 };
 
-/// Answers a table: one output row per input row, in their order, batch by batch, so that memory
-/// stays flat. What a row holds and what is asked of it is the derived class's, which keeps its
-/// rows by their place in the batch.
+/// Answers a table: one output row per input row (or for each of its answers), in their order,
+/// batch by batch, so that memory stays flat. What a row holds and what is asked of it is the
+/// derived class's, which keeps its rows by their place in the batch.
 class TableRun {
  public:
   TableRun(const Session& session, LineBlocks& lines, const TableOptions& options);
@@ -55,6 +55,9 @@ class TableRun {
   virtual void query(std::size_t row) = 0;
   virtual Verdict verdict(std::size_t row) = 0;
 
+  /// Moves on to the next answer of a row that has several; false behind the last.
+  virtual bool moveOn(std::size_t /*row*/) { return false; }
+
   /// What follows the status of a row that could be read.
   virtual void printCsv(std::size_t row, const Verdict& verdict, std::string& out) = 0;
   virtual void printJson(std::size_t row, const Verdict& verdict, std::string& out) = 0;
@@ -77,6 +80,7 @@ class TableRun {
   void queryBatch();
   void printBatch();
   void print(std::size_t row, const Verdict& verdict);
+  void printLine(std::size_t row, const Verdict& verdict);
   void report(int line, const std::string& problem);
   void flush();
   void printStats(Clock::time_point start) const;

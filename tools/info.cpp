@@ -105,12 +105,13 @@ void printGeometry(std::ostream& out, const MachineInfo& info) {
 }
 
 void print(std::ostream& out, const Session& session, const MachineInfo& info,
-           const std::vector<ToolPoint>& atZero) {
+           const std::vector<ToolPoint>& atZero, const Served& served) {
   out << "Machine   " << info.file << "\nSettings  " << session.settingsText() << '\n';
   printTree(out, info);
   printAxes(out, info);
   out << "Tools (points in the part-zero frame)\n";
   for (std::size_t i = 0; i < info.tools.size(); ++i) printTool(out, info.tools[i], atZero[i]);
+  out << "Inverse\n  " << served.text << '\n';
   printPairs(out, info);
   printGeometry(out, info);
 }
@@ -175,10 +176,11 @@ void run(const CommonOptions& options) {
   keepTool(info, session);
   const std::vector<ToolPoint> atZero = toolsAtZero(session, info);
   requireFinite(session, info, atZero);
+  const Served served = servedBy(session.machine(), Solver(session.machine()));
   if (options.json) {
-    std::cout << infoJson(session, info, atZero).dump(2) << '\n';
+    std::cout << infoJson(session, info, atZero, served).dump(2) << '\n';
   } else {
-    print(std::cout, session, info, atZero);
+    print(std::cout, session, info, atZero, served);
   }
   session.closeTrace();
 }

@@ -132,14 +132,15 @@ void expectLimits(const Asked& asked) {
   }
 }
 
-// With the locked axes where they are wanted, locked there, the target is reached.
-void expectLocks(const Asked& asked) {
+// With the axes where they are wanted, locked there or held, the target is reached.
+void expectWanted(const Asked& asked) {
   korvo::Position from = asked.answer.position;
   ASSERT_FALSE(asked.answer.wanted.empty());
   const korvo::AxisWanted& first = asked.answer.wanted.front();
   EXPECT_EQ(std::abs(first.value - from[first.place]), asked.answer.by);
   for (const korvo::AxisWanted& axis : asked.answer.wanted) {
-    EXPECT_TRUE(asked.machine->getAxisElem(axis.place + 1)->isLocked());
+    EXPECT_EQ(asked.machine->getAxisElem(axis.place + 1)->isLocked(),
+              asked.answer.reason == Reason::lockedAxis);
     from[axis.place] = axis.value;
   }
   EXPECT_EQ(Reach(asked.machine).nearest(asked.target, from).status, Status::reached)
@@ -161,7 +162,8 @@ void expectReason(const Asked& asked) {
     case Reason::outsideLimits:
       return expectLimits(asked);
     case Reason::lockedAxis:
-      return expectLocks(asked);
+    case Reason::heldAxis:
+      return expectWanted(asked);
     case Reason::noDirection:
     case Reason::noSolver:
       return;

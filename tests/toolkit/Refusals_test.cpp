@@ -35,6 +35,12 @@ constexpr const char* kOffsetWrist =
     "rotation=J4,4,+z,0,0,400,0,1100\nrotation=J5,5,-y,0,0,400,0,1100\n"
     "rotation=J6,6,+z,0,0,412.5,0,1100\ntool=-z,412.5,0,1100\n";
 
+constexpr const char* kRailArm =
+    "frame\npart=x,y,0,0,0\nlien=BATI\naxis=RAIL,7,y\n"
+    "rotation=J1,1,+z,0,0,0,0,0\nrotation=J2,2,-y,0,0,0,0,600\nrotation=J3,3,-y,0,0,400,0,600\n"
+    "rotation=J4,4,+z,0,0,400,0,1100\nrotation=J5,5,-y,0,0,400,0,1100\n"
+    "rotation=J6,6,+z,0,0,400,0,1100\ntool=-z,400,0,1100\nlimits=RAIL,0,1000\n";
+
 Machine definition(const std::string& lines) { return machineOf(kHead + lines); }
 
 struct Refusal {
@@ -223,6 +229,17 @@ std::vector<Refusal> refusals() {
        Unit::mm,
        "out of reach: the wrist centre would lie 50.05 mm beyond what the arm reaches",
        "hors de portée : le centre du poignet serait à 50.05 mm de ce que le bras atteint"},
+      // arms of 400 and 500; at 1899 along the rail, level with the shoulder, from its end alone
+      {"ArmOnItsRail",
+       machineOf(kRailArm),
+       {},
+       {{0, 1899, 600}, {0, 1, -1}},
+       Reason::heldAxis,
+       1000,
+       Unit::mm,
+       "RAIL stays where it starts: the target would be reached with RAIL at 1000 mm, 1000 mm away",
+       "RAIL reste à sa position de départ : la cible serait atteinte avec RAIL à 1000 mm, à 1000 "
+       "mm de là"},
       {"NoBallWrist",
        machineOf(kOffsetWrist),
        {},

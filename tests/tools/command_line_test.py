@@ -635,7 +635,7 @@ class Settings(CommandLine):
             "150\n", "150\nlien=Z\ngun=z,40,0,80,$ZRN_MACHINE_DEF/t.stl\n"))
         mesh = [self.machine, "-o", os.path.join(self.folder, "a.stl")]
         inverse = [self.machine, "--point", "0,0,200", "--dir", "-0.2,0.3,1", "--from",
-                   "C=150,A=-25"]
+                   "C=150,A=-25", "--engine", "library"]
         moves = [self.machine, "--from", "A=0", "--to", "A=20,C=30", "--steps", "2"]
         self.verbs = {
             "info": ([self.machine], ("--strategy",)),

@@ -77,6 +77,8 @@ enum class Reason {
   linearAxes,     ///< The free linear axes do not carry the tool there; by mm.
   lockedAxis,     ///< Reached if locked axes stood elsewhere, see Answer::wanted; by mm or degrees
                   ///< of one such axis. Of LibrarySolver: the arm's solver moved locked axes.
+  heldAxis,       ///< Reached if an axis that the target leaves free stood elsewhere than at the
+                  ///< start, see Answer::wanted; by mm or degrees.
   startOfArm,     ///< From this start the arm's solver turns to the wrong side; by mm.
   noSolver,       ///< No solver knows such a machine; by mm where that has a measure.
   missed,         ///< An arm's solver answers beside the target; by mm. See Answer::conditions.
@@ -121,12 +123,12 @@ struct Answer {
   // --- why there is none
 
   Reason reason = Reason::none;
-  double by = 0.0;                   ///< How far off, in `unit`.
-  Unit unit = Unit::none;            ///< None where the reason has no amount.
-  std::string text;                  ///< The reason in words; empty when reached.
-  std::vector<int> axes;             ///< Places of the axes that the reason concerns.
-  std::vector<AxisOutside> outside;  ///< Axes of `position` outside their limits.
-  std::vector<AxisWanted> wanted;    ///< Locked axes that would have to stand elsewhere.
+  double by = 0.0;                               ///< How far off, in `unit`.
+  Unit unit = Unit::none;                        ///< None where the reason has no amount.
+  std::string text;                              ///< The reason in words; empty when reached.
+  std::vector<int> axes;                         ///< Places of the axes that the reason concerns.
+  std::vector<AxisOutside> outside;              ///< Axes of `position` outside their limits.
+  std::vector<AxisWanted> wanted;                ///< Axes that would have to stand elsewhere.
   std::optional<zgeo::UVec3d> nearestDirection;  ///< Reachable, nearest to the target's.
   std::optional<zgeo::UVec3d> nearestTip;        ///< Reachable with the target's direction.
   std::vector<std::string> conditions;  ///< What of machine or target the arm solver cannot do.

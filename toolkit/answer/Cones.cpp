@@ -7,7 +7,7 @@ using zgeo::UVec3d;
 namespace korvo {
 
 UVec3d Cone::nearest(const UVec3d& direction, double inside) const {
-  return nearestIn(band, axis, direction, inside);
+  return nearestIn(band, axis, direction, tool, inside);
 }
 
 std::vector<Cone> conesOf(const std::vector<TurningAxis>& axes, const UVec3d& tool) {
@@ -16,12 +16,12 @@ std::vector<Cone> conesOf(const std::vector<TurningAxis>& axes, const UVec3d& to
     for (auto b = a + 1; b != axes.end(); ++b) {
       const Band band =
           bandOf(angleBetween(a->direction, b->direction), angleBetween(b->direction, tool));
-      cones.push_back({band, a->direction, {a->place, b->place}});
+      cones.push_back({band, a->direction, {a->place, b->place}, tool});
     }
   }
   if (axes.size() == 1) {
     const UVec3d& axis = axes.front().direction;
-    cones.push_back({coneOf(angleBetween(axis, tool)), axis, {axes.front().place}});
+    cones.push_back({coneOf(angleBetween(axis, tool)), axis, {axes.front().place}, tool});
   }
   return cones;
 }

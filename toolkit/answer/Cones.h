@@ -18,6 +18,7 @@ struct Cone {
   Band band;                ///< Angles from `axis`.
   zgeo::UVec3d axis;        ///< The one nearer the part.
   std::vector<int> places;  ///< Of the axis, or of both.
+  zgeo::UVec3d tool;        ///< As the tool stands.
 
   /// What is missing to a direction that is not reached (radians); 0 to others.
   double missing(const zgeo::UVec3d& direction) const {
@@ -25,7 +26,7 @@ struct Cone {
   }
 
   /// The nearest of the directions to another one, `inside` (radians) from the edges: at the same
-  /// heading about the axis, any where that direction lies along it. Of length 1.
+  /// heading about the axis, at the tool's where that direction lies along it. Of length 1.
   zgeo::UVec3d nearest(const zgeo::UVec3d& direction, double inside = 0.0) const;
 };
 

@@ -75,16 +75,24 @@ Answers Reach::all(const Target& target, const Position& from, std::size_t max) 
 }
 
 std::optional<Answer> Reach::follow(const Target& target, Position& at, Residual& residual) {
-  const Solution* nearest = nearestOf(target, at);
-  if (!nearest) {
-    Answer answer = whyNot_->explain(target, at);
-    residual = answer.residual;
-    if (answer.status != Status::reached) return answer;
-    *at = *answer.position;
+  Solution found;
+  std::optional<Answer> none = follow(target, at, found);
+  residual = found.residual;
+  return none;
+}
+
+std::optional<Answer> Reach::follow(const Target& target, Position& at, Solution& found) {
+  if (const Solution* nearest = nearestOf(target, at)) {
+    found = *nearest;
+    setValues(found.values, at);
     return {};
   }
-  residual = nearest->residual;
-  setValues(nearest->values, at);
+  Answer answer = whyNot_->explain(target, at);
+  found = Solution();
+  found.residual = answer.residual;
+  if (answer.status != Status::reached) return answer;
+  found.values = valuesOf(answer.position);
+  *at = *answer.position;
   return {};
 }
 

@@ -31,9 +31,12 @@ class WhyNot;
 ///      several such axes by the position nearest to the start), else with all of them free.
 ///      `wanted` says where they would have to stand, `by` how far that of one axis is from its
 ///      start.
-///   4. noRotaryAxis, outsideCone: the tool cannot point so; `nearestDirection`.
-///   5. linearAxes, outOfReach: the direction is had, and the tip is missed; `nearestTip`.
-///   6. outsideLimits: of all branches, turns and members of families the one whose excess, summed
+///   4. heldAxis: an axis that the target leaves free stays at its start and would reach it from
+///      elsewhere: one in front of an arm, a third rotary axis, tried at 73 places of its travel.
+///      `wanted` says where, of those places the one nearest to the start.
+///   5. noRotaryAxis, outsideCone: the tool cannot point so; `nearestDirection`.
+///   6. linearAxes, outOfReach: the direction is had, and the tip is missed; `nearestTip`.
+///   7. outsideLimits: of all branches, turns and members of families the one whose excess, summed
 ///      over its axes, is least; of linear axes beyond three one at a time is tried at both its
 ///      limits.
 /// Each is said of the candidate that comes nearest, which is `position`. Where the tool cannot
@@ -58,6 +61,9 @@ class KORVO_TOOLKIT_API Reach {
   /// `nearest` for long tables: moves `at` and gives nothing when the target is reached; else
   /// leaves `at` and says why.
   std::optional<Answer> follow(const Target& target, Position& at, Residual& residual);
+
+  /// The same, with all that is known of the position.
+  std::optional<Answer> follow(const Target& target, Position& at, Solution& found);
 
  private:
   const Solution* nearestOf(const Target& target, const Position& from);

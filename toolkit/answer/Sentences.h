@@ -51,6 +51,9 @@ inline constexpr Text kLocked{"{0} is locked: the target would be reached with {
                               "{0} est bloqué : la cible serait atteinte avec {1}, à {2} de là"};
 inline constexpr Text kAllLocked{"{0} are locked: the target would be reached with {1}",
                                  "{0} sont bloqués : la cible serait atteinte avec {1}"};
+inline constexpr Text kHeld{
+    "{0} stays where it starts: the target would be reached with {1}, {2} away",
+    "{0} reste à sa position de départ : la cible serait atteinte avec {1}, à {2} de là"};
 inline constexpr Text kAt{"{0} at {1}", "{0} à {1}"};
 
 // --- what serves a machine

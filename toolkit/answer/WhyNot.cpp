@@ -30,6 +30,32 @@ void unlock(Machine& machine, int place) {
   machine->getElemByIndex(index)->setLocked(false);
 }
 
+std::optional<Solution> nearestBy(const Solver& solver, const Target& target, const Values& from) {
+  std::vector<Solution> found;
+  solver.solve(target, from, found);
+  const auto nearest = std::min_element(
+      found.begin(), found.end(),
+      [&](const Solution& a, const Solution& b) { return isNearer(a.values, b.values, from); });
+  if (nearest == found.end()) return {};
+  return *nearest;
+}
+
+// Axes with both limits that stay at the start: all but the six joints of an arm, and every one of
+// more than two rotary axes, of which two are solved at a time.
+std::vector<int> heldPlaces(const Machine& machine, const Solver& solver,
+                            const SolverOptions& options) {
+  const bool isArm = solver.kind() == SolverKind::arm;
+  if (!isArm && solver.kind() != SolverKind::moreRotary) return {};
+  const Served served = servedBy(machine, solver);
+  std::vector<int> places = isArm ? served.redundant : served.turning;
+  std::erase_if(places, [&](int place) {
+    const auto axis = machine->getAxisElem(place + 1);
+    return !axis->hasMin() || !axis->hasMax() ||
+           options.redundancy[at(place)].rule != Redundancy::Rule::start;
+  });
+  return places;
+}
+
 }  // namespace
 
 WhyNot::WhyNot(const Machine& machine, const SolverOptions& options, Language language)
@@ -37,7 +63,8 @@ WhyNot::WhyNot(const Machine& machine, const SolverOptions& options, Language la
       options_(options),
       language_(language),
       solver_(machine_, options_),
-      nearly_(machine_, options_, solver_) {}
+      nearly_(machine_, options_, solver_),
+      held_(heldPlaces(machine_, solver_, options_)) {}
 
 Answer WhyNot::explain(const Target& target, const Position& from) {
   const Values start = valuesOf(from);
@@ -49,6 +76,7 @@ Answer WhyNot::explain(const Target& target, const Position& from) {
   if (candidate) nearest = judged(*candidate, from);
   if (nearest && nearest->status == Status::reached) return *nearest;
   if (std::optional<Answer> answer = locked(target, from)) return *answer;
+  if (std::optional<Answer> answer = held(target, from)) return *answer;
   return nearest ? *nearest : beside(target, from);
 }
 
@@ -79,18 +107,12 @@ Answer WhyNot::unserved(const Target& target, const Position& from) const {
 
 // --- locks
 
-// The solution nearest to the start with the axes at these places free.
+// With the axes at these places free.
 std::optional<Solution> WhyNot::unlocked(const std::vector<int>& places, const Target& target,
                                          const Values& from) const {
   Machine machine = machine_;
   for (const int place : places) unlock(machine, place);
-  std::vector<Solution> found;
-  Solver(machine, options_).solve(target, from, found);
-  const auto nearest = std::min_element(
-      found.begin(), found.end(),
-      [&](const Solution& a, const Solution& b) { return isNearer(a.values, b.values, from); });
-  if (nearest == found.end()) return {};
-  return *nearest;
+  return nearestBy(Solver(machine, options_), target, from);
 }
 
 std::optional<Answer> WhyNot::locked(const Target& target, const Position& from) const {
@@ -103,19 +125,38 @@ std::optional<Answer> WhyNot::locked(const Target& target, const Position& from)
   }
   if (!nearest && places.size() > 1) nearest = unlocked(places, target, start);
   if (!nearest) return {};
-  return wanting(target, from, *nearest);
+  return wanting(target, from, *nearest, places, Reason::lockedAxis);
 }
 
-Answer WhyNot::wanting(const Target& target, const Position& from, const Solution& solution) const {
+std::optional<Answer> WhyNot::held(const Target& target, const Position& from) const {
+  constexpr int kSamples = 73;  // of a turn every 5 degrees, of a rail of 4 m every 56 mm
+  const Values start = valuesOf(from);
+  std::optional<Solution> nearest;
+  int nearestPlace = -1;
+  for (const int place : held_) {
+    SolverOptions options = options_;
+    options.redundancy[at(place)] = {Redundancy::Rule::sampled, 0.0, kSamples};
+    const std::optional<Solution> one = nearestBy(Solver(machine_, options), target, start);
+    if (!one || (nearest && !isNearer(one->values, nearest->values, start))) continue;
+    nearest = one;
+    nearestPlace = place;
+  }
+  if (!nearest) return {};
+  return wanting(target, from, *nearest, {nearestPlace}, Reason::heldAxis);
+}
+
+// Of `places` those that the solution has elsewhere are wanted there.
+Answer WhyNot::wanting(const Target& target, const Position& from, const Solution& solution,
+                       const std::vector<int>& places, Reason reason) const {
   Answer answer = standing(target, from);
-  std::vector<Words> names, places;
-  for (const int place : lockedPlaces(solver_.chain())) {
+  std::vector<Words> names, stands;
+  for (const int place : places) {
     const double value = solution.values[at(place)];
     if (value == from[place]) continue;
     answer.wanted.push_back({place, value});
     answer.axes.push_back(place);
     names.emplace_back(machine_.axisNames()[place]);
-    places.push_back(filled(sentences::kAt, {names.back(), amountAt(machine_, place, value)}));
+    stands.push_back(filled(sentences::kAt, {names.back(), amountAt(machine_, place, value)}));
   }
   if (answer.axes.empty()) {  // none has to move: it is the answer
     Answer reached = answerOf(machine_, solver_, solution, from);
@@ -124,9 +165,12 @@ Answer WhyNot::wanting(const Target& target, const Position& from, const Solutio
   }
   const int place = answer.axes.front();
   const double by = std::abs(answer.wanted.front().value - from[place]);
-  give(answer, Reason::lockedAxis, by, unitAt(machine_, place));
-  answer.text = filled(names.size() == 1 ? sentences::kLocked : sentences::kAllLocked,
-                       {allOf(names), allOf(places), amountAt(machine_, place, by)}, language_);
+  give(answer, reason, by, unitAt(machine_, place));
+  const Text& text = reason == Reason::heldAxis ? sentences::kHeld
+                     : names.size() == 1        ? sentences::kLocked
+                                                : sentences::kAllLocked;
+  answer.text =
+      filled(text, {allOf(names), allOf(stands), amountAt(machine_, place, by)}, language_);
   return answer;
 }
 

@@ -28,7 +28,9 @@ class WhyNot {
   std::optional<Answer> locked(const Target& target, const Position& from) const;
   std::optional<Solution> unlocked(const std::vector<int>& places, const Target& target,
                                    const Values& from) const;
-  Answer wanting(const Target& target, const Position& from, const Solution& solution) const;
+  std::optional<Answer> held(const Target& target, const Position& from) const;
+  Answer wanting(const Target& target, const Position& from, const Solution& solution,
+                 const std::vector<int>& places, Reason reason) const;
   bool isFreed(const Joint& joint, Joint::Motion motion) const;
   Pointing pointing(const Target& target, const Values& at) const;
   Pointing nearestPointing(const Target& target, const Values& from) const;
@@ -42,6 +44,7 @@ class WhyNot {
   Language language_;
   Solver solver_;
   Nearly nearly_;
+  std::vector<int> held_;  // places of axes that stay at the start
 };
 
 }  // namespace korvo

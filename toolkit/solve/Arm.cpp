@@ -259,7 +259,7 @@ class ArmTask {
     const auto pairs =
         rotations::twoAxes(plain(axis(5)), plain(to), plain(axis(3)), plain(axis(4)));
     if (pairs.count > 0 || !query_.takesMissed) return pairs;
-    const UVec3d nearest = nearestIn(wristBand(), axis(3), to);
+    const UVec3d nearest = nearestIn(wristBand(), axis(3), to, axis(5));
     return rotations::twoAxes(plain(axis(5)), plain(nearest), plain(axis(3)), plain(axis(4)));
   }
 

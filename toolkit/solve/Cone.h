@@ -37,14 +37,16 @@ inline Band bandOf(double axes, double tool) {
 }
 
 /// The direction nearest to `direction` whose angle from `axis` is in the band, `inside` (radians)
-/// from its edges: at the same heading about the axis, any where the direction lies along it. Of
-/// length 1.
+/// from its edges: at the same heading about the axis, at that of `other` where it lies along the
+/// axis. Of length 1.
 inline zgeo::UVec3d nearestIn(const Band& band, const zgeo::UVec3d& axis,
-                              const zgeo::UVec3d& direction, double inside = 0.0) {
+                              const zgeo::UVec3d& direction, const zgeo::UVec3d& other,
+                              double inside = 0.0) {
   constexpr double kAlong = 1e-7;
   const zgeo::UVec3d along = axis.normalised();
   const zgeo::UVec3d unit = direction.normalised();
   zgeo::UVec3d across = unit - along * (unit * along);
+  if (across.norm() < kAlong) across = other - along * (other * along);
   if (across.norm() < kAlong) {
     across = along ^ (std::abs(along.x) < 0.5 ? zgeo::UVec3d(1, 0, 0) : zgeo::UVec3d(0, 1, 0));
   }
