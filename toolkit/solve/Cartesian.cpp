@@ -5,6 +5,7 @@
 #include "platform/rotations/RotationMatrix.h"
 #include "toolkit/solve/Cone.h"
 #include "toolkit/solve/Core.h"
+#include "toolkit/solve/Verifier.h"
 
 using zgeo::UVec3d;
 
@@ -56,7 +57,7 @@ bool isOnAxis(const UVec3d& direction, const UVec3d& axis) {
 class Choice {
  public:
   Choice(const Query& query, Values& values, int first, int second)
-      : query_(query), values_(values), first_(first), second_(second) {
+      : query_(query), values_(values), first_(first), second_(second), verifier_(query) {
     const JointChain& chain = query.core.chain;
     const int end = static_cast<int>(chain.joints.size());
     const int last = second < 0 ? first : second;
@@ -72,7 +73,10 @@ class Choice {
     turning_.from = between;
   }
 
-  void solve() { second_ < 0 ? byOne() : byTwo(); }
+  void solve() {
+    second_ < 0 ? byOne() : byTwo();
+    verifier_.flush();
+  }
 
  private:
   void byOne() {
@@ -154,6 +158,7 @@ class Choice {
 
   bool addMember(const Freedom& freedom, const std::array<int, 2>& freePlaces) {
     if (!nearestMember(query_, freedom, values_)) return false;
+    verifier_.flush();
     add(query_, values_, {}, singular_, freePlaces);
     return true;
   }
@@ -172,9 +177,17 @@ class Choice {
         if (second_ >= 0) query_.value(second_, values_) = onLimit(joint2, range2[l]);
         if (!isCarried && !carry(query_, values_)) return;
         isCarried = true;
-        add(query_, values_, branch, singular_);
+        verifier_.take(candidate(branch));
       }
     }
+  }
+
+  Solution candidate(const Branch& branch) const {
+    Solution s;
+    s.values = values_;
+    s.branch = branch;
+    s.singular = singular_;
+    return s;
   }
 
   const Query& query_;
@@ -183,6 +196,7 @@ class Choice {
   int second_;
   Turning turning_;
   SingularDistance singular_;
+  Verifier verifier_;
 };
 
 /// Where a rotary joint that is left over stands: at its start, brought inside by full turns where

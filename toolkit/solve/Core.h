@@ -6,6 +6,7 @@
 #include "platform/rotations/Solvers.h"
 #include "toolkit/model/Walk.h"
 #include "toolkit/solve/Arm.h"
+#include "toolkit/solve/PairWalk.h"
 #include "toolkit/solve/Solver.h"
 
 /// What the sources of this folder share.
@@ -18,6 +19,15 @@ inline std::size_t at(int i) { return static_cast<std::size_t>(i); }
 /// What is solved onto a limit misses it by rounding (mm or degrees). Put on it, a joint moves a
 /// tool that is a metre away by less than 1e-9 mm.
 inline constexpr double kOnLimit = 5e-11;
+
+/// Below this the sine of an angle is the angle, to rounding.
+inline constexpr double kSmallSine = 1.5e-8;
+
+/// A tool for walks in pairs.
+struct PairTool {
+  PairVec3 point, direction;
+  PairVec3 tip;
+};
 
 /// A machine as its solver has it.
 class SolverCore {
@@ -34,6 +44,8 @@ class SolverCore {
   std::vector<int> slides;  ///< Free linear joints, root first.
   std::vector<int> placed;  ///< Joints that stand where the options say.
   std::optional<ArmShape> arm;
+  std::vector<PairJoint> pairJoints;  ///< Those of the chain.
+  PairTool pairTool;
 };
 
 /// One question to a solver, and where its solutions go.
@@ -66,7 +78,11 @@ std::array<double, 2> listedRange(const Joint& joint, double start);
 TurnRange turnsOf(const Joint& joint, double degrees, double start, Limits limits);
 
 /// The value itself, or the limit that it misses by rounding alone.
-double onLimit(const Joint& joint, double value);
+inline double onLimit(const Joint& joint, double value) {
+  if (value < joint.min && joint.min - value <= kOnLimit) return joint.min;
+  if (value > joint.max && value - joint.max <= kOnLimit) return joint.max;
+  return value;
+}
 
 inline bool isInside(const Joint& joint, double value) {
   return value >= joint.min && value <= joint.max;
@@ -79,6 +95,9 @@ bool carry(const Query& query, Values& values);
 /// Adds what `values` are to the solutions if, computed forward, they reach the target.
 void add(const Query& query, const Values& values, const Branch& branch,
          const SingularDistance& singular, std::array<int, 2> freePlaces = {-1, -1});
+
+/// Adds a solution whose residual and margin are known if it reaches the target inside the limits.
+void accept(const Query& query, const Solution& solution);
 
 /// Calls `solve` with the joints that stand where the options say in `values`, for every one of
 /// their samples. `next` counts those that stand already.
