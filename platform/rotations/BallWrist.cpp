@@ -36,8 +36,8 @@ BallWrist::BallWrist(const Vec3& direction1, const Vec3& direction2, const Vec3&
   const Vec3 normalBack = cross(direction3, direction2);
   first_ = {direction1, normal, cross(normal, direction1)};
   last_ = {direction3, normalBack, cross(normalBack, direction3)};
-  azimuth_ = toSteps(
-      std::atan2(-dot(direction3, normal), dot(direction3, cross(direction2, normal))));
+  azimuth_ =
+      toSteps(std::atan2(-dot(direction3, normal), dot(direction3, cross(direction2, normal))));
   const double w = std::atan2(length(normal), dot(direction1, direction2));
   const double f = std::atan2(length(normalBack), dot(direction3, direction2));
   sumSine_ = std::sin((w + f) / 2);

@@ -20,8 +20,8 @@ struct WristAngles {
 class BallWrist {
  public:
   struct Solutions {
-    WristAngles left;   ///< With direction3 on the side of direction1 x direction2.
-    WristAngles right;  ///< On the other.
+    WristAngles left;       ///< With direction3 on the side of direction1 x direction2.
+    WristAngles right;      ///< On the other.
     PairMask isRightFirst;  ///< The order of `twoAxes`: the smaller a1 and a2 first.
     PairMask isReached;
     PairMask isRegular;  ///< Else the angles and isReached say nothing.

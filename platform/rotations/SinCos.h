@@ -43,10 +43,10 @@ inline SinCosOf<Real> sinCosWithin(Real angle) {
   constexpr double f15 = f14 * 15, f16 = f15 * 16, f17 = f16 * 17;
   const Real z = r * r, z2 = z * z, z4 = z2 * z2;
   const Real sinR = r - r * z *
-                              ((1 / f3 - z * (1 / f5)) + z2 * (1 / f7 - z * (1 / f9)) +
-                               z4 * ((1 / f11 - z * (1 / f13)) + z2 * (1 / f15 - z * (1 / f17))));
+                            ((1 / f3 - z * (1 / f5)) + z2 * (1 / f7 - z * (1 / f9)) +
+                             z4 * ((1 / f11 - z * (1 / f13)) + z2 * (1 / f15 - z * (1 / f17))));
   const Real versineR = 0.5 * z - z2 * ((1 / f4 - z * (1 / f6)) + z2 * (1 / f8 - z * (1 / f10)) +
-                                          z4 * ((1 / f12 - z * (1 / f14)) + z2 * (1 / f16)));
+                                        z4 * ((1 / f12 - z * (1 / f14)) + z2 * (1 / f16)));
 
   // The number of quarter turns stands in the last bits: odd ones swap, two of four change signs.
   const auto quarter = std::bit_cast<Bits>(shifted);

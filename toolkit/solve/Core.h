@@ -14,6 +14,14 @@ namespace korvo {
 
 inline rotations::Vec3 plain(const zgeo::UVec3d& v) { return {v.x, v.y, v.z}; }
 inline zgeo::UVec3d vector(const rotations::Vec3& v) { return {v[0], v[1], v[2]}; }
+
+/// By the transpose: back to before a rotation.
+inline zgeo::UVec3d turnedBack(const zgeo::UMatrix& m, const zgeo::UVec3d& v) {
+  return {m(0, 0) * v.x + m(1, 0) * v.y + m(2, 0) * v.z,
+          m(0, 1) * v.x + m(1, 1) * v.y + m(2, 1) * v.z,
+          m(0, 2) * v.x + m(1, 2) * v.y + m(2, 2) * v.z};
+}
+
 inline std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// What is solved onto a limit misses it by rounding (mm or degrees). Put on it, a joint moves a

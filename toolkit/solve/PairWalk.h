@@ -51,6 +51,14 @@ struct PairPlaced {
     return {times(rows[0]), times(rows[1]), times(rows[2])};
   }
 
+  /// By the transpose.
+  PairVec3 turnedBack(const PairVec3& v) const {
+    const auto times = [&](std::size_t j) {
+      return rows[0][j] * v[0] + rows[1][j] * v[1] + rows[2][j] * v[2];
+    };
+    return {times(0), times(1), times(2)};
+  }
+
   PairVec3 operator*(const PairVec3& p) const {
     const PairVec3 v = turned(p);
     return {v[0] + origin[0], v[1] + origin[1], v[2] + origin[2]};
@@ -59,7 +67,8 @@ struct PairPlaced {
   static PairPlaced bothAt(const zgeo::UMatrix& m) {
     PairPlaced p;
     for (int i = 0; i < 3; ++i) {
-      for (int j = 0; j < 3; ++j) p.rows[i][j] = rotations::both(m(i, j));
+      for (int j = 0; j < 3; ++j)
+        p.rows[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] = rotations::both(m(i, j));
     }
     p.origin = bothOf(m.getOrigin());
     return p;

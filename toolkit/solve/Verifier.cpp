@@ -32,8 +32,7 @@ PairVec3 cross(const PairVec3& a, const PairVec3& b) {
 /// Beyond it no residual counts as reached, so what the angle is does not matter.
 Pair smallAngle(Pair sine, PairMask isSmall) {
   static_assert(kReachedRad < kSmallSine);
-  return select(isSmall & (sine < kSmallSine), sine,
-                both(std::numeric_limits<double>::infinity()));
+  return select(isSmall & (sine < kSmallSine), sine, both(std::numeric_limits<double>::infinity()));
 }
 
 }  // namespace
