@@ -200,7 +200,8 @@ class PairArm {
 
 bool solveRegular(const Query& query, const Values& values, const UMatrix& frame,
                   const std::array<int, 2>& freePlaces) {
-  const bool isUsual = query.core.arm->isRegular() && query.limits == Limits::kept;
+  const bool isUsual =
+      query.core.arm->isRegular() && query.limits == Limits::kept && !query.takesMissed;
   return isUsual && PairArm(query, values, frame, freePlaces).solve();
 }
 
