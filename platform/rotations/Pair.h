@@ -34,8 +34,8 @@ inline Pair abs(Pair v) {
   return reinterpret_cast<Pair>(reinterpret_cast<PairMask>(v) & std::int64_t{0x7fffffffffffffff});
 }
 
-inline Pair least(Pair a, Pair b) { return select(a < b, a, b); }
-inline Pair greatest(Pair a, Pair b) { return select(a > b, a, b); }
+inline Pair least(Pair a, Pair b) { return a < b ? a : b; }
+inline Pair greatest(Pair a, Pair b) { return a > b ? a : b; }
 
 /// To the nearest integer; below 2^51.
 inline Pair rounded(Pair v) {

@@ -37,6 +37,16 @@ struct PairTool {
   PairVec3 tip;
 };
 
+/// The task of the rotary joints that may move, in the frame of the joint nearest the part: `from`
+/// is the tool at zero, turned by what is held behind the last of them, and so is the second axis
+/// by what is held between.
+struct Turning {
+  zgeo::UVec3d from;
+  zgeo::UVec3d axis1;
+  zgeo::UVec3d axis2;
+  Band band;  ///< Of two axes: where the tool can point, from the first.
+};
+
 /// A machine as its solver has it.
 class SolverCore {
  public:
@@ -54,7 +64,18 @@ class SolverCore {
   std::optional<ArmShape> arm;
   std::vector<PairJoint> pairJoints;  ///< Those of the chain.
   PairTool pairTool;
+  std::optional<Turning> turning;  ///< Of two rotary joints, both free, and no others.
 };
+
+/// Of the choice of two rotary joints (`second` -1: of one) with the others as `values` have them.
+Turning turningOf(const SolverCore& core, const Values& values, int first, int second);
+
+/// The tip of the tool, as JointChain has it.
+inline PairVec3 tipOf(const SolverCore& core, const PairVec3& point, const PairVec3& direction) {
+  const PairVec3& d = direction;
+  const double length = core.chain.toolLength;
+  return {point[0] - d[0] * length, point[1] - d[1] * length, point[2] - d[2] * length};
+}
 
 /// One question to a solver, and where its solutions go.
 struct Query {
@@ -99,6 +120,10 @@ inline bool isInside(const Joint& joint, double value) {
 /// Moves the free linear joints so that the tool, turned as `values` say, has its tip on the
 /// target's: false when they cannot, or only outside their limits.
 bool carry(const Query& query, Values& values);
+
+/// The same for two positions at once, by three linear joints far from one plane: whether each can.
+/// Nothing, with neither position changed, elsewhere.
+std::optional<std::array<bool, 2>> carryBoth(const Query& query, std::array<Values, 2>& values);
 
 /// Adds what `values` are to the solutions if, computed forward, they reach the target.
 void add(const Query& query, const Values& values, const Branch& branch,

@@ -15,7 +15,6 @@ using rotations::WristAngles;
 
 constexpr double kTurn = 360.0;
 constexpr std::size_t kMostStands = 16;
-constexpr double kMostDegrees = 1e6;
 
 /// `TurnRange` of two angles.
 struct PairRange {
@@ -41,9 +40,12 @@ class PairArm {
  public:
   PairArm(const Query& query, const Values& values, const UMatrix& frame,
           const std::array<int, 2>& freePlaces)
-      : query_(query), arm_(*query.core.arm), frame_(frame), verifier_(query) {
-    candidate_.values = values;
-    candidate_.freePlaces = freePlaces;
+      : query_(query),
+        arm_(*query.core.arm),
+        frame_(frame),
+        freePlaces_(freePlaces),
+        values_(values),
+        verifier_(query, query.core.arm->joint(3)) {
     for (int i = 0; i < arm_.joint(0); ++i) {
       moveBy(query.core.joint(i), valueOf(query.core.joint(i), values), front_);
     }
@@ -68,7 +70,7 @@ class PairArm {
   const PairJoint& pairJoint(std::size_t k) const {
     return query_.core.pairJoints[at(arm_.joint(static_cast<int>(k)))];
   }
-  double& value(std::size_t k) { return candidate_.values[at(joint(k).place)]; }
+  double& value(std::size_t k) { return values_[at(joint(k).place)]; }
 
   /// The wrist centre wanted, as it stands before the joints in front of the arm move it.
   UVec3d centre() const {
@@ -85,7 +87,7 @@ class PairArm {
       const auto [low, high] = listedRange(joint(k), query_.from[at(joint(k).place)]);
       low_[k] = both(low - kOnLimit);
       high_[k] = both(high + kOnLimit);
-      isNear = isNear && low > -kMostDegrees && high < kMostDegrees;
+      isNear = isNear && low > -kMostPairDegrees && high < kMostPairDegrees;
     }
     return isNear;
   }
@@ -158,10 +160,10 @@ class PairArm {
     if (pair.wrist.isReached[lane] == 0) return;
     const Stand& stand = stands_[i];
     for (std::size_t k = 0; k < 3; ++k) value(k) = stand.degrees[k];
-    candidate_.branch.shoulder = static_cast<std::int8_t>(stand.angles->shoulder);
-    candidate_.branch.elbow = static_cast<std::int8_t>(stand.angles->elbow);
-    candidate_.singular = {arm_.wristBand().toEdge(pair.wrist.tilt[lane]), stand.angles->elbowRad,
-                           stand.angles->shoulderMm};
+    branch_.shoulder = static_cast<std::int8_t>(stand.angles->shoulder);
+    branch_.elbow = static_cast<std::int8_t>(stand.angles->elbow);
+    singular_ = {arm_.wristBand().toEdge(pair.wrist.tilt[lane]), stand.angles->elbowRad,
+                 stand.angles->shoulderMm};
     const bool isRightFirst = pair.wrist.isRightFirst[lane] != 0;
     addSide(pair, lane, isRightFirst);
     addSide(pair, lane, !isRightFirst);
@@ -170,14 +172,14 @@ class PairArm {
   void addSide(const StandPair& pair, int lane, bool isRight) {
     const std::array<PairRange, 3>& ranges = pair.ranges[isRight ? 1 : 0];
     const TurnRange first = ranges[0][lane], second = ranges[1][lane], third = ranges[2][lane];
-    candidate_.branch.wrist = isRight ? std::int8_t{-1} : std::int8_t{1};
+    branch_.wrist = isRight ? std::int8_t{-1} : std::int8_t{1};
     for (int i = 0; i < first.count; ++i) {
       for (int j = 0; j < second.count; ++j) {
         for (int l = 0; l < third.count; ++l) {
           value(3) = onLimit(joint(3), first[i]);
           value(4) = onLimit(joint(4), second[j]);
           value(5) = onLimit(joint(5), third[l]);
-          verifier_.take(candidate_, pair.placed, lane, at(arm_.joint(3)));
+          verifier_.take(values_, branch_, singular_, freePlaces_, pair.placed, lane);
         }
       }
     }
@@ -186,10 +188,13 @@ class PairArm {
   const Query& query_;
   const ArmShape& arm_;
   const UMatrix& frame_;
+  std::array<int, 2> freePlaces_;
   UMatrix front_;
+  Values values_;
+  Branch branch_;
+  SingularDistance singular_;
   PairPlaced to_;
   Verifier verifier_;
-  Solution candidate_;
   std::array<Pair, 6> low_, high_;
   std::size_t count_ = 0;
   std::array<Stand, kMostStands> stands_;

@@ -16,6 +16,20 @@ inline PairVec3 bothOf(const zgeo::UVec3d& v) {
   return {rotations::both(v.x), rotations::both(v.y), rotations::both(v.z)};
 }
 
+inline PairVec3 difference(const PairVec3& a, const PairVec3& b) {
+  return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+
+inline PairVec3 scaled(const PairVec3& v, Pair s) { return {v[0] * s, v[1] * s, v[2] * s}; }
+
+inline Pair dot(const PairVec3& a, const PairVec3& b) {
+  return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+inline PairVec3 cross(const PairVec3& a, const PairVec3& b) {
+  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
 /// What a walk needs of a joint, ready to use.
 struct PairJoint {
   explicit PairJoint(const Joint& joint)
@@ -98,14 +112,23 @@ inline void turnBy(const PairJoint& joint, Pair angle, PairPlaced& placed) {
   }
 }
 
-/// `value` in degrees or mm; angles below kMostSinCos.
+/// Turns are walked in pairs below this (degrees).
+inline constexpr double kMostPairDegrees = 1e6;
+static_assert(kMostPairDegrees * kDegToRad < rotations::kMostSinCos);
+
+inline rotations::PairMask isWalkable(const PairJoint& joint, Pair value) {
+  if (joint.motion != Joint::Motion::turn) return rotations::PairMask{-1, -1};
+  return rotations::detail::abs(value) < kMostPairDegrees;
+}
+
+/// `value` in degrees or mm, walkable.
 inline void moveBy(const PairJoint& joint, Pair value, PairPlaced& placed) {
   const PairVec3& d = joint.direction;
   switch (joint.motion) {
     case Joint::Motion::turn:
       return turnBy(joint, value * kDegToRad, placed);
     case Joint::Motion::slide:
-      placed.origin = placed * PairVec3{d[0] * value, d[1] * value, d[2] * value};
+      placed.origin = placed * scaled(d, value);
       return;
     default:
       placed.origin = placed * joint.shift;

@@ -131,6 +131,7 @@ SolverCore::SolverCore(const JointChain& c, const SolverOptions& o) : chain(c), 
     constexpr SolverKind kinds[] = {SolverKind::linear, SolverKind::oneRotary,
                                     SolverKind::twoRotary};
     kind = turns.size() < 3 ? kinds[turns.size()] : SolverKind::moreRotary;
+    if (rotary == 2 && turns.size() == 2) turning = turningOf(*this, {}, turns[0], turns[1]);
   }
 }
 

@@ -13,21 +13,7 @@ using rotations::PairMask;
 using rotations::detail::select;
 using rotations::detail::sqrt;
 
-/// Turns are walked in pairs below this (degrees).
-constexpr double kMostDegrees = 1e6;
-static_assert(kMostDegrees * kDegToRad < rotations::kMostSinCos);
-
-PairVec3 difference(const PairVec3& a, const PairVec3& b) {
-  return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
-Pair dot(const PairVec3& a, const PairVec3& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
 Pair norm(const PairVec3& v) { return sqrt(dot(v, v)); }
-
-PairVec3 cross(const PairVec3& a, const PairVec3& b) {
-  return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
 
 /// Beyond it no residual counts as reached, so what the angle is does not matter.
 Pair smallAngle(Pair sine, PairMask isSmall) {
@@ -37,15 +23,20 @@ Pair smallAngle(Pair sine, PairMask isSmall) {
 
 }  // namespace
 
-Verifier::Verifier(const Query& query) : query_(query) {
+Verifier::Verifier(const Query& query, int first) : query_(query), first_(at(first)) {
   if (query.frame) frame_ = PairPlaced::bothAt(*query.frame);
-  front_ = PairPlaced::bothAt({});
+  if (first == 0) front_ = PairPlaced::bothAt({});
 }
 
-void Verifier::take(const Solution& candidate, const PairPlaced& placed, int lane,
-                    std::size_t first) {
-  first_ = first;
-  candidates_[at(count_++)] = {candidate, &placed, lane};
+void Verifier::take(const Values& values, const Branch& branch, const SingularDistance& singular,
+                    const std::array<int, 2>& freePlaces, const PairPlaced& placed, int lane) {
+  Candidate& candidate = candidates_[at(count_++)];
+  candidate.solution.values = values;
+  candidate.solution.branch = branch;
+  candidate.solution.singular = singular;
+  candidate.solution.freePlaces = freePlaces;
+  candidate.placed = &placed;
+  candidate.lane = lane;
   if (count_ == 2) verify();
 }
 
@@ -61,9 +52,7 @@ bool Verifier::walk(PairPlaced& placed) const {
   PairMask isWithin = {-1, -1};
   for (std::size_t i = first_; i < joints.size(); ++i) {
     const Pair value = valueOf(joints[i]);
-    if (joints[i].motion == Joint::Motion::turn) {
-      isWithin &= rotations::detail::abs(value) < kMostDegrees;
-    }
+    isWithin &= isWalkable(joints[i], value);
     moveBy(joints[i], value, placed);
   }
   return (isWithin[0] & isWithin[1]) != 0;
@@ -72,11 +61,8 @@ bool Verifier::walk(PairPlaced& placed) const {
 /// As `residualOf` of the one position after the other.
 Verifier::Residuals Verifier::residualsAt(const PairPlaced& placed) const {
   const SolverCore& core = query_.core;
-  const PairVec3 point = placed * core.pairTool.point;
   const PairVec3 d = placed.turned(core.pairTool.direction);
-  const double length = core.chain.toolLength;
-  const PairVec3 tip = {point[0] - d[0] * length, point[1] - d[1] * length,
-                        point[2] - d[2] * length};
+  const PairVec3 tip = tipOf(core, placed * core.pairTool.point, d);
   const PairVec3 wanted = bothOf(query_.direction);
   return {norm(difference(bothOf(query_.target.tip), tip)),
           smallAngle(norm(cross(d, wanted)), dot(d, wanted) > 0.0)};

@@ -10,14 +10,16 @@ namespace korvo {
 /// they came. They are walked two by two, so the last one may still be missing until `flush`.
 class Verifier {
  public:
-  explicit Verifier(const Query& query);
+  /// Where every candidate says how the joints in front of `first` place what they carry.
+  explicit Verifier(const Query& query, int first = 0);
 
-  /// Of the candidate values, branch, singular distance and free places count.
-  void take(const Solution& candidate) { take(candidate, front_, 0); }
+  void take(const Values& values, const Branch& branch, const SingularDistance& singular) {
+    take(values, branch, singular, {-1, -1}, front_, 0);
+  }
 
-  /// Where the joints in front of `first` are walked already: place `lane` of `placed`, which
-  /// stays there until `flush`. One `first` for all.
-  void take(const Solution& candidate, const PairPlaced& placed, int lane, std::size_t first = 0);
+  /// Of `placed` the place `lane` counts; it stays until `flush`.
+  void take(const Values& values, const Branch& branch, const SingularDistance& singular,
+            const std::array<int, 2>& freePlaces, const PairPlaced& placed, int lane);
 
   void flush() {
     if (count_ > 0) verify();
@@ -44,7 +46,7 @@ class Verifier {
   const Query& query_;
   PairPlaced front_;
   PairPlaced frame_;  ///< Of a frame target.
-  std::size_t first_ = 0;
+  std::size_t first_;
   int count_ = 0;
   std::array<Candidate, 2> candidates_;
 };
