@@ -8,6 +8,7 @@
 
 #include "toolkit/solve/Cone.h"
 #include "toolkit/solve/Core.h"
+#include "toolkit/solve/PairArm.h"
 
 using zgeo::UMatrix;
 using zgeo::UVec3d;
@@ -23,13 +24,6 @@ constexpr double kTurn = 360.0;
 UVec3d turned(const UMatrix& m, UVec3d v) {
   m.applyDir(v);
   return v;
-}
-
-/// By the transpose: back to before a rotation.
-UVec3d turnedBack(const UMatrix& m, const UVec3d& v) {
-  return {m(0, 0) * v.x + m(1, 0) * v.y + m(2, 0) * v.z,
-          m(0, 1) * v.x + m(1, 1) * v.y + m(2, 1) * v.z,
-          m(0, 2) * v.x + m(1, 2) * v.y + m(2, 2) * v.z};
 }
 
 UMatrix rigidInverse(const UMatrix& m) {
@@ -312,6 +306,7 @@ class ArmTask {
   }
 
   void byFrame(const UMatrix& frame, const std::array<int, 2>& freePlaces) {
+    if (!query_.frame && solveRegular(query_, values_, frame, freePlaces)) return;
     const UMatrix motion = motionTo(frame);
     forEachReached(motion * standing_.centre, [&](const Reached& reached) {
       forEachShoulder(reached, [&](int free) {
@@ -473,7 +468,10 @@ class ArmTask {
   Standing standing_;
 };
 
-void solveStanding(const Query& query, Values& values) { ArmTask(query, values).solve(); }
+void solveStanding(const Query& query, Values& values) {
+  if (query.frame && solveRegular(query, values, *query.frame, {-1, -1})) return;
+  ArmTask(query, values).solve();
+}
 
 }  // namespace
 

@@ -4,8 +4,10 @@
 #include <optional>
 #include <vector>
 
+#include "platform/rotations/BallWrist.h"
 #include "platform/rotations/ThreeAxes.h"
 #include "toolkit/model/JointChain.h"
+#include "toolkit/solve/Cone.h"
 
 namespace korvo {
 
@@ -32,6 +34,11 @@ class ArmShape {
   /// whole arm.
   bool isOneBody() const { return isOneBody_; }
 
+  /// Whether it is one body, no joint of it is locked and its wrist can turn every way.
+  bool isRegular() const { return isRegular_; }
+  const rotations::BallWrist& wrist() const { return wrist_; }
+  const Band& wristBand() const { return wristBand_; }
+
   /// Of an arm that is one body, made once.
   const rotations::ThreeAxes& shoulder() const { return shoulder_; }
 
@@ -41,6 +48,9 @@ class ArmShape {
   std::array<int, 6> joints_;
   zgeo::UVec3d centre_;
   bool isOneBody_ = false;
+  bool isRegular_ = false;
+  rotations::BallWrist wrist_;
+  Band wristBand_;
   rotations::ThreeAxes shoulder_;
 };
 

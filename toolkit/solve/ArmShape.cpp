@@ -58,6 +58,14 @@ ArmShape::ArmShape(const JointChain& chain, const std::array<int, 6>& joints, co
       shoulder_(plain(centre), lineOf(chain.joints[at(joints[0])]),
                 lineOf(chain.joints[at(joints[1])]), lineOf(chain.joints[at(joints[2])])) {
   isOneBody_ = joints[5] - joints[0] == 5 && joints[5] + 1 == static_cast<int>(chain.joints.size());
+  const auto axis = [&](std::size_t k) {
+    return chain.joints[at(joints[k])].direction.normalised();
+  };
+  wrist_ = rotations::BallWrist(plain(axis(3)), plain(axis(4)), plain(axis(5)));
+  wristBand_ = bandOf(angleBetween(axis(3), axis(4)), angleBetween(axis(4), axis(5)));
+  isRegular_ = isOneBody_ && wrist_.isRegular() &&
+               std::none_of(joints.begin(), joints.end(),
+                            [&](int i) { return chain.joints[at(i)].isLocked; });
 }
 
 std::optional<ArmShape> ArmShape::of(const JointChain& chain) {

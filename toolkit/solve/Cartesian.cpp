@@ -5,21 +5,12 @@
 #include "platform/rotations/RotationMatrix.h"
 #include "toolkit/solve/Cone.h"
 #include "toolkit/solve/Core.h"
+#include "toolkit/solve/Verifier.h"
 
 using zgeo::UVec3d;
 
 namespace korvo {
 namespace {
-
-/// The task of the rotary joints that may move, in the frame of the joint nearest the part: `from`
-/// is the tool at zero, turned by what is held behind the last of them, and so is the second axis
-/// by what is held between; `to` is the target before what is held in front turns it.
-struct Turning {
-  UVec3d from;
-  UVec3d to;
-  UVec3d axis1;
-  UVec3d axis2;
-};
 
 void turnDirection(const Joint& joint, double degrees, UVec3d& direction) {
   if (degrees == 0.0) return;
@@ -33,17 +24,18 @@ void turnDirection(const Joint& joint, double degrees, UVec3d& direction) {
 bool isTurn(const Joint& joint) { return joint.motion == Joint::Motion::turn; }
 
 /// The joints from behind `last` back to `first` (excluded both), on a direction.
-void turnByHeld(const Query& query, const Values& values, int first, int last, UVec3d& direction) {
+void turnByHeld(const SolverCore& core, const Values& values, int first, int last,
+                UVec3d& direction) {
   for (int i = last - 1; i > first; --i) {
-    const Joint& joint = query.core.joint(i);
+    const Joint& joint = core.joint(i);
     if (isTurn(joint)) turnDirection(joint, valueOf(joint, values), direction);
   }
 }
 
 /// The target before the joints in front of `first` turn it.
-void turnBackByHeld(const Query& query, const Values& values, int first, UVec3d& direction) {
+void turnBackByHeld(const SolverCore& core, const Values& values, int first, UVec3d& direction) {
   for (int i = 0; i < first; ++i) {
-    const Joint& joint = query.core.joint(i);
+    const Joint& joint = core.joint(i);
     if (isTurn(joint)) turnDirection(joint, -valueOf(joint, values), direction);
   }
 }
@@ -56,55 +48,72 @@ bool isOnAxis(const UVec3d& direction, const UVec3d& axis) {
 class Choice {
  public:
   Choice(const Query& query, Values& values, int first, int second)
-      : query_(query), values_(values), first_(first), second_(second) {
-    const JointChain& chain = query.core.chain;
-    const int end = static_cast<int>(chain.joints.size());
-    const int last = second < 0 ? first : second;
-    turning_ = {chain.toolDirection, query.direction,
-                query.core.joint(first).direction.normalised(),
-                query.core.joint(last).direction.normalised()};
-    turnByHeld(query, values, last, end, turning_.from);
-    turnBackByHeld(query, values, first, turning_.to);
-    if (second < 0) return;
-    UVec3d between = turning_.from;
-    turnByHeld(query, values, first, second, turning_.axis2);
-    turnByHeld(query, values, first, second, between);
-    turning_.from = between;
+      : query_(query),
+        values_(values),
+        first_(first),
+        second_(second),
+        to_(query.direction),
+        verifier_(query) {
+    turning_ =
+        query.core.turning ? *query.core.turning : turningOf(query.core, values, first, second);
+    turnBackByHeld(query.core, values, first, to_);
   }
 
-  void solve() { second_ < 0 ? byOne() : byTwo(); }
+  void solve() {
+    second_ < 0 ? byOne() : byTwo();
+    verifier_.flush();
+  }
 
  private:
   void byOne() {
     const UVec3d& axis = turning_.axis1;
     if (isOnAxis(turning_.from, axis)) {
-      if (angleBetween(turning_.from, turning_.to) <= rotations::kReach) addFamily(first_);
+      if (angleBetween(turning_.from, to_) <= rotations::kReach) addFamily(first_);
       return;
     }
-    const auto angle = rotations::oneAxis(plain(turning_.from), plain(turning_.to), plain(axis));
+    const auto angle = rotations::oneAxis(plain(turning_.from), plain(to_), plain(axis));
     if (!angle) return;
-    const double beside = angleBetween(axis, turning_.from) - angleBetween(axis, turning_.to);
+    const double beside = angleBetween(axis, turning_.from) - angleBetween(axis, to_);
     if (std::abs(beside) > rotations::kReach) return;
-    addTurns(*angle * kRadToDeg, 0.0, {});
+    addTurns(*angle * kRadToDeg, 0.0);
   }
 
   void byTwo() {
-    const auto pairs = rotations::twoAxes(plain(turning_.from), plain(turning_.to),
-                                          plain(turning_.axis1), plain(turning_.axis2));
+    const auto pairs = rotations::twoAxes(plain(turning_.from), plain(to_), plain(turning_.axis1),
+                                          plain(turning_.axis2));
     if (pairs.count == 0) return;
-    const double toTool = angleBetween(turning_.axis2, turning_.from);
-    const Band band = bandOf(angleBetween(turning_.axis1, turning_.axis2), toTool);
-    singular_.directionRad = band.toEdge(angleBetween(turning_.axis1, turning_.to));
+    singular_.directionRad = turning_.band.toEdge(angleBetween(turning_.axis1, to_));
     if (isOnAxis(turning_.axis1, turning_.axis2)) return aboutOneLine(pairs.solutions[0]);
-    for (const rotations::TwoAngles& pair : pairs) byPair(pair, pairs.count == 2);
+    if (pairs.count == 2) return byBoth(pairs);
+    byPair(pairs.solutions[0]);
   }
 
-  void byPair(const rotations::TwoAngles& pair, bool isSided) {
+  /// On either side of the plane of the axes.
+  void byBoth(const rotations::TwoAnglesList& pairs) {
+    std::array<Turns, 2> turns;
+    std::array<Values, 2> standing;
+    for (std::size_t k = 0; k < 2; ++k) {
+      const rotations::TwoAngles& pair = pairs.solutions[k];
+      turns[k] = turnsAt(pair.a1 * kRadToDeg, pair.a2 * kRadToDeg);
+      stand(turns[k], 0, 0);
+      standing[k] = values_;
+    }
+    const std::int8_t side = sideOf(pairs.solutions[0].a2 * kRadToDeg);
+    const auto isCarried = carryBoth(query_, standing);
+    for (std::size_t k = 0; k < 2; ++k) {
+      const Branch branch{0, 0, k == 0 ? side : static_cast<std::int8_t>(-side)};
+      values_ = standing[k];
+      if (turns[k].areNone()) continue;
+      if (isCarried ? (*isCarried)[k] : carry(query_, values_)) takeTurns(turns[k], branch);
+    }
+  }
+
+  void byPair(const rotations::TwoAngles& pair) {
     const double first = pair.a1 * kRadToDeg;
     const double second = pair.a2 * kRadToDeg;
     if (pair.a1 == rotations::kFreeAngle) return addFamilies(second_, second, first_);
     if (pair.a2 == rotations::kFreeAngle) return addFamilies(first_, first, second_);
-    addTurns(first, second, {0, 0, isSided ? sideOf(second) : std::int8_t{0}});
+    addTurns(first, second);
   }
 
   std::int8_t sideOf(double second) const {
@@ -154,25 +163,46 @@ class Choice {
 
   bool addMember(const Freedom& freedom, const std::array<int, 2>& freePlaces) {
     if (!nearestMember(query_, freedom, values_)) return false;
+    verifier_.flush();
     add(query_, values_, {}, singular_, freePlaces);
     return true;
   }
 
-  /// The linear joints are the same for all turns: they are solved once.
-  void addTurns(double degrees1, double degrees2, const Branch& branch) {
+  struct Turns {
+    TurnRange first;
+    TurnRange second{0.0, 1};
+
+    bool areNone() const { return first.count == 0 || second.count == 0; }
+  };
+
+  Turns turnsAt(double degrees1, double degrees2) const {
     const Joint& joint1 = query_.core.joint(first_);
-    const Joint& joint2 = query_.core.joint(second_ < 0 ? first_ : second_);
-    const TurnRange range1 = turnsOf(joint1, degrees1, query_.start(first_), query_.limits);
-    TurnRange range2{0.0, 1};
-    if (second_ >= 0) range2 = turnsOf(joint2, degrees2, query_.start(second_), query_.limits);
-    bool isCarried = false;
-    for (int k = 0; k < range1.count; ++k) {
-      for (int l = 0; l < range2.count; ++l) {
-        query_.value(first_, values_) = onLimit(joint1, range1[k]);
-        if (second_ >= 0) query_.value(second_, values_) = onLimit(joint2, range2[l]);
-        if (!isCarried && !carry(query_, values_)) return;
-        isCarried = true;
-        add(query_, values_, branch, singular_);
+    Turns turns{turnsOf(joint1, degrees1, query_.start(first_), query_.limits)};
+    if (second_ < 0) return turns;
+    const Joint& joint2 = query_.core.joint(second_);
+    turns.second = turnsOf(joint2, degrees2, query_.start(second_), query_.limits);
+    return turns;
+  }
+
+  void stand(const Turns& turns, int k, int l) {
+    query_.value(first_, values_) = onLimit(query_.core.joint(first_), turns.first[k]);
+    if (second_ < 0) return;
+    query_.value(second_, values_) = onLimit(query_.core.joint(second_), turns.second[l]);
+  }
+
+  /// The linear joints are the same for all turns: they are solved once.
+  void addTurns(double degrees1, double degrees2) {
+    const Turns turns = turnsAt(degrees1, degrees2);
+    if (turns.areNone()) return;
+    stand(turns, 0, 0);
+    if (carry(query_, values_)) takeTurns(turns, {});
+  }
+
+  void takeTurns(const Turns& turns, const Branch& branch) {
+    for (int k = 0; k < turns.first.count; ++k) {
+      for (int l = 0; l < turns.second.count; ++l) {
+        stand(turns, k, l);
+        verifier_.take(values_, branch, singular_);
       }
     }
   }
@@ -181,8 +211,10 @@ class Choice {
   Values& values_;
   int first_;
   int second_;
+  UVec3d to_;  ///< The target before what is held in front turns it.
   Turning turning_;
   SingularDistance singular_;
+  Verifier verifier_;
 };
 
 /// Where a rotary joint that is left over stands: at its start, brought inside by full turns where
@@ -200,7 +232,7 @@ void solveWithout(const Query& query, Values& values) {
   if (angleBetween(
           [&] {
             UVec3d direction = query.core.chain.toolDirection;
-            turnByHeld(query, values, -1, static_cast<int>(query.core.chain.joints.size()),
+            turnByHeld(query.core, values, -1, static_cast<int>(query.core.chain.joints.size()),
                        direction);
             return direction;
           }(),
@@ -241,6 +273,20 @@ bool isSampled(const Joint& joint, const Redundancy& rule) {
 }
 
 }  // namespace
+
+Turning turningOf(const SolverCore& core, const Values& values, int first, int second) {
+  const int last = second < 0 ? first : second;
+  Turning t{core.chain.toolDirection,
+            core.joint(first).direction.normalised(),
+            core.joint(last).direction.normalised(),
+            {}};
+  turnByHeld(core, values, last, static_cast<int>(core.chain.joints.size()), t.from);
+  if (second < 0) return t;
+  turnByHeld(core, values, first, second, t.axis2);
+  turnByHeld(core, values, first, second, t.from);
+  t.band = bandOf(angleBetween(t.axis1, t.axis2), angleBetween(t.axis2, t.from));
+  return t;
+}
 
 void solvePlaced(const Query& query, Values& values, std::size_t next,
                  void (*solve)(const Query&, Values&)) {

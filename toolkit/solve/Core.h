@@ -6,6 +6,7 @@
 #include "platform/rotations/Solvers.h"
 #include "toolkit/model/Walk.h"
 #include "toolkit/solve/Arm.h"
+#include "toolkit/solve/PairWalk.h"
 #include "toolkit/solve/Solver.h"
 
 /// What the sources of this folder share.
@@ -13,11 +14,38 @@ namespace korvo {
 
 inline rotations::Vec3 plain(const zgeo::UVec3d& v) { return {v.x, v.y, v.z}; }
 inline zgeo::UVec3d vector(const rotations::Vec3& v) { return {v[0], v[1], v[2]}; }
+
+/// By the transpose: back to before a rotation.
+inline zgeo::UVec3d turnedBack(const zgeo::UMatrix& m, const zgeo::UVec3d& v) {
+  return {m(0, 0) * v.x + m(1, 0) * v.y + m(2, 0) * v.z,
+          m(0, 1) * v.x + m(1, 1) * v.y + m(2, 1) * v.z,
+          m(0, 2) * v.x + m(1, 2) * v.y + m(2, 2) * v.z};
+}
+
 inline std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// What is solved onto a limit misses it by rounding (mm or degrees). Put on it, a joint moves a
 /// tool that is a metre away by less than 1e-9 mm.
 inline constexpr double kOnLimit = 5e-11;
+
+/// Below this the sine of an angle is the angle, to rounding.
+inline constexpr double kSmallSine = 1.5e-8;
+
+/// A tool for walks in pairs.
+struct PairTool {
+  PairVec3 point, direction;
+  PairVec3 tip;
+};
+
+/// The task of the rotary joints that may move, in the frame of the joint nearest the part: `from`
+/// is the tool at zero, turned by what is held behind the last of them, and so is the second axis
+/// by what is held between.
+struct Turning {
+  zgeo::UVec3d from;
+  zgeo::UVec3d axis1;
+  zgeo::UVec3d axis2;
+  Band band;  ///< Of two axes: where the tool can point, from the first.
+};
 
 /// A machine as its solver has it.
 class SolverCore {
@@ -34,7 +62,20 @@ class SolverCore {
   std::vector<int> slides;  ///< Free linear joints, root first.
   std::vector<int> placed;  ///< Joints that stand where the options say.
   std::optional<ArmShape> arm;
+  std::vector<PairJoint> pairJoints;  ///< Those of the chain.
+  PairTool pairTool;
+  std::optional<Turning> turning;  ///< Of two rotary joints, both free, and no others.
 };
+
+/// Of the choice of two rotary joints (`second` -1: of one) with the others as `values` have them.
+Turning turningOf(const SolverCore& core, const Values& values, int first, int second);
+
+/// The tip of the tool, as JointChain has it.
+inline PairVec3 tipOf(const SolverCore& core, const PairVec3& point, const PairVec3& direction) {
+  const PairVec3& d = direction;
+  const double length = core.chain.toolLength;
+  return {point[0] - d[0] * length, point[1] - d[1] * length, point[2] - d[2] * length};
+}
 
 /// One question to a solver, and where its solutions go.
 struct Query {
@@ -66,7 +107,11 @@ std::array<double, 2> listedRange(const Joint& joint, double start);
 TurnRange turnsOf(const Joint& joint, double degrees, double start, Limits limits);
 
 /// The value itself, or the limit that it misses by rounding alone.
-double onLimit(const Joint& joint, double value);
+inline double onLimit(const Joint& joint, double value) {
+  if (value < joint.min && joint.min - value <= kOnLimit) return joint.min;
+  if (value > joint.max && value - joint.max <= kOnLimit) return joint.max;
+  return value;
+}
 
 inline bool isInside(const Joint& joint, double value) {
   return value >= joint.min && value <= joint.max;
@@ -76,9 +121,16 @@ inline bool isInside(const Joint& joint, double value) {
 /// target's: false when they cannot, or only outside their limits.
 bool carry(const Query& query, Values& values);
 
+/// The same for two positions at once, by three linear joints far from one plane: whether each can.
+/// Nothing, with neither position changed, elsewhere.
+std::optional<std::array<bool, 2>> carryBoth(const Query& query, std::array<Values, 2>& values);
+
 /// Adds what `values` are to the solutions if, computed forward, they reach the target.
 void add(const Query& query, const Values& values, const Branch& branch,
          const SingularDistance& singular, std::array<int, 2> freePlaces = {-1, -1});
+
+/// Adds a solution whose residual and margin are known if it reaches the target inside the limits.
+void accept(const Query& query, const Solution& solution);
 
 /// Calls `solve` with the joints that stand where the options say in `values`, for every one of
 /// their samples. `next` counts those that stand already.

@@ -187,11 +187,63 @@ class Carriage {
   Carriers carriers_;
 };
 
+/// Two positions with their free linear joints at zero.
+struct PairStanding {
+  std::array<PairVec3, 3> directions;  ///< Of these.
+  PairVec3 way;
+  bool isRegular;
+
+  PairStanding(const Query& query, const std::array<Values, 2>& values) {
+    const SolverCore& core = query.core;
+    PairPlaced placed = PairPlaced::bothAt({});
+    rotations::PairMask isWithin = {-1, -1};
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < core.pairJoints.size(); ++i) {
+      const PairJoint& joint = core.pairJoints[i];
+      if (next < 3 && at(core.slides[next]) == i) {
+        directions[next++] = placed.turned(joint.direction);
+        continue;
+      }
+      const Joint& one = core.chain.joints[i];
+      const Pair value = {valueOf(one, values[0]), valueOf(one, values[1])};
+      isWithin &= isWalkable(joint, value);
+      moveBy(joint, value, placed);
+    }
+    isRegular = (isWithin[0] & isWithin[1]) != 0;
+    const PairVec3 direction = placed.turned(core.pairTool.direction);
+    way =
+        difference(bothOf(query.target.tip), tipOf(core, placed * core.pairTool.point, direction));
+  }
+};
+
 }  // namespace
 
 bool carry(const Query& query, Values& values) {
   const Standing s = standing(query, values);
   return Carriage(query, s, values).reach();
+}
+
+std::optional<std::array<bool, 2>> carryBoth(const Query& query, std::array<Values, 2>& values) {
+  constexpr double kClear = 0.1;  // of the volume of unit directions: no digits are lost there
+  if (query.core.slides.size() != 3 || query.limits == Limits::ignored) return {};
+  const PairStanding s(query, values);
+  const auto& [a, b, c] = s.directions;
+  const PairVec3 bc = cross(b, c), ca = cross(c, a), ab = cross(a, b);
+  const Pair volume = dot(a, bc);
+  const rotations::PairMask isClear =
+      volume * volume > kClear * kClear * (dot(a, a) * dot(b, b) * dot(c, c));
+  if (!s.isRegular || (isClear[0] & isClear[1]) == 0) return {};
+  const PairVec3 by = {dot(s.way, bc) / volume, dot(s.way, ca) / volume, dot(s.way, ab) / volume};
+  std::array<bool, 2> isInsideAll = {true, true};
+  for (std::size_t k = 0; k < 2; ++k) {
+    for (std::size_t i = 0; i < 3; ++i) {
+      const int slide = query.core.slides[i];
+      const double value = onLimit(query.core.joint(slide), by[i][k]);
+      query.value(slide, values[k]) = value;
+      isInsideAll[k] = isInsideAll[k] && isInside(query.core.joint(slide), value);
+    }
+  }
+  return isInsideAll;
 }
 
 }  // namespace korvo

@@ -18,7 +18,7 @@ bool isFinite(const UVec3d& v) {
 /// `angleBetween` of two directions of length 1.
 double angleOf(const UVec3d& a, const UVec3d& b) {
   const double sine = (a ^ b).norm();
-  const bool isSmall = sine < 1e-5 && a * b > 0;  // sin x is x to rounding
+  const bool isSmall = sine < kSmallSine && a * b > 0;
   return isSmall ? sine : std::atan2(sine, a * b);
 }
 
@@ -35,7 +35,8 @@ double turnBetween(const zgeo::UMatrix& a, const zgeo::UMatrix& b) {
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) chordSq += (a(i, j) - b(i, j)) * (a(i, j) - b(i, j));
   }
-  return 2 * std::asin(std::min(std::sqrt(chordSq / 8), 1.0));  // |A - B|^2 = 8 sin^2(angle / 2)
+  const double sine = std::sqrt(chordSq / 8);  // |A - B|^2 = 8 sin^2(angle / 2)
+  return 2 * (sine < kSmallSine ? sine : std::asin(std::min(sine, 1.0)));
 }
 
 Residual residualOf(const JointChain& chain, const Values& values, const zgeo::UMatrix& frame) {
@@ -76,27 +77,30 @@ void takeMargin(double margin, int place, Solution& solution) {
 
 void add(const Query& query, const Values& values, const Branch& branch,
          const SingularDistance& singular, std::array<int, 2> freePlaces) {
-  const SolverCore& core = query.core;
   Solution solution;
   solution.residual = residualOf(query, values);
-  if (!query.takesMissed && !solution.residual.isReached()) return;
-  for (const Joint& joint : core.chain.joints) {
+  for (const Joint& joint : query.core.chain.joints) {
     if (joint.place < 0) continue;
     const double value = values[at(joint.place)];
     takeMargin(value - joint.min, joint.place, solution);
     takeMargin(joint.max - value, joint.place, solution);
   }
-  if (query.limits == Limits::kept && solution.margin < 0) return;
-  // Two pairs of more than two rotary joints may end in one position.
-  if (core.kind == SolverKind::moreRotary &&
-      std::any_of(query.out.begin(), query.out.end(),
-                  [&](const Solution& s) { return isSame(s.values, values); })) {
-    return;
-  }
   solution.values = values;
   solution.branch = branch;
   solution.singular = singular;
   solution.freePlaces = freePlaces;
+  accept(query, solution);
+}
+
+void accept(const Query& query, const Solution& solution) {
+  if (!query.takesMissed && !solution.residual.isReached()) return;
+  if (query.limits == Limits::kept && solution.margin < 0) return;
+  // Two pairs of more than two rotary joints may end in one position.
+  if (query.core.kind == SolverKind::moreRotary &&
+      std::any_of(query.out.begin(), query.out.end(),
+                  [&](const Solution& s) { return isSame(s.values, solution.values); })) {
+    return;
+  }
   query.out.push_back(solution);
 }
 
@@ -112,6 +116,9 @@ SolverCore::SolverCore(const JointChain& c, const SolverOptions& o) : chain(c), 
     const bool isPlaced = options.redundancy[at(j.place)].rule != Redundancy::Rule::start;
     (isPlaced ? placed : isTurn ? turns : slides).push_back(i);
   }
+  for (const Joint& j : chain.joints) pairJoints.emplace_back(j);
+  pairTool = {bothOf(chain.toolPoint), bothOf(chain.toolDirection),
+              bothOf(chain.toolPoint - chain.toolDirection * chain.toolLength)};
   if (!chain.hasTool || chain.toolDirection == UVec3d()) {
     unserved = Unserved::noTool;
   } else if (chain.isCoupled()) {
@@ -124,6 +131,7 @@ SolverCore::SolverCore(const JointChain& c, const SolverOptions& o) : chain(c), 
     constexpr SolverKind kinds[] = {SolverKind::linear, SolverKind::oneRotary,
                                     SolverKind::twoRotary};
     kind = turns.size() < 3 ? kinds[turns.size()] : SolverKind::moreRotary;
+    if (rotary == 2 && turns.size() == 2) turning = turningOf(*this, {}, turns[0], turns[1]);
   }
 }
 

@@ -11,12 +11,6 @@ constexpr double kMostTurns = 100.0;
 
 }  // namespace
 
-double onLimit(const Joint& joint, double value) {
-  if (value < joint.min && joint.min - value <= kOnLimit) return joint.min;
-  if (value > joint.max && value - joint.max <= kOnLimit) return joint.max;
-  return value;
-}
-
 std::array<double, 2> listedRange(const Joint& joint, double start) {
   if (joint.max - joint.min <= kMostTurns * kTurn) return {joint.min, joint.max};
   return {std::max(joint.min, start - kTurn), std::min(joint.max, start + kTurn)};
