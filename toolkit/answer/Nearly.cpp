@@ -1,6 +1,7 @@
 #include "toolkit/answer/Nearly.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <tuple>
 #include <utility>
@@ -24,6 +25,12 @@ bool isFreeAxis(const Joint& joint) { return joint.place >= 0 && !joint.isLocked
 bool isBetter(const Candidate& a, const Candidate& b) {
   return std::tie(a.missedRad, a.missedMm, a.excess) < std::tie(b.missedRad, b.missedMm, b.excess);
 }
+
+bool isBetter(const std::optional<Candidate>& a, const Candidate& b) {
+  return a && isBetter(*a, b);
+}
+
+std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 // The turn with the least excess: of those inside the nearest, else the last before the limits or
 // the first behind them.
@@ -148,8 +155,9 @@ void Nearly::tryBranches(const Solver& solver, const Target& target, const Value
   }
 }
 
-// The free axis is locked and put about a turn in steps of a few degrees, then halved about the
-// best: what bounds the excess comes back a few times a turn at most.
+// The free axis is locked and put about a turn in steps of a few degrees, then halved about every
+// place that is better than its neighbours: what bounds the excess comes back a few times a turn at
+// most.
 void Nearly::tryFamily(const Target& target, const Values& from, const Solution& family,
                        Best& best) {
   constexpr int kSteps = 72;
@@ -158,26 +166,28 @@ void Nearly::tryFamily(const Target& target, const Values& from, const Solution&
   const Solver& solver = lockedAt(place);
   const Joint& joint = jointAt(solver.chain(), place);
   Values start = from;
-  Best nearest;
-  const auto tryAt = [&](double degrees) {
+  const auto tryAt = [&](double degrees, Best& nearest) {
     const double value = leastOutside(joint, degrees);
     if (outsideBy(joint, value) != 0.0) return;
     valueAt(start, place) = value;
     tryBranches(solver, target, start, nearest);
   };
-  const double first = valueAt(from, place);
-  for (int step = 0; step <= kSteps / 2; ++step) {
-    tryAt(first + kStep * step);
-    if (step > 0) tryAt(first - kStep * step);
+  std::array<Best, kSteps> around;
+  for (int k = 0; k < kSteps; ++k) tryAt(valueAt(from, place) + kStep * k, around[at(k)]);
+  for (int k = 0; k < kSteps; ++k) {
+    Best nearest = around[at(k)];
+    if (!nearest || isBetter(around[at((k + 1) % kSteps)], *nearest)) continue;
+    const Best& before = around[at((k + kSteps - 1) % kSteps)];
+    const bool isLow = !before || isBetter(*nearest, *before);  // not so all along a level
+    for (double step = kStep / 2; isLow && step > 1e-13; step /= 2) {
+      const double middle = valueAt(nearest->solution.values, place);
+      tryAt(middle + step, nearest);
+      tryAt(middle - step, nearest);
+    }
+    if (best && !isBetter(*nearest, *best)) continue;
+    best = std::move(nearest);
+    best->solution.freePlaces = family.freePlaces;
   }
-  for (double step = kStep / 2; nearest && step > 1e-13; step /= 2) {
-    const double middle = valueAt(nearest->solution.values, place);
-    tryAt(middle + step);
-    tryAt(middle - step);
-  }
-  if (!nearest || (best && !isBetter(*nearest, *best))) return;
-  best = std::move(nearest);
-  best->solution.freePlaces = family.freePlaces;
 }
 
 // The families of an arm turn the tool about itself: what carries it stays.
