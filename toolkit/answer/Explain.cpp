@@ -95,6 +95,7 @@ void explainBeside(const Machine& machine, const Cone& cone, const UVec3d& direc
   const double by = cone.missing(direction) * kRadToDeg;
   give(answer, Reason::outsideCone, by, Unit::degree);
   std::vector<Words> names;
+  names.reserve(cone.places.size());
   for (const int place : cone.places) names.emplace_back(machine.axisNames()[place]);
   answer.text = filled(names.size() == 1 ? sentences::kBesideCone : sentences::kBesideBand,
                        {degrees(by), allOf(names)}, language);

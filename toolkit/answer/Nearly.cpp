@@ -149,8 +149,8 @@ void Nearly::tryBranches(const Solver& solver, const Target& target, const Value
                          std::vector<Solution>* families) {
   solver.approach(target, from, approaches_);
   for (const Solution& approach : approaches_) {
-    Candidate candidate = candidateOf(solver, target, approach);
-    if (!best || isBetter(candidate, *best)) best = std::move(candidate);
+    const Candidate candidate = candidateOf(solver, target, approach);
+    if (!best || isBetter(candidate, *best)) best = candidate;
     if (families && approach.isFamily()) families->push_back(approach);
   }
 }
@@ -185,7 +185,7 @@ void Nearly::tryFamily(const Target& target, const Values& from, const Solution&
       tryAt(middle - step, nearest);
     }
     if (best && !isBetter(*nearest, *best)) continue;
-    best = std::move(nearest);
+    best = nearest;
     best->solution.freePlaces = family.freePlaces;
   }
 }

@@ -139,6 +139,7 @@ class Saying {
  private:
   Words names(const std::vector<int>& places) const {
     std::vector<Words> list;
+    list.reserve(places.size());
     for (const int place : places) list.emplace_back(machine_.axisNames()[place]);
     return allOf(list);
   }
