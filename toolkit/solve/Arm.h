@@ -15,9 +15,9 @@ namespace korvo {
 /// maker states is a hundred times larger.
 inline constexpr double kMeeting = rotations::kCoincidentDistance;
 
-/// Six rotary joints of a chain whose last three lines meet in one point, the wrist centre: of all
-/// such six the one nearest the tool. All other joints of the chain are held while these are
-/// solved.
+/// Six rotary joints of a chain whose last three lines meet in one point, the wrist centre, which
+/// does not lie on the third line: of all such six those nearest the tool. All other joints of the
+/// chain are held while these are solved.
 class ArmShape {
  public:
   /// Nothing when no three lines of successive rotary joints, behind three others, meet.

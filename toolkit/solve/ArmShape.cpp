@@ -73,6 +73,8 @@ std::optional<ArmShape> ArmShape::of(const JointChain& chain) {
   for (std::size_t last = turns.size(); last-- > 5;) {
     const auto meeting = meetingAt(chain, turns, last);
     if (!meeting || meeting->miss > kMeeting) continue;
+    // Through the wrist centre the third joint's line would carry it nowhere.
+    if (distanceToLine(meeting->centre, chain.joints[at(turns[last - 3])]) <= kMeeting) continue;
     std::array<int, 6> joints{};
     std::copy_n(turns.begin() + static_cast<std::ptrdiff_t>(last) - 5, 6, joints.begin());
     return ArmShape(chain, joints, meeting->centre);

@@ -11,8 +11,17 @@ using zgeo::UVec3d;
 namespace korvo {
 namespace {
 
+bool isFinite(const Values& values) {
+  return std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); });
+}
+
 bool isFinite(const UVec3d& v) {
   return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
+
+/// Whether there is something to solve.
+bool isQuestion(const UVec3d& tip, const UVec3d& direction, const Values& from) {
+  return isFinite(tip) && isFinite(direction) && direction != UVec3d() && isFinite(from);
 }
 
 /// `angleBetween` of two directions of length 1.
@@ -146,7 +155,7 @@ void Solver::solve(const Target& target, const Values& from, std::vector<Solutio
                    Limits limits) const {
   out.clear();
   const UVec3d direction = target.direction.normalised();
-  if (!isFinite(target.tip) || !isFinite(direction) || direction == UVec3d()) return;
+  if (!isQuestion(target.tip, direction, from)) return;
   const Query query{*core_, target, direction, from, limits, out};
   if (core_->kind == SolverKind::none) return;
   core_->kind == SolverKind::arm ? solveArm(query) : solveCartesian(query);
@@ -156,15 +165,16 @@ void Solver::solve(const FrameTarget& target, const Values& from, std::vector<So
                    Limits limits) const {
   out.clear();
   const UVec3d tip = target.frame.getOrigin();
-  if (core_->kind != SolverKind::arm || !isFinite(tip) || !isRotation(target.frame)) return;
   UVec3d direction = core_->chain.toolDirection;
   target.frame.applyDir(direction);
+  if (core_->kind != SolverKind::arm || !isRotation(target.frame)) return;
+  if (!isQuestion(tip, direction, from)) return;
   solveArm({*core_, {tip, direction}, direction, from, limits, out, &target.frame});
 }
 
 std::optional<Shortfall> Solver::shortfall(const Target& target, const Values& from) const {
   const UVec3d direction = target.direction.normalised();
-  if (core_->kind != SolverKind::arm || !isFinite(target.tip) || !isFinite(direction)) return {};
+  if (core_->kind != SolverKind::arm || !isQuestion(target.tip, direction, from)) return {};
   std::vector<Solution> none;
   return shortfallOfArm({*core_, target, direction, from, Limits::ignored, none});
 }
@@ -172,7 +182,7 @@ std::optional<Shortfall> Solver::shortfall(const Target& target, const Values& f
 void Solver::approach(const Target& target, const Values& from, std::vector<Solution>& out) const {
   out.clear();
   const UVec3d direction = target.direction.normalised();
-  if (!isFinite(target.tip) || !isFinite(direction) || direction == UVec3d()) return;
+  if (!isQuestion(target.tip, direction, from)) return;
   if (core_->kind == SolverKind::none) return;
   const Query query{*core_, target, direction, from, Limits::ignored, out, nullptr, true};
   core_->kind == SolverKind::arm ? solveArm(query) : solveCartesian(query);

@@ -82,7 +82,8 @@ struct SingularDistance {
   /// axis) to the nearest one at which two rotary axes lose a degree of freedom.
   double directionRad = std::numeric_limits<double>::infinity();
   double elbowRad = std::numeric_limits<double>::infinity();  ///< Of an arm: to the straight elbow.
-  double shoulderMm = std::numeric_limits<double>::infinity();  ///< Wrist centre to the first line.
+  /// Of an arm: from the wrist centre to where its two shoulder sides meet.
+  double shoulderMm = std::numeric_limits<double>::infinity();
 };
 
 /// A position that reaches a target, verified forward.
@@ -141,8 +142,8 @@ class KORVO_TOOLKIT_API Solver {
   /// Every solution, branch by branch, turns ascending. `out` is emptied first, its storage kept.
   ///
   /// @frames  Machine frame.
-  /// @errors  Empty when nothing reaches the target, when the target is not finite or its direction
-  ///          null, and when no closed form serves the machine.
+  /// @errors  Empty when nothing reaches the target, when target or start is not finite or the
+  ///          direction null, and when no closed form serves the machine.
   /// @cost    Closed forms and one forward walk a solution; no allocation once `out` has grown.
   void solve(const Target& target, const Values& from, std::vector<Solution>& out,
              Limits limits = Limits::kept) const;
