@@ -26,10 +26,10 @@ using zkin::KMachine;
 
 constexpr double kDegree = std::numbers::pi / 180.0;
 
-/// Where the shoulder is as near to a fold of its own, rounding of its angles takes a target at the
-/// wrist's edge out of reach by some 1e-11 rad, at the end of a lever: what counts as reached
-/// holds.
-constexpr double kTwoFolds = 1e-3;
+/// Where a second fold is this near (what the shoulder spans, or the share of the way from the
+/// first line that lies across it), rounding of the one takes the target out of reach of the other
+/// by some 1e-11 rad, at the end of a lever: there what counts as reached holds.
+constexpr double kTwoFolds = 1e-2;
 
 enum class Place { wrist, overAxis, elbow };
 const char* const kPlaceNames[] = {"straight wrist, or at its edge", "wrist over the first axis",
@@ -188,9 +188,12 @@ class ArmPlace {
       bent[2] = degrees;
       return ((centreAt(bent) - point) ^ direction).norm2();
     });
-    values[2] = wave.top() + (dice_.oneIn(2) ? 180 : 0);
-    if (dice_.oneIn(2) && wave.a - wave.height() < 1e4) return {};  // folded onto the second line
-    return aside(values, 2, anySmall(-15, -3), 1.5);
+    const bool isFolded = dice_.oneIn(2);
+    values[2] = wave.top() + (isFolded ? 180 : 0);
+    const double distance = std::sqrt(std::max(0.0, wave.a + (isFolded ? -1 : 1) * wave.height()));
+    if (distance < 100) return {};  // folded onto the second line: it has no effect either
+    // The nearer the centre is to the second line, the more that one turns for the same bend.
+    return aside(values, 2, anySmall(-15, -3), 1.5 * std::clamp(distance / 800, 0.1, 1.0));
   }
 
   // --- what has to be there
@@ -274,12 +277,20 @@ class ArmPlace {
     degrees_ = 0.0;
   }
 
+  bool isAtTwoFolds(const Values& values) {
+    if (place_ == Place::wrist) return shoulderAt(values) < kTwoFolds;
+    const auto [first, onFirst] = lineAt(values, 0);
+    const UVec3d across = (first ^ lineAt(values, 1).first).normalised();
+    const UVec3d way = centreAt(values) - onFirst;
+    return place_ == Place::elbow && std::abs(way * across) < kTwoFolds * way.norm();
+  }
+
   void verify(const Solution& s, const FrameTarget& target) {
     row_.families += s.isFamily();
     const Residual miss = missOf(*machine_, s.values, target);
     const double size = sizeOf(*machine_, s.values, {target.frame.getOrigin(), {0, 0, 1}}) / 1000;
     const bool isOff = miss.pointMm > 1e-9 * size;
-    if (isOff && place_ == Place::wrist && shoulderAt(s.values) < kTwoFolds) {
+    if (isOff && isAtTwoFolds(s.values)) {
       ++row_.twoFolds;
       if (!miss.isReached()) fault(row_.wrong, "missed at two folds");
       return;

@@ -163,7 +163,7 @@ class ArmAsked {
 
   /// Within 1e-6 degrees, or what rounding makes of a position next to a singular one.
   void expectMade(const Values& made) {
-    const double sure = std::max(1e-6, 1e-10 / std::max(regularity(made), 1e-9));
+    const double sure = std::max(1e-6, 1e-9 / std::max(regularity(made), 1e-9));
     const auto isMade = [&](const Solution& s) { return isSameTurned(s.values, made, sure); };
     if (std::none_of(out_.begin(), out_.end(), isMade)) {
       row_.fault(row_.missing, "the position that made the frame", arm_.text);
