@@ -199,9 +199,10 @@ class ArmPlace {
   // --- what has to be there
 
   /// Degrees that rounding leaves open next to the singular place, more where the wrist turns what
-  /// is left of it into more, and `beside` for targets there.
+  /// is left of it into more, and `beside` for targets there. An elbow that misses its fold by
+  /// 1e-12 of the size is flat (1.4e-6 rad, and ten times that where the second line is near).
   double tolerance(double beside, double wrist, double shoulder) const {
-    const double root = 2e-4, over = 1e-11 / std::max(by_, 1e-30) / kDegree;
+    const double root = 1e-3, over = 1e-11 / std::max(by_, 1e-30) / kDegree;
     double open = place_ == Place::elbow ? root : over;
     if (place_ != Place::wrist) open /= std::max(wrist, 1e-6);
     if (place_ == Place::wrist) open /= std::max(shoulder, 1e-9);
