@@ -119,7 +119,7 @@ class ArmAsked {
       if (s.freePlaces[0] != 5) row_.fault(row_.wrong, "the last joint is free", arm_.text);
       Values sameLast = s.values;
       sameLast[5] = made[5];
-      isMade = isMade || isSameTurned(sameLast, made, 1e-6);
+      isMade = isMade || isSameTurned(sameLast, made, sureOf(made));
     }
     if (!isMade) row_.fault(row_.missing, "the position that made the direction", arm_.text);
   }
@@ -161,9 +161,13 @@ class ArmAsked {
     return shoulder * wrist;
   }
 
-  /// Within 1e-6 degrees, or what rounding makes of a position next to a singular one.
+  /// Degrees: 1e-6, or what rounding makes of a position next to a singular one.
+  double sureOf(const Values& values) const {
+    return std::max(1e-6, 1e-9 / std::max(regularity(values), 1e-9));
+  }
+
   void expectMade(const Values& made) {
-    const double sure = std::max(1e-6, 1e-9 / std::max(regularity(made), 1e-9));
+    const double sure = sureOf(made);
     const auto isMade = [&](const Solution& s) { return isSameTurned(s.values, made, sure); };
     if (std::none_of(out_.begin(), out_.end(), isMade)) {
       row_.fault(row_.missing, "the position that made the frame", arm_.text);
