@@ -125,9 +125,12 @@ bool carry(const Query& query, Values& values);
 /// Nothing, with neither position changed, elsewhere.
 std::optional<std::array<bool, 2>> carryBoth(const Query& query, std::array<Values, 2>& values);
 
+/// How far a position misses what is asked for.
+Residual residualOf(const Query& query, const Values& values);
+
 /// Adds what `values` are to the solutions if, computed forward, they reach the target.
-void add(const Query& query, const Values& values, const Branch& branch,
-         const SingularDistance& singular, std::array<int, 2> freePlaces = {-1, -1});
+void add(const Query& query, Values values, const Branch& branch, const SingularDistance& singular,
+         std::array<int, 2> freePlaces = {-1, -1});
 
 /// Adds a solution whose residual and margin are known if it reaches the target inside the limits.
 void accept(const Query& query, const Solution& solution);

@@ -5,6 +5,7 @@
 
 #include "toolkit/solve/Cone.h"
 #include "toolkit/solve/Core.h"
+#include "toolkit/solve/Refine.h"
 
 using zgeo::UVec3d;
 
@@ -54,12 +55,6 @@ Residual residualOf(const JointChain& chain, const Values& values, const zgeo::U
   return {tip.distanceTo(frame.getOrigin()), turnBetween(motion, frame)};
 }
 
-Residual residualOf(const Query& query, const Values& values) {
-  const JointChain& chain = query.core.chain;
-  return query.frame ? residualOf(chain, values, *query.frame)
-                     : residualOf(chain, values, query.target.tip, query.direction);
-}
-
 bool isRotation(const zgeo::UMatrix& m) {
   constexpr double kSquare = 1e-9;
   UVec3d rows[3];
@@ -84,10 +79,19 @@ void takeMargin(double margin, int place, Solution& solution) {
 
 }  // namespace
 
-void add(const Query& query, const Values& values, const Branch& branch,
-         const SingularDistance& singular, std::array<int, 2> freePlaces) {
+Residual residualOf(const Query& query, const Values& values) {
+  const JointChain& chain = query.core.chain;
+  return query.frame ? residualOf(chain, values, *query.frame)
+                     : residualOf(chain, values, query.target.tip, query.direction);
+}
+
+void add(const Query& query, Values values, const Branch& branch, const SingularDistance& singular,
+         std::array<int, 2> freePlaces) {
   Solution solution;
   solution.residual = residualOf(query, values);
+  if (query.core.arm && !query.takesMissed && solution.residual.isReached()) {
+    refine(query, values, solution.residual);
+  }
   for (const Joint& joint : query.core.chain.joints) {
     if (joint.place < 0) continue;
     const double value = values[at(joint.place)];

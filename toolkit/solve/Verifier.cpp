@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/rotations/Pair.h"
+#include "toolkit/solve/Refine.h"
 
 namespace korvo {
 namespace {
@@ -106,8 +107,8 @@ void Verifier::verify() {
   takeMargins();
   for (int k = 0; k < count; ++k) {
     Solution& s = candidates_[at(k)].solution;
-    if (isWalked) {
-      s.residual = {r.pointMm[k], r.directionRad[k]};
+    s.residual = {r.pointMm[k], r.directionRad[k]};
+    if (isWalked && (isFine(s.residual) || !query_.core.arm)) {
       accept(query_, s);
     } else {
       add(query_, s.values, s.branch, s.singular, s.freePlaces);
