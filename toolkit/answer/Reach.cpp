@@ -9,13 +9,14 @@
 namespace korvo {
 namespace {
 
-// Nearest first; the sort is stable.
+/// Nearest first; of those equally near the one found first.
 std::vector<const Solution*> byDistance(const std::vector<Solution>& found, const Values& from) {
   std::vector<const Solution*> sorted;
   sorted.reserve(found.size());
   for (const Solution& solution : found) sorted.push_back(&solution);
-  std::stable_sort(sorted.begin(), sorted.end(), [&](const Solution* a, const Solution* b) {
-    return isNearer(a->values, b->values, from);
+  std::sort(sorted.begin(), sorted.end(), [&](const Solution* a, const Solution* b) {
+    if (isNearer(a->values, b->values, from)) return true;
+    return a < b && !isNearer(b->values, a->values, from);
   });
   return sorted;
 }
