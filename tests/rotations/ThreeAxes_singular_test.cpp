@@ -133,13 +133,14 @@ TEST_P(NextToTheLine, FromAroundTheThirdReaches) {
 
 TEST_P(NextToTheLine, PointsAroundTheSecondAreReached) {
   Dice dice(5);
+  const double open = 4 * tolerance();  // the third angle is at a fold of its own there
   for (const MakeArm make : kArms) {
     for (int i = 0; i < kEach; ++i) {
       Arm arm = make(dice);
       const ThreeAngles made{dice.angle(), dice.angle(), dice.angle()};
       arm.from = turnedBack(arm.l3, beside(arm.l2, GetParam() * 500, dice), made.a3);
       const Vec3 to = arm.at(made.a1, made.a2, made.a3);
-      expectFound(arm, arm.to(to), {made.a1, unlessClose(made.a2), made.a3}, to, tolerance());
+      expectFound(arm, arm.to(to), {made.a1, unlessClose(made.a2), made.a3}, to, open);
     }
   }
 }

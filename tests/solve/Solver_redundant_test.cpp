@@ -135,7 +135,7 @@ struct Spare {
 
 // X, Y and Z carry: a mm of U along u moves them by -u.
 TEST(SolverRedundant, SpareLinearAxisOfAnyDirectionMovesByTheLeast) {
-  const int count = proofCount(400, 100000);
+  const int count = proofCount(1000, 100000);
   int moved = 0, none = 0;
   for (int i = 0; i < count; ++i) {
     Dice dice(static_cast<unsigned>(i));

@@ -55,6 +55,14 @@ struct Refusal {
   const char* french;
 };
 
+Target targetAt(const Machine& machine, const std::vector<std::pair<std::string, double>>& values) {
+  Position at = machine.position();
+  for (const auto& [axis, value] : values) at[axis] = value;
+  UVec3d nose, direction;
+  machine->getTool(at, nose, direction, -1);
+  return {nose - direction * machine->getTHELength(-1), direction};
+}
+
 Position startOf(const Refusal& r) {
   Position from = r.machine.position();
   for (const auto& [axis, value] : r.from) from[axis] = value;
@@ -150,6 +158,16 @@ std::vector<Refusal> refusals() {
        Unit::degree,
        "B is locked: the target would be reached with B at 30 degrees, 30 degrees away",
        "B est bloqué : la cible serait atteinte avec B à 30 degrés, à 30 degrés de là"},
+      // The first joint turns whatever the others reach about its line
+      {"LockedJointOfAnArm",
+       withLock(example("arm-irb2400"), 0),
+       {},
+       targetAt(example("arm-irb2400"), {{"J1", 30}, {"J2", 10}, {"J5", 40}}),
+       Reason::lockedAxis,
+       30,
+       Unit::degree,
+       "J1 is locked: the target would be reached with J1 at 30 degrees, 30 degrees away",
+       "J1 est bloqué : la cible serait atteinte avec J1 à 30 degrés, à 30 degrés de là"},
       {"TwoLockedAxes",
        withLock(withLock(example("mill-3axis"), 0), 1),
        {},
@@ -213,6 +231,16 @@ std::vector<Refusal> refusals() {
       // 431.8^2
       {"ArmTooShort",
        example("arm-puma560"),
+       {},
+       {{2000, 0, 671.83}, {0, 0, -1}},
+       Reason::outOfReach,
+       2000 - kPumaReach,
+       Unit::mm,
+       "out of reach: the wrist centre would lie 1122.99 mm beyond what the arm reaches",
+       "hors de portée : le centre du poignet serait à 1122.99 mm de ce que le bras atteint"},
+      // no joint free brings it nearer
+      {"LockedArmTooShort",
+       withLock(example("arm-puma560"), 3),
        {},
        {{2000, 0, 671.83}, {0, 0, -1}},
        Reason::outOfReach,

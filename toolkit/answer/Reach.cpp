@@ -92,8 +92,9 @@ std::optional<Answer> Reach::follow(const Target& target, Position& at, Solution
   found = Solution();
   found.residual = answer.residual;
   if (answer.status != Status::reached) return answer;
-  found.values = valuesOf(answer.position);
   *at = *answer.position;
+  if (const Solution* nearest = nearestOf(target, at)) found = *nearest;
+  found.values = valuesOf(at);
   return {};
 }
 

@@ -40,7 +40,8 @@ class WhyNot;
 ///      over its axes, is least; of linear axes beyond three one at a time is tried at both its
 ///      limits.
 /// Each is said of the candidate that comes nearest, which is `position`. Where the tool cannot
-/// point so that is one that points along `nearestDirection`.
+/// point so that is one that points along `nearestDirection`. An arm with locked joints that come
+/// near no candidate gets the reason that it would have with all of them free.
 class KORVO_TOOLKIT_API Reach {
  public:
   explicit Reach(const Machine& machine, const SolverOptions& options = {},

@@ -77,6 +77,7 @@ Answer WhyNot::explain(const Target& target, const Position& from) {
   if (nearest && nearest->status == Status::reached) return *nearest;
   if (std::optional<Answer> answer = locked(target, from)) return *answer;
   if (std::optional<Answer> answer = held(target, from)) return *answer;
+  if (!nearest && isArmLocked()) return withoutLocks(target, from);
   return nearest ? *nearest : beside(target, from);
 }
 
@@ -108,11 +109,15 @@ Answer WhyNot::unserved(const Target& target, const Position& from) const {
 // --- locks
 
 // With the axes at these places free.
-std::optional<Solution> WhyNot::unlocked(const std::vector<int>& places, const Target& target,
-                                         const Values& from) const {
+Machine WhyNot::unlocked(const std::vector<int>& places) const {
   Machine machine = machine_;
   for (const int place : places) unlock(machine, place);
-  return nearestBy(Solver(machine, options_), target, from);
+  return machine;
+}
+
+std::optional<Solution> WhyNot::nearestUnlocked(const std::vector<int>& places,
+                                                const Target& target, const Values& from) const {
+  return nearestBy(Solver(unlocked(places), options_), target, from);
 }
 
 std::optional<Answer> WhyNot::locked(const Target& target, const Position& from) const {
@@ -120,12 +125,26 @@ std::optional<Answer> WhyNot::locked(const Target& target, const Position& from)
   const Values start = valuesOf(from);
   std::optional<Solution> nearest;
   for (const int place : places) {
-    const std::optional<Solution> one = unlocked({place}, target, start);
+    const std::optional<Solution> one = nearestUnlocked({place}, target, start);
     if (one && (!nearest || isNearer(one->values, nearest->values, start))) nearest = one;
   }
-  if (!nearest && places.size() > 1) nearest = unlocked(places, target, start);
+  if (!nearest && places.size() > 1) nearest = nearestUnlocked(places, target, start);
   if (!nearest) return {};
   return wanting(target, from, *nearest, places, Reason::lockedAxis);
+}
+
+bool WhyNot::isArmLocked() const {
+  return solver_.kind() == SolverKind::arm && !lockedPlaces(solver_.chain()).empty();
+}
+
+// What locked joints leave of an arm comes near nothing: the reason is that of all of them free.
+Answer WhyNot::withoutLocks(const Target& target, const Position& from) const {
+  const std::vector<int> places = lockedPlaces(solver_.chain());
+  Answer answer = WhyNot(unlocked(places), options_, language_).explain(target, from);
+  if (answer.status != Status::reached) return answer;
+  Solution solution;
+  solution.values = valuesOf(answer.position);
+  return wanting(target, from, solution, places, Reason::lockedAxis);
 }
 
 std::optional<Answer> WhyNot::held(const Target& target, const Position& from) const {

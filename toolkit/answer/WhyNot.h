@@ -26,8 +26,11 @@ class WhyNot {
   Answer standing(const Target& target, const Position& from) const;
   Answer unserved(const Target& target, const Position& from) const;
   std::optional<Answer> locked(const Target& target, const Position& from) const;
-  std::optional<Solution> unlocked(const std::vector<int>& places, const Target& target,
-                                   const Values& from) const;
+  Machine unlocked(const std::vector<int>& places) const;
+  std::optional<Solution> nearestUnlocked(const std::vector<int>& places, const Target& target,
+                                          const Values& from) const;
+  bool isArmLocked() const;
+  Answer withoutLocks(const Target& target, const Position& from) const;
   std::optional<Answer> held(const Target& target, const Position& from) const;
   Answer wanting(const Target& target, const Position& from, const Solution& solution,
                  const std::vector<int>& places, Reason reason) const;

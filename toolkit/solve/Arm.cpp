@@ -214,11 +214,16 @@ class ArmTask {
     const double from = value(free);
     for (int step = 0; step <= 360; ++step) {
       for (const double degrees : {from + step, from - step}) {
-        if (!isInside(pinned(free), degrees) && query_.limits == Limits::kept) continue;
+        if (!mayStand(pinned(free), degrees)) continue;
         value(free) = degrees;
         if (visit(free)) return;
       }
     }
+  }
+
+  bool mayStand(const Joint& joint, double degrees) const {
+    const bool isBound = query_.limits == Limits::kept || joint.isLocked;
+    return !isBound || isInside(joint, degrees);
   }
 
   /// A locked joint of the arm may stand where it starts alone.
@@ -365,7 +370,7 @@ class ArmTask {
   /// Turns of one place of a joint inside its limits, and its limits where the place is the start.
   void addPlaces(const Joint& joint, double degrees, double from, std::vector<double>& out) const {
     if (degrees == from) out.push_back(std::clamp(from, joint.min, joint.max));
-    if (query_.limits == Limits::ignored) return out.push_back(degrees);
+    if (query_.limits == Limits::ignored && !joint.isLocked) return out.push_back(degrees);
     const TurnRange range = turnsOf(joint, degrees, from, query_.limits);
     for (int k = 0; k < range.count; ++k) out.push_back(onLimit(joint, range[k]));
   }

@@ -92,7 +92,8 @@ struct Query {
   double& value(int joint, Values& values) const { return values[at(core.joint(joint).place)]; }
 };
 
-/// The values that differ by full turns and are inside the limits: first, first + 360, ...
+/// The values that differ by full turns and are inside the limits, which a locked joint always
+/// keeps: first, first + 360, ...
 struct TurnRange {
   double first = 0.0;
   int count = 0;

@@ -17,7 +17,7 @@ std::array<double, 2> listedRange(const Joint& joint, double start) {
 }
 
 TurnRange turnsOf(const Joint& joint, double degrees, double start, Limits limits) {
-  if (limits == Limits::ignored) {
+  if (limits == Limits::ignored && !joint.isLocked) {
     return {degrees + kTurn * std::round((start - degrees) / kTurn), 1};
   }
   const auto [low, high] = listedRange(joint, start);
