@@ -217,7 +217,7 @@ TEST(Reach, AStartThatIsNoNumberIsSaid) {
   const Position from = machine.position({{"X", std::nan("")}});
   const Answer answer = Reach(machine).nearest({{0, 0, 200}, kUp}, from);
   EXPECT_EQ(answer.reason, Reason::noDirection);
-  EXPECT_EQ(answer.text, "a start in finite numbers is wanted");
+  EXPECT_EQ(answer.text, "no start: one of its values is not finite");
 }
 
 // --- which form serves a machine

@@ -70,8 +70,8 @@ std::vector<Refusal> refusals() {
        Reason::noDirection,
        0,
        Unit::none,
-       "a point and a direction in finite numbers, the direction not null, are wanted",
-       "il faut un point et une direction en nombres finis, la direction non nulle"},
+       "no target: the point or the direction is not finite, or the direction is null",
+       "pas de cible : le point ou la direction n'est pas fini, ou la direction est nulle"},
       {"NoRotaryAxis",
        example("mill-3axis"),
        {},
@@ -110,7 +110,7 @@ std::vector<Refusal> refusals() {
        19,
        Unit::mm,
        "outside the limits: X above by 19 mm",
-       "hors des courses : X au-dessus de son maximum de 19 mm"},
+       "hors des courses : X dépasse de 19 mm son maximum"},
       // Y ends at -203 and Z, with the nose 110 above the table at 0, at 508
       {"TwoAxesOutside",
        example("mill-3axis"),
@@ -120,7 +120,7 @@ std::vector<Refusal> refusals() {
        1.5,
        Unit::mm,
        "outside the limits: Y below by 1.5 mm, Z above by 2 mm",
-       "hors des courses : Y sous son minimum de 1.5 mm, Z au-dessus de son maximum de 2 mm"},
+       "hors des courses : Y descend de 1.5 mm sous son minimum, Z dépasse de 2 mm son maximum"},
       // A ends at -120; the other branch, A = 130, is 100 beyond its end at 30
       {"ARotaryAxisOutside",
        example("table-ac"),
@@ -130,7 +130,7 @@ std::vector<Refusal> refusals() {
        10,
        Unit::degree,
        "outside the limits: A below by 10 degrees",
-       "hors des courses : A sous son minimum de 10 degrés"},
+       "hors des courses : A descend de 10 degrés sous son minimum"},
       {"LockedLinearAxis",
        withLock(example("mill-3axis"), 0),
        {{"X", 4}},
@@ -139,7 +139,7 @@ std::vector<Refusal> refusals() {
        10,
        Unit::mm,
        "X is locked: the target would be reached with X at 14 mm, 10 mm away",
-       "X est bloqué : la cible serait atteinte avec X à 14 mm, à 10 mm de là"},
+       "X est bloqué : la cible serait atteinte avec X à 14 mm, soit un écart de 10 mm"},
       // 30 degrees about Y, the nose 215 below B, B 0.02 beside C: X by 215 sin 30 and more
       {"LockedRotaryAxis",
        withLock(example("head-cb-fork"), 3),
@@ -149,7 +149,7 @@ std::vector<Refusal> refusals() {
        30,
        Unit::degree,
        "B is locked: the target would be reached with B at 30 degrees, 30 degrees away",
-       "B est bloqué : la cible serait atteinte avec B à 30 degrés, à 30 degrés de là"},
+       "B est bloqué : la cible serait atteinte avec B à 30 degrés, soit un écart de 30 degrés"},
       {"TwoLockedAxes",
        withLock(withLock(example("mill-3axis"), 0), 1),
        {},
@@ -185,7 +185,8 @@ std::vector<Refusal> refusals() {
        7,
        Unit::mm,
        "no three free linear axes in independent directions: the point is missed by 7 mm",
-       "pas trois axes linéaires libres de directions indépendantes : le point est manqué de 7 mm"},
+       "les axes linéaires libres n'ont pas trois directions indépendantes : le point est manqué "
+       "de 7 mm"},
       // X and Z of a lathe: the spindle C turns the tool's direction alone
       {"Lathe",
        machineOf("frame\nrotation=C,6,z,0,0,0,0,0\npart=x,y,0,0,0\nlien=BATI\naxis=Z,3,z\n"
