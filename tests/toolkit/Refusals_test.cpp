@@ -239,8 +239,8 @@ std::vector<Refusal> refusals() {
        1000,
        Unit::mm,
        "RAIL stays where it starts: the target would be reached with RAIL at 1000 mm, 1000 mm away",
-       "RAIL reste à sa position de départ : la cible serait atteinte avec RAIL à 1000 mm, à 1000 "
-       "mm de là"},
+       "RAIL reste à sa position de départ : la cible serait atteinte avec RAIL à 1000 mm, soit "
+       "un écart de 1000 mm"},
       {"NoBallWrist",
        machineOf(kOffsetWrist),
        {},
