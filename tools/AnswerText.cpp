@@ -64,13 +64,8 @@ UVec3d directionInPartZero(const Session& session, UVec3d direction) {
   return direction;
 }
 
-bool hasBranches(const Answer& answer) {
-  return answer.solver == SolverKind::twoRotary || answer.solver == SolverKind::moreRotary ||
-         answer.solver == SolverKind::arm;
-}
-
 void printSolved(std::ostream& out, const Session& session, const Answer& answer, Language l) {
-  if (hasBranches(answer)) {
+  if (hasBranches(answer.solver)) {
     out << label(l, "Branch", "Branche") << branchText(answer.branch, l) << '\n';
   }
   if (!answer.freeAxes.empty()) {
@@ -101,7 +96,7 @@ json finiteOrNull(double value) { return std::isfinite(value) ? json(value) : js
 json solvedJson(const Session& session, const Answer& answer) {
   const SingularDistance& singular = answer.singular;
   return {{"kind", toString(answer.solver)},
-          {"branch", hasBranches(answer) ? json(answer.branch) : json()},
+          {"branch", hasBranches(answer.solver) ? json(answer.branch) : json()},
           {"freeAxes", namesOf(session, answer.freeAxes)},
           {"singular",
            {{"direction", finiteOrNull(singular.directionRad * kRadToDeg)},
@@ -185,6 +180,10 @@ bool isRounding(const Session& session, const Answer& answer) {
 }
 
 }  // namespace
+
+bool hasBranches(SolverKind kind) {
+  return kind == SolverKind::twoRotary || kind == SolverKind::moreRotary || kind == SolverKind::arm;
+}
 
 bool isRotary(const Session& session, int place) {
   return session.machine()->getAxisElem(place + 1)->getElemType() ==

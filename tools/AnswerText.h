@@ -32,6 +32,9 @@ void printMargins(std::ostream& out, const Session& session, const Position& at,
                   const std::vector<Margin>& margins, Language language = Language::english);
 nlohmann::json marginsJson(const Session& session, const std::vector<Margin>& margins);
 
+/// Whether positions of that solver have branches.
+bool hasBranches(SolverKind kind);
+
 /// Whether the axis at that place is rotary, and the word of its unit.
 bool isRotary(const Session& session, int place);
 std::string unitWord(const Session& session, int place, Language language = Language::english);

@@ -42,7 +42,7 @@ void takeMargin(const std::optional<double>& margin, int place, Cells& cells) {
 Cells cellsOf(const Answer& answer) {
   Cells cells(answer.position);
   cells.residual = answer.residual;
-  cells.branch = answer.branch;
+  cells.branch = hasBranches(answer.solver) ? answer.branch : "";
   cells.freeAxes = answer.freeAxes;
   cells.singular = answer.singular;
   for (std::size_t i = 0; i < answer.margins.size(); ++i) {
@@ -154,7 +154,8 @@ void InverseRows::queryNearest(const Target& target, Row& row) {
   Cells& cells = row.found[0];
   *cells.position = *at_;
   cells.residual = found.residual;
-  cells.branch = found.branch.label(reach_->solver().kind());
+  const SolverKind kind = reach_->solver().kind();
+  cells.branch = hasBranches(kind) ? found.branch.label(kind) : "";
   cells.freeAxes.clear();
   for (const int place : found.freePlaces) {
     if (place >= 0) cells.freeAxes.push_back(place);

@@ -265,6 +265,16 @@ TEST(Serves, OfAnArmOnlyWhatIsFreeCarriesAndTurns) {
   EXPECT_EQ(served.text, "arm: J2 and J3 carry the wrist, J4, J5 and J6 turn the tool; locked: J1");
 }
 
+TEST(Serves, TheLibraryIsNamedWhereItMayAnswer) {
+  Machine machine = example("head-cb-fork");
+  machine->getElemByName("B")->setValueIndex(0);  // that of X
+  const korvo::Solver solver(machine);
+  ASSERT_EQ(solver.unserved(), korvo::Unserved::coupledAxes);
+  EXPECT_EQ(servedBy(machine, solver).text,
+            "no closed form serves this machine: one value, X, moves two joints; the library's own "
+            "solver may answer (LibrarySolver, --engine library)");
+}
+
 // Two parallel joints, then one that slides and one that turns about the tool: the library's arm
 // solver wants a wrist.
 TEST(Serves, TheLibraryIsNotRecommendedWhereItCannotEither) {
@@ -275,7 +285,7 @@ TEST(Serves, TheLibraryIsNotRecommendedWhereItCannotEither) {
   const korvo::Solver solver(machine);
   EXPECT_EQ(servedBy(machine, solver).text,
             "no closed form serves this machine: linear axes: 1, rotary axes: 3, where three "
-            "linear axes or six joints are wanted; nor can the library's own solver");
+            "linear axes or six joints are wanted; nor does the library's own solver serve it");
   EXPECT_NE(
       korvo::LibrarySolver(machine).nearest({{300, 100, 50}, {0, 0, 1}}, machine.position()).status,
       Status::reached);

@@ -206,10 +206,10 @@ std::vector<Refusal> refusals() {
        0,
        Unit::none,
        "no closed form serves this machine: linear axes: 1, rotary axes: 3, where three linear "
-       "axes or six joints are wanted; --engine library asks the library's own solver",
+       "axes or six joints are wanted; nor does the library's own solver serve it",
        "aucune solution analytique pour cette machine : axes linéaires : 1, axes rotatifs : 3, "
-       "alors qu'il faut trois axes linéaires ou six articulations ; --engine library interroge le "
-       "solveur de la bibliothèque"},
+       "alors qu'il faut trois axes linéaires ou six articulations ; le solveur de la "
+       "bibliothèque ne la traite pas non plus"},
       // the wrist centre 150.05 beside the first axis; arms of 431.8 and the root of 20.3^2 +
       // 431.8^2
       {"ArmTooShort",
@@ -249,9 +249,9 @@ std::vector<Refusal> refusals() {
        12.5,
        Unit::mm,
        "no closed form serves this machine: the lines of J4, J5 and J6 miss each other by 12.5 mm; "
-       "--engine library asks the library's own solver",
+       "nor does the library's own solver serve it",
        "aucune solution analytique pour cette machine : les axes J4, J5 et J6 ne se coupent pas en "
-       "un point : écart de 12.5 mm ; --engine library interroge le solveur de la bibliothèque"},
+       "un point : écart de 12.5 mm ; le solveur de la bibliothèque ne la traite pas non plus"},
   };
 }
 

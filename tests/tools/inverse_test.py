@@ -4,6 +4,7 @@ import io
 import json
 import math
 import os
+import pty
 import subprocess
 
 from command_line_test import (ANSWERED, KORVO, NO, REFUSED, SCHEMAS, USAGE, CommandLine,
@@ -423,6 +424,11 @@ class Targets(InverseCommandLine):
         library = self.rows("x,y,z,i,j,k\n10,20,180,0,0,1\n", "--engine", "library")
         self.assertEqual(library, [self.LIBRARY, "2,ok,10,20,30,0,0,0,0,,,"])
 
+    def test_rows_without_a_branch_name_none(self):
+        table = self.write("t.csv", "x,y,z,i,j,k\n0,0,200,0,0,1\n")
+        row = self.answer("inverse", "mill-3axis", "--targets", table).splitlines()[1]
+        self.assertEqual(row.split(",")[11], "")
+
     # The tool 45 degrees from C, X 290 from its limit, A -45 75 from both its limits: Z is 130 from
     # its minimum.
     def test_rows_say_branch_margin_and_singular_distance(self):
@@ -564,6 +570,33 @@ class Targets(InverseCommandLine):
                 seen += os.read(child.stdout.fileno(), 65536)
             self.assertIsNone(child.poll())
             child.kill()
+
+    # The whole table is one block of the file: the bar counts the rows that were taken of it.
+    def test_a_bar_shows_how_far_slow_rows_are(self):
+        arm = self.write("seven.def", SEVEN_JOINTS)
+        table = self.write("slow.csv", "x,y,z,i,j,k\n" + "400,200,700,0,0,1\n" * 300)
+        ours, theirs = pty.openpty()
+        with open(os.devnull, "wb") as null:
+            child = subprocess.Popen([KORVO, "inverse", arm, "--targets", table, "--sample",
+                                      "J1=2000"], stdout=null, stderr=theirs)
+        os.close(theirs)
+        seen = b""
+        while b"%" not in seen:
+            seen += os.read(ours, 65536)
+        child.kill()
+        child.wait()
+        os.close(ours)
+        self.assertRegex(seen.decode(), r"\[#*\.+\] +\d+ %")
+
+    # Each far from the one before: the machine's own way from there leads outside the limits.
+    def test_rows_of_the_library_are_looked_up_in_its_list(self):
+        poses = "J1,J2,J3,J4,J5,J6\n" + "".join(
+            f"{170 * s},{-20 * s},{20 - 30 * s},{150 * s},{60 * s},{-200 * s}\n"
+            for s in (1, -1, 0.5, -0.9, 0.8, -0.4, 1, -0.7))
+        targets = self.write("arm.csv", self.answer("forward", "arm-irb2400", "--positions",
+                                                    self.write("poses.csv", poses)))
+        rows = self.answer("inverse", "arm-irb2400", "--targets", targets, "--engine", "library")
+        self.assertEqual([r.split(",")[1] for r in rows.splitlines()], ["status"] + ["ok"] * 8)
 
     def test_standard_input_is_a_table_too(self):
         run = self.run_korvo("inverse", self.machine, "--targets", "-",

@@ -101,10 +101,11 @@ inline constexpr Text kNoBallWrist{"the lines of {0} miss each other by {1}",
                                    "les axes {0} ne se coupent pas en un point : écart de {1}"};
 inline constexpr Text kNoWristPoint{"the lines of {0} have no point in common",
                                     "les axes {0} n'ont aucun point commun"};
-inline constexpr Text kNorLibrary{"{0}; nor can the library's own solver",
-                                  "{0} ; le solveur de la bibliothèque ne peut rien non plus"};
-inline constexpr Text kAskLibrary{"{0}; --engine library asks the library's own solver",
-                                  "{0} ; --engine library interroge le solveur de la bibliothèque"};
+inline constexpr Text kNorLibrary{"{0}; nor does the library's own solver serve it",
+                                  "{0} ; le solveur de la bibliothèque ne la traite pas non plus"};
+inline constexpr Text kAskLibrary{
+    "{0}; the library's own solver may answer (LibrarySolver, --engine library)",
+    "{0} ; le solveur de la bibliothèque peut répondre (LibrarySolver, --engine library)"};
 
 // --- the library's solvers
 
