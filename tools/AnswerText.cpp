@@ -261,10 +261,9 @@ void printFound(std::ostream& out, const Session& session, const Answer& answer,
 
 std::string reasonText(const Session& session, const Answer& answer, Language l) {
   if (!isRounding(session, answer)) return answer.text;
-  return answer.text +
-         in(l, "; that is rounding: reached is --dir ",
-            " ; c'est un arrondi : est atteinte --dir ") +
-         listedExactly(withoutDust(directionInPartZero(session, *answer.nearestDirection)));
+  return answer.text + in(l, "; that is rounding, --dir ", " ; ce n'est qu'un arrondi, --dir ") +
+         listedExactly(withoutDust(directionInPartZero(session, *answer.nearestDirection))) +
+         in(l, " is reached", " est atteinte");
 }
 
 // What is nearest is said with all digits: less of them, and it is not reached.

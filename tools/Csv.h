@@ -30,11 +30,9 @@ class LineBlocks {
 
   int number() const { return number_; }   ///< Of the line given last, from 1.
   bool wasCut() const { return wasCut_; }  ///< Whether that line was too long.
-  std::uint64_t bytesTaken() const {
-    return read_ - (end_ - begin_);
-  }                                                  ///< By `next`, for progress.
-  std::uint64_t fileSize() const { return size_; }   ///< 0 when not known.
-  const std::string& name() const { return name_; }  ///< For messages.
+  std::uint64_t bytesTaken() const { return read_ - (end_ - begin_); }  ///< For progress.
+  std::uint64_t fileSize() const { return size_; }                      ///< 0 when not known.
+  const std::string& name() const { return name_; }                     ///< For messages.
 
  private:
   bool fill();

@@ -70,8 +70,10 @@ std::vector<Refusal> refusals() {
        Reason::noDirection,
        0,
        Unit::none,
-       "no target: the point or the direction is not finite, or the direction is null",
-       "pas de cible : le point ou la direction n'est pas fini, ou la direction est nulle"},
+       "no target: the point or the direction is beyond the range of numbers, or the direction is "
+       "null",
+       "pas de cible : le point ou la direction dépasse le domaine des nombres, ou la direction "
+       "est nulle"},
       {"NoRotaryAxis",
        example("mill-3axis"),
        {},

@@ -190,9 +190,10 @@ class Inverse(InverseCommandLine):
         arguments = ("mill-3axis", "--point", "0,0,200", "--dir")
         run = self.run_korvo("inverse", *arguments, "0,1e-7,1")
         self.assertEqual(run.returncode, NO)
-        self.assertIn("; that is rounding: reached is --dir 0,0,1\n", run.stdout)
+        self.assertIn("; that is rounding, --dir 0,0,1 is reached\n", run.stdout)
         reason = self.no(*arguments, "0,1e-7,1", "--lang", "fr")["reason"]
-        self.assertTrue(reason["text"].endswith(" ; c'est un arrondi : est atteinte --dir 0,0,1"))
+        self.assertTrue(reason["text"].endswith(" ; ce n'est qu'un arrondi, --dir 0,0,1 est "
+                                                "atteinte"))
         self.assertAlmostEqual(reason["by"], math.degrees(1e-7), delta=1e-12)
         self.assertNotIn("rounding", self.run_korvo("inverse", *arguments, "0,1e-5,1").stdout)
         # X beyond its limit of 381: the direction is not all that misses
@@ -204,7 +205,7 @@ class Inverse(InverseCommandLine):
         nearest = self.no(*arguments, "0,0,1")["reason"]["nearestDirection"]
         beside = ",".join(f"{x:.6f}" for x in nearest)
         text = self.run_korvo("inverse", *arguments, beside).stdout
-        said = text.split("reached is --dir ")[1].split("\n")[0]
+        said = text.split("rounding, --dir ")[1].split(" is reached")[0]
         found = self.json("inverse", *arguments, said)["positions"][0]
         self.assertLess(found["residual"]["direction"], 1e-9)
 

@@ -8,8 +8,10 @@ namespace korvo::sentences {
 // --- the question
 
 inline constexpr Text kNoTarget{
-    "no target: the point or the direction is not finite, or the direction is null",
-    "pas de cible : le point ou la direction n'est pas fini, ou la direction est nulle"};
+    "no target: the point or the direction is beyond the range of numbers, or the direction is "
+    "null",
+    "pas de cible : le point ou la direction dépasse le domaine des nombres, ou la direction est "
+    "nulle"};
 inline constexpr Text kNoStart{"no start: one of its values is not finite",
                                "pas de position de départ : une de ses valeurs n'est pas finie"};
 
