@@ -1,10 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
 #include "kinematics/KMachineElem.h"
 #include "kinematics/KMachineValue.h"
+#include "kinematics/Placement.h"
 #include "kinematics/tolerances.h"
 #include "platform/zgeo/UMatrix.h"
 
@@ -40,37 +42,65 @@ class ChainWalk {
   std::size_t size() const { return size_; }
 
  private:
-  void addBefore(const KMachineElem* e);
+  void takeLong(const std::vector<KMachineElem>& elements, const KMachineElem* e);
 
   const KMachineElem* fixed_[kChainFixed];  // filled from its end, so the root comes first
-  std::vector<const KMachineElem*> heap_;   // the whole chain, tip first, once it outgrows fixed_
+  std::vector<const KMachineElem*> heap_;   // the whole chain once it outgrows fixed_
   const KMachineElem* const* first_ = nullptr;
   std::size_t size_ = 0;
 };
 
-/// The value of an axis at a position; 0 for an axis without a place.
-double axisValue(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& axis);
+/// The values of the axes at a position.
+class AxisValues {
+ public:
+  AxisValues(const MachineView& machine, const KMachineValueBase& v)
+      : places_(machine.axisValueIndex), values_(v.get()), last_(v.size() - 1) {}
+
+  // Deliberate: an axis of the frame's index, or beyond the numbers, stays (test:
+  // KMachineForward.AxisWithoutAPlaceInThePositionStays); one in a gap of the numbers reads the
+  // first value (KMachineForward.AxisAddedInAGapOfTheNumbersMovesByTheFirstValue).
+  double operator[](const KMachineElem& axis) const {
+    const std::size_t k = static_cast<std::size_t>(axis.getElemIndex()) - 1;
+    return k < places_.size() ? values_[std::clamp(places_[k], 0, last_)] : 0.0;
+  }
+
+ private:
+  const std::vector<int>& places_;
+  const double* values_;
+  int last_;
+};
 
 /// Moves `placed`, the placement of what carries the element, on by the element's own motion about
 /// or along its axis line as `placed` has moved it: it turns by its value (degrees), slides by its
 /// value (mm) or, a gun, by its length. Other elements move nothing.
-void moveByOwn(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& e,
-               zgeo::UMatrix& placed);
+inline void moveByOwn(const AxisValues& values, const KMachineElem& e, Placement& placed) {
+  switch (e.getElemType()) {
+    case KMachineElem::KMET_TYPE_AROT:
+      return placed.turn(e.getElemAxis(), e.getElemPivot(), values[e] * kDegToRad);
+    case KMachineElem::KMET_TYPE_ALIN:
+      return placed.slide(e.getElemAxis() * values[e]);
+    case KMachineElem::KMET_TYPE_DGUN:
+      return placed.slide(e.getElemAxis() * e.getTHELength());
+    default:
+      return;
+  }
+}
 
-/// Calls `visit(element, motion)` for every element of a chain, root first, with its motion matrix:
-/// bit by bit what `motionOf` gives for it.
+/// Calls `visit(element, motion)` for every element of a chain, root first, with its motion: bit by
+/// bit what `motionOf` gives for it.
 template <typename Visit>
 void walkMotions(const MachineView& machine, const KMachineValueBase& v, const ChainWalk& chain,
                  Visit visit) {
-  zgeo::UMatrix placed;
+  const AxisValues values(machine, v);
+  Placement placed;
   for (const KMachineElem* e : chain) {
     if (e->isInverted()) visit(*e, placed);  // moved only by what carries it
-    moveByOwn(machine, v, *e, placed);
+    moveByOwn(values, *e, placed);
     if (!e->isInverted()) visit(*e, placed);
   }
 }
 
-/// Motion matrix of the last element of its chain: all motions before it and, unless it is
+/// Motion of the last element of its chain: all motions before it and, unless it is
 /// inverted, its own. Identity for null.
 zgeo::UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v,
                        const KMachineElem* e);
