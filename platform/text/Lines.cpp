@@ -6,9 +6,7 @@ namespace korvo::text {
 namespace {
 
 constexpr std::wstring_view kUtf8Mark = L"\xEF\xBB\xBF";
-constexpr std::wstring_view kWhiteSpace = L" \t\r\n\v\f";
-
-bool isWhiteSpace(wchar_t c) { return kWhiteSpace.find(c) != std::wstring_view::npos; }
+bool isWhiteSpace(wchar_t c) { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
 
 /// Calls `keep(character, its rank)` for what a line says before its comment.
 template <class Keep>
