@@ -219,7 +219,7 @@ void DefinitionReader::findGeometry(KMachineElem& e) const {
   bool found = isReadable(e.getGeomFile());
   if (!found) {
     const std::wstring beside = replacedAll(e.getGeomFile(), kFolderWord, context_.folder);
-    found = isReadable(beside);
+    found = beside != e.getGeomFile() && isReadable(beside);
     if (found) e.setGeomFile(beside);
   }
   UTools::_trace(found ? L"\t(actual geom. file OK %s)" : L"\t(geom. file not found %s)",
