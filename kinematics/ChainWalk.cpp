@@ -29,9 +29,11 @@ void ChainWalk::takeLong(const std::vector<KMachineElem>& elements, const KMachi
 UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v, const KMachineElem* e) {
   Placement motion;
   const AxisValues values(machine, v);
-  for (const KMachineElem* c : ChainWalk(machine.elements, e)) {
-    if (c == e && e->isInverted()) break;  // moved only by what carries it
-    moveByOwn(values, *c, motion);
+  const ChainWalk chain(machine.elements, e);
+  ChainTurns turns(values, chain.end());
+  for (const KMachineElem* const* at = chain.begin(); at != chain.end(); ++at) {
+    if (*at == e && e->isInverted()) break;  // moved only by what carries it
+    moveByOwn(values, **at, motion, [&] { return turns.at(at); });
   }
   return motion.matrix();
 }
@@ -84,7 +86,8 @@ void motionsOf(const MachineView& machine, const KMachineValueBase& v, std::vect
   for (const std::size_t r : rootsFirst(previous)) {
     Placement placed = previous[r] == kNoRank ? Placement() : after[previous[r]];
     if (elements[r].isInverted()) out[r] = placed.matrix();
-    moveByOwn(values, elements[r], placed);
+    moveByOwn(values, elements[r], placed,
+              [&] { return korvo::rotations::sinCos(values[elements[r]] * kDegToRad); });
     if (!elements[r].isInverted()) out[r] = placed.matrix();
     after[r] = placed;
   }

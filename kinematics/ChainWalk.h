@@ -1,13 +1,16 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "kinematics/KMachineElem.h"
 #include "kinematics/KMachineValue.h"
 #include "kinematics/Placement.h"
 #include "kinematics/tolerances.h"
+#include "platform/rotations/SinCos.h"
 #include "platform/zgeo/UMatrix.h"
 
 namespace zkin {
@@ -70,13 +73,47 @@ class AxisValues {
   int last_;
 };
 
+/// What the rotary axes of a chain turn by, asked for in the order of the chain and computed two
+/// at once: bit by bit the sines and cosines of each alone.
+class ChainTurns {
+ public:
+  ChainTurns(const AxisValues& values, const KMachineElem* const* end)
+      : values_(values), end_(end) {}
+
+  korvo::rotations::SinCos at(const KMachineElem* const* axis) {
+    using namespace korvo::rotations;
+    if (std::exchange(hasNext_, false)) return next_;
+    const KMachineElem* const* other = std::find_if(axis + 1, end_, turns);
+    const double angle = angleOf(*axis), further = other == end_ ? kMostSinCos : angleOf(*other);
+    if (!(std::fabs(angle) < kMostSinCos && std::fabs(further) < kMostSinCos)) {
+      return sinCos(angle);
+    }
+    const auto [sine, cosine, versine] = sinCosWithin(Pair{angle, further});
+    next_ = {sine[1], cosine[1], versine[1]};
+    hasNext_ = true;
+    return {sine[0], cosine[0], versine[0]};
+  }
+
+ private:
+  static bool turns(const KMachineElem* e) {
+    return e->getElemType() == KMachineElem::KMET_TYPE_AROT;
+  }
+  double angleOf(const KMachineElem* axis) const { return values_[*axis] * kDegToRad; }
+
+  const AxisValues& values_;
+  const KMachineElem* const* end_;
+  korvo::rotations::SinCos next_{};
+  bool hasNext_ = false;
+};
+
 /// Moves `placed`, the placement of what carries the element, on by the element's own motion about
-/// or along its axis line as `placed` has moved it: it turns by its value (degrees), slides by its
+/// or along its axis line as `placed` has moved it: it turns by what `turn()` gives, slides by its
 /// value (mm) or, a gun, by its length. Other elements move nothing.
-inline void moveByOwn(const AxisValues& values, const KMachineElem& e, Placement& placed) {
+template <typename Turn>
+void moveByOwn(const AxisValues& values, const KMachineElem& e, Placement& placed, Turn turn) {
   switch (e.getElemType()) {
     case KMachineElem::KMET_TYPE_AROT:
-      return placed.turn(e.getElemAxis(), e.getElemPivot(), values[e] * kDegToRad);
+      return placed.turn(e.getElemAxis(), e.getElemPivot(), turn());
     case KMachineElem::KMET_TYPE_ALIN:
       return placed.slide(e.getElemAxis() * values[e]);
     case KMachineElem::KMET_TYPE_DGUN:
@@ -92,15 +129,17 @@ template <typename Visit>
 void walkMotions(const MachineView& machine, const KMachineValueBase& v, const ChainWalk& chain,
                  Visit visit) {
   const AxisValues values(machine, v);
+  ChainTurns turns(values, chain.end());
   Placement placed;
-  for (const KMachineElem* e : chain) {
-    if (e->isInverted()) visit(*e, placed);  // moved only by what carries it
-    moveByOwn(values, *e, placed);
-    if (!e->isInverted()) visit(*e, placed);
+  for (const KMachineElem* const* at = chain.begin(); at != chain.end(); ++at) {
+    const KMachineElem& e = **at;
+    if (e.isInverted()) visit(e, placed);  // moved only by what carries it
+    moveByOwn(values, e, placed, [&] { return turns.at(at); });
+    if (!e.isInverted()) visit(e, placed);
   }
 }
 
-/// Motion of the last element of its chain: all motions before it and, unless it is
+/// Motion matrix of the last element of its chain: all motions before it and, unless it is
 /// inverted, its own. Identity for null.
 zgeo::UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v,
                        const KMachineElem* e);

@@ -28,10 +28,10 @@ class Placement {
   /// What is carried starts from another point.
   void slide(const zgeo::UVec3d& by) { origin_ = moved(by); }
 
-  /// `matrix() * UMatrix::_rotation(axis, point, angle)`.
+  /// `matrix() * UMatrix::_rotation(axis, point, angle)`, by the angle of which `by` is made.
   [[gnu::always_inline]] void turn(const zgeo::UVec3d& axis, const zgeo::UVec3d& point,
-                                   double angle) {
-    const auto [a, b, c] = korvo::rotations::rotationMatrix({axis.x, axis.y, axis.z}, angle);
+                                   const korvo::rotations::SinCos& by) {
+    const auto [a, b, c] = korvo::rotations::rotationMatrix({axis.x, axis.y, axis.z}, by);
     const auto times = [&point](const korvo::rotations::Vec3& row) {
       return row[0] * point.x + row[1] * point.y + row[2] * point.z;
     };
