@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 
 #include "kinematics/KMachine.h"
+#include "kinematics/read/KnownElements.h"
 #include "kinematics/read/Operands.h"
 #include "kinematics/tolerances.h"
 #include "platform/os/Files.h"
-#include "platform/os/Names.h"
 #include "platform/text/Keywords.h"
 #include "platform/text/Lines.h"
 #include "platform/zgeo/UTools.h"
@@ -39,35 +38,6 @@ std::wstring replacedAll(std::wstring text, const std::wstring& what, const std:
 
 // The whole text, which `_waccess` would take up to a NUL only.
 bool isReadable(const std::wstring& path) { return korvo::os::openRead(path) != nullptr; }
-
-std::wstring_view untilNul(std::wstring_view text) { return text.substr(0, text.find(L'\0')); }
-
-// The first element of each index and of each name, as C strings and ignoring case. Neither
-// changes once an element is read.
-class KnownElements {
- public:
-  void add(const KMachineElem& e, std::size_t rank) {
-    ranksByIndex_.emplace(e.getElemIndex(), rank);
-    if (!ofName(e.getElemName())) ranksByName_.emplace(key_, rank);
-  }
-
-  std::optional<std::size_t> ofIndex(int index) const {
-    const auto found = ranksByIndex_.find(index);
-    return found == ranksByIndex_.end() ? std::nullopt : std::optional(found->second);
-  }
-
-  std::optional<std::size_t> ofName(std::wstring_view name) {
-    key_.assign(untilNul(name));
-    for (wchar_t& c : key_) c = korvo::os::lowered(c);
-    const auto found = ranksByName_.find(key_);
-    return found == ranksByName_.end() ? std::nullopt : std::optional(found->second);
-  }
-
- private:
-  std::unordered_map<int, std::size_t> ranksByIndex_;
-  std::unordered_map<std::wstring, std::size_t> ranksByName_;
-  std::wstring key_;  // of the name looked up last
-};
 
 // The state of one reading: the definition so far and where the next element hangs.
 class DefinitionReader {

@@ -35,7 +35,8 @@ struct ReadContext {
 /// @errors  Lines that say nothing known are ignored. A rotation-point line with an operand that is
 ///          no number never ends. A part line whose reversal would lead back to an earlier part for
 ///          ever is left after two turns of each element. std::bad_alloc when memory is out.
-/// @cost    Linear in the file: names and indices are looked up in tables. Each part turns the chain
+/// @cost    Linear in the file: names and indices are looked up in tables. Each part turns the
+/// chain
 ///          behind it. A collision line visits every pair of a first-group index and a distinct
 ///          second-group one: up to (tools x elements), at one hash look-up each. Memory holds
 ///          distinct pairs only.
