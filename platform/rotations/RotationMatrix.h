@@ -23,15 +23,20 @@ inline bool makeUnit(Vec3& axis) {
   return std::fabs(detail::dot(axis, axis) - 1.0) <= 4e-16 || detail::normalise(axis);
 }
 
-/// Rotation by `angle` radians about the direction `axis`, right-handed.
+/// Rotation about the direction `axis`, right-handed, by the angle of which `turn` is made.
 ///
 /// @source  Rodrigues: R = cos(a) I + sin(a) [u]x + (1 - cos(a)) u u^T.
 /// @errors  `axis` of any length, normalised here; a null or non-finite axis gives the identity.
 /// @cost    Inline: the walk along a chain is made of it.
-inline Mat3 rotationMatrix(const Vec3& axis, double angle) {
+inline Mat3 rotationMatrix(const Vec3& axis, const SinCos& turn) {
   Vec3 u = axis;
   if (!makeUnit(u)) return {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-  return aboutUnit(u, sinCos(angle));
+  return aboutUnit(u, turn);
+}
+
+/// The same by `angle` radians.
+inline Mat3 rotationMatrix(const Vec3& axis, double angle) {
+  return rotationMatrix(axis, sinCos(angle));
 }
 
 }  // namespace korvo::rotations
