@@ -1,0 +1,54 @@
+#include "benchmarks/Scratch.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+namespace korvo::bench {
+
+namespace fs = std::filesystem;
+
+Scratch::Scratch(const char* ending) {
+  static int count = 0;
+  const std::string name =
+      "korvo_bench_" + std::to_string(getpid()) + "_" + std::to_string(++count);
+  path_ = (fs::temp_directory_path() / (name + ending)).string();
+}
+
+Scratch::~Scratch() {
+  std::error_code error;
+  fs::remove(path_, error);
+}
+
+void Scratch::write(std::string_view bytes) const {
+  std::FILE* file = std::fopen(path_.c_str(), "wb");
+  if (!file || std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) {
+    std::perror(path_.c_str());
+    std::exit(2);
+  }
+  std::fclose(file);
+}
+
+double Scratch::megabytes() const { return static_cast<double>(fs::file_size(path_)) * 1e-6; }
+
+std::string bodiesText(int elements) {
+  std::string text =
+      "frame=z\n"
+      "rotation=A,+x,0,0,0,-0.5,60\n"
+      "rotation=C,+z,0,0,0,0,0\n"
+      "part=x,y,0,0,0\n"
+      "lien=BATI\n"
+      "axis=X,+x\n"
+      "axis=Y,+y\n"
+      "axis=Z,+z\n"
+      "tool=z,0,0,120\n";
+  static const char* const carriers[] = {"A", "C", "X", "Y", "Z"};
+  for (int i = 8; i < elements; ++i) {
+    text += std::string("lien=") + carriers[i % 5] + "\ngeom\n";
+  }
+  return text;
+}
+
+}  // namespace korvo::bench
