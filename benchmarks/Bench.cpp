@@ -130,6 +130,14 @@ double drawn(double low, double high) {
 
 void use(double value) { benchmark::DoNotOptimize(value); }
 
+std::string grouped(int count) {
+  std::string text = std::to_string(count);
+  for (int at = static_cast<int>(text.size()) - 3; at > 0; at -= 3) {
+    text.insert(static_cast<std::size_t>(at), ",");
+  }
+  return text;
+}
+
 std::string disagree(const char* what, double by) {
   return std::string("results disagree: ") + what + " by " + std::to_string(by);
 }

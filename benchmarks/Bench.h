@@ -73,6 +73,10 @@ double drawn(double low, double high);
 /// Keeps what was computed: the optimiser has to believe that it is looked at.
 void use(double value);
 
+/// "2,000,000".
+std::string grouped(int count);
+
+/// The sentence of a disagreement, for `Pair`.
 std::string disagree(const char* what, double by);
 
 // Each family of rows is a source file of its own.

@@ -84,7 +84,7 @@ Pair triangles(int count) {
 
 void addBodies() {
   const int count = amount(1'000'000, 10'000);
-  add({"bodies/triangles", "getTrianglesU, " + std::to_string(count) + " STL triangles",
+  add({"bodies/triangles", "getTrianglesU, " + grouped(count) + " STL triangles",
        "read, widen and move them in one loop", atMost(1.3), [=] { return triangles(count); }, 15});
 }
 

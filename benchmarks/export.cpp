@@ -60,7 +60,7 @@ Pair written(Write write, const char* ending) {
 
 void addExport() {
   const std::string what =
-      " of a sphere of " + std::to_string(2 * amount(700, 70) * amount(700, 70)) + " triangles";
+      " of a sphere of " + grouped(2 * amount(700, 70) * amount(700, 70)) + " triangles";
   const std::string peer = "fwrite of as many bytes";
   add({"export/stl", "writeStl" + what, peer, {}, [] { return written(writeStl, ".stl"); }, 9});
   add({"export/glb", "writeGlb" + what, peer, {}, [] { return written(writeGlb, ".glb"); }, 5});

@@ -1,4 +1,4 @@
-// Every row of the table in docs of this folder: ours beside a peer, on one processor.
+// Every row of results.md: ours beside a peer, on one processor.
 #include <sched.h>
 
 #include "benchmarks/Bench.h"

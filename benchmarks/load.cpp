@@ -41,7 +41,7 @@ void addLoad() {
   const std::string peer = "std::getline over its lines";
   for (const int elements : {100, 10'000}) {
     add({"load/" + std::to_string(elements),
-         "readDataFile, " + std::to_string(elements) + " element lines", peer, atMost(30),
+         "readDataFile, " + grouped(elements) + " element lines", peer, atMost(30),
          [elements] { return load(elements); }, elements < 1000 ? 41 : 15});
   }
   for (const int elements : {10, 100, 1000, 10'000}) {

@@ -101,8 +101,8 @@ double peakAbove(Form form, int triangles) {
 
 void addStl() {
   const int binary = amount(2'000'000, 20'000), text = amount(200'000, 2'000);
-  const std::string binaryWhat = "binary STL, " + std::to_string(binary) + " triangles";
-  const std::string textWhat = "ASCII STL, " + std::to_string(text) + " triangles";
+  const std::string binaryWhat = "binary STL, " + grouped(binary) + " triangles";
+  const std::string textWhat = "ASCII STL, " + grouped(text) + " triangles";
   add({"stl/binary/floor", binaryWhat, "map and copy into fresh doubles", atLeast(0.7),
        [=] { return loads(Form::binary, Peer::floor, binary); }, 15});
   add({"stl/binary/assimp", binaryWhat, "assimp", atLeast(3.5),

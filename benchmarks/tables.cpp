@@ -81,7 +81,6 @@ Pair inverse(int rows) {
   const auto table = std::make_shared<Scratch>(".csv"), out = std::make_shared<Scratch>(".csv");
   table->write(targetTable(rows));
   Pair pair;
-  pair.calls = rows;
   pair.ours = [table, out] {
     run({KORVO_TOOL, "inverse", KORVO_MACHINES "/table-ac.def", "--targets", table->path()},
         out->path());
@@ -93,7 +92,7 @@ Pair inverse(int rows) {
 
 void addTables() {
   const int rows = amount(1'000'000, 10'000);
-  const std::string what = "korvo forward --positions, " + std::to_string(rows) + " rows";
+  const std::string what = "korvo forward --positions, " + grouped(rows) + " rows";
   add({"tables/forward", what, "a plain from_chars, query, to_chars loop", atMost(1.5),
        [=] { return forward(rows); }, 7});
   add({"tables/forward/peak", what + ", peak resident memory", "that of a tenth of the rows",
