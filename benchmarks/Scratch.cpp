@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 namespace korvo::bench {
 
@@ -49,6 +51,15 @@ std::string bodiesText(int elements) {
     text += std::string("lien=") + carriers[i % 5] + "\ngeom\n";
   }
   return text;
+}
+
+std::string wristArmText() {
+  const std::string flange = "outil=-x,940,0,1455", centre = "outil=-x,855,0,1455";
+  std::ifstream stream(KORVO_MACHINES "/arm-irb2400.def");
+  std::string text(std::istreambuf_iterator<char>(stream), {});
+  const std::size_t at = text.find(flange);
+  if (at == std::string::npos) std::exit(2);
+  return text.replace(at, flange.size(), centre);
 }
 
 }  // namespace korvo::bench

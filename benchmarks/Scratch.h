@@ -27,4 +27,8 @@ class Scratch {
 /// axes in turn. Version 2.
 std::string bodiesText(int elements);
 
+/// The definition of the arm irb2400 with its tool point in the wrist centre, which is where the
+/// library's own solver aims. Version 1.
+std::string wristArmText();
+
 }  // namespace korvo::bench

@@ -4,8 +4,6 @@
 // suit its weights; starts stand off the singular direction. All results are verified forward.
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <kdl/chainfksolverpos_recursive.hpp>
 #include <kdl/chainiksolverpos_lma.hpp>
 #include <memory>
@@ -125,15 +123,9 @@ std::shared_ptr<Targets> fiveAxes(int count) {
   return t;
 }
 
-/// The arm with its tool point in the wrist centre, which is where its solver aims.
 Machine wristArm() {
-  const std::string flange = "outil=-x,940,0,1455", centre = "outil=-x,855,0,1455";
-  std::ifstream stream(KORVO_MACHINES "/arm-irb2400.def");
-  std::string text(std::istreambuf_iterator<char>(stream), {});
-  const std::size_t at = text.find(flange);
-  if (at != std::string::npos) text.replace(at, flange.size(), centre);
   const Scratch file(".def");
-  file.write(text);
+  file.write(wristArmText());
   return loaded(file.path(), Format::version1);
 }
 
