@@ -34,12 +34,12 @@ void appendSurface(std::string& text) {
   print(text, "3 3\n0 0\n0 %d\n0 %d\n", kPoles - 3, kPoles - 3);
   appendKnots(text, kPoles);
   appendKnots(text, kPoles);
-  print(text, "100 1 2 0 rim\n");
+  text += "100 1 2 0 rim\n";
   for (int i = 0; i < 100; ++i) print(text, "%.9g %.9g\n", drawn(0, 17), drawn(0, 17));
 }
 
 void appendPolyline(std::string& text) {
-  print(text, "2 200 1 0 line\n");
+  text += "2 200 1 0 line\n";
   for (int i = 0; i < 200; ++i) {
     print(text, "%.9g %.9g %.9g\n", drawn(-500, 500), drawn(-500, 500), drawn(-500, 500));
   }

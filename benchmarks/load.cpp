@@ -44,9 +44,9 @@ void addLoad() {
          "readDataFile, " + grouped(elements) + " element lines", peer, atMost(30),
          [elements] { return load(elements); }, elements < 1000 ? 41 : 15});
   }
-  for (const int elements : {10, 100, 1000, 10'000}) {
+  for (const int elements : {10, 100, 300, 1000, 3000, 10'000}) {
     add({"growth/load/" + std::to_string(elements), "readDataFile by element lines", peer, kLinear,
-         [elements] { return load(elements); }, elements < 5000 ? 31 : 7,
+         [elements] { return load(elements); }, elements < 2000 ? 31 : 9,
          static_cast<double>(elements)});
   }
 }
