@@ -55,32 +55,66 @@ void skip(benchmark::State& state, const std::string& why) {
   state.SkipWithError(why.c_str());
 }
 
+/// What the repetitions of one pair took, for each call.
+struct Times {
+  std::vector<double> ours, peer, ratios;  ///< Ratio: ours over the peer's.
+
+  void take(const Pair& pair) {
+    ours.push_back(secondsOf(pair.ours) / pair.calls);
+    if (!pair.peer) return;
+    peer.push_back(secondsOf(pair.peer) / pair.calls);
+    ratios.push_back(ours.back() / peer.back());
+  }
+};
+
+// Files and code come into memory.
+void warm(const Pair& pair) {
+  pair.ours();
+  if (pair.peer) pair.peer();
+}
+
 void runRow(benchmark::State& state, const Row& row) {
   source.seed(1);
   const Pair pair = row.prepare();
   if (!pair.disagreement.empty()) return skip(state, pair.disagreement);
-  const bool hasPeer = static_cast<bool>(pair.peer);
-  std::vector<double> ours, peer, ratios;
-  pair.ours();  // files and code come into memory
-  if (hasPeer) pair.peer();
+  warm(pair);
+  Times times;
   for (auto _ : state) {
-    ours.push_back(secondsOf(pair.ours) / pair.calls);
-    state.SetIterationTime(ours.back());
-    if (!hasPeer) continue;
-    peer.push_back(secondsOf(pair.peer) / pair.calls);
-    const double ratio = ours.back() / peer.back();
-    ratios.push_back(row.goal.sense == Goal::Sense::atLeast ? 1 / ratio : ratio);
+    times.take(pair);
+    state.SetIterationTime(times.ours.back());
   }
-  state.counters["ours"] = quantile(ours, 0.5);
-  if (hasPeer) {
-    state.counters["peer"] = quantile(peer, 0.5);
-    state.counters["ratio"] = quantile(ratios, 0.5);
-    state.counters["low"] = quantile(ratios, 0.25);
-    state.counters["high"] = quantile(ratios, 0.75);
+  if (row.goal.sense == Goal::Sense::atLeast) {
+    for (double& ratio : times.ratios) ratio = 1 / ratio;
   }
-  if (row.size != 0) state.counters["size"] = row.size;
+  state.counters["ours"] = quantile(times.ours, 0.5);
+  state.counters["peer"] = quantile(times.peer, 0.5);
+  state.counters["ratio"] = quantile(times.ratios, 0.5);
+  state.counters["low"] = quantile(times.ratios, 0.25);
+  state.counters["high"] = quantile(times.ratios, 0.75);
   say(state, row.goal);
   state.SetLabel(row.what + "|" + row.peer);
+}
+
+void runCurve(benchmark::State& state, const Curve& curve) {
+  std::vector<Pair> pairs;
+  for (const int size : curve.sizes) {
+    source.seed(1);
+    pairs.push_back(curve.prepare(size));
+    if (!pairs.back().disagreement.empty()) return skip(state, pairs.back().disagreement);
+    warm(pairs.back());
+  }
+  std::vector<Times> times(pairs.size());
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < pairs.size(); ++i) times[i].take(pairs[i]);
+    state.SetIterationTime(times.back().ours.back());
+  }
+  for (std::size_t i = 0; i < pairs.size(); ++i) {
+    const std::string size = "/" + std::to_string(curve.sizes[i]);
+    state.counters["ours" + size] = quantile(times[i].ours, 0.5);
+    if (pairs[i].peer) state.counters["peer" + size] = quantile(times[i].peer, 0.5);
+  }
+  say(state, curve.goal);
+  state.SetLabel(curve.what + "|" + curve.peer);
 }
 
 void runFigure(benchmark::State& state, const Figure& figure) {
@@ -95,25 +129,22 @@ void runFigure(benchmark::State& state, const Figure& figure) {
 
 bool isQuick() { return std::getenv("KORVO_BENCH_QUICK") != nullptr; }
 
+template <typename Line>
+void enter(int iterations, Line line, void (*run)(benchmark::State&, const Line&)) {
+  const std::string name = line.name;
+  benchmark::RegisterBenchmark(
+      name.c_str(), [line = std::move(line), run](benchmark::State& state) { run(state, line); })
+      ->Iterations(isQuick() ? std::min(iterations, 3) : iterations)
+      ->UseManualTime();
+}
+
 }  // namespace
 
-void add(Row row) {
-  const int pairs = isQuick() ? std::min(row.pairs, 3) : row.pairs;
-  const std::string name = row.name;
-  benchmark::RegisterBenchmark(
-      name.c_str(), [row = std::move(row)](benchmark::State& state) { runRow(state, row); })
-      ->Iterations(pairs)
-      ->UseManualTime();
-}
+void add(Row row) { enter(row.pairs, std::move(row), runRow); }
 
-void add(Figure figure) {
-  const std::string name = figure.name;
-  benchmark::RegisterBenchmark(
-      name.c_str(),
-      [figure = std::move(figure)](benchmark::State& state) { runFigure(state, figure); })
-      ->Iterations(1)
-      ->UseManualTime();
-}
+void add(Curve curve) { enter(curve.rounds, std::move(curve), runCurve); }
+
+void add(Figure figure) { enter(1, std::move(figure), runFigure); }
 
 int runAll(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 /// What every family of rows is made of.
 ///
@@ -28,7 +29,7 @@ struct Goal {
 inline Goal atMost(double bound, double step = 0) { return {Goal::Sense::atMost, bound, step}; }
 inline Goal atLeast(double bound, double step = 0) { return {Goal::Sense::atLeast, bound, step}; }
 
-/// Of the points of a curve: cost grows with the size to the power of at most this. Linear but for
+/// Of a curve: cost grows with the size to the power of at most this. Linear but for
 /// what caches make dearer.
 inline const Goal kLinear = atMost(1.1);
 
@@ -42,15 +43,26 @@ struct Pair {
 
 /// One line of the table.
 struct Row {
-  std::string name;  ///< "family/machine/query"; of a curve "growth/family/size".
+  std::string name;  ///< "family/machine/query"
   std::string what;
   std::string peer;
   Goal goal;
   std::function<Pair()> prepare;
   int pairs = 41;
-  double size = 0;  ///< Of a point of a curve.
 };
 void add(Row row);
+
+/// Cost against size. Each iteration is a pair of every size, one after the other, so that all
+/// points see the same moods of the machine.
+struct Curve {
+  std::string name;  ///< "growth/family"
+  std::string what, peer;
+  Goal goal;
+  std::vector<int> sizes;
+  std::function<Pair(int size)> prepare;
+  int rounds = 41;
+};
+void add(Curve curve);
 
 /// A line whose figure is no time.
 struct Figure {

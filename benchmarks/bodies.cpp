@@ -84,8 +84,9 @@ Pair triangles(int count) {
 
 void addBodies() {
   const int count = amount(1'000'000, 10'000);
-  add({"bodies/triangles", "getTrianglesU, " + grouped(count) + " STL triangles",
-       "read, widen and move them in one loop", atMost(1.3), [=] { return triangles(count); }, 15});
+  add(Row{"bodies/triangles", "getTrianglesU, " + grouped(count) + " STL triangles",
+          "read, widen and move them in one loop", atMost(1.3), [=] { return triangles(count); },
+          15});
 }
 
 }  // namespace korvo::bench

@@ -62,9 +62,9 @@ void addExport() {
   const std::string what =
       " of a sphere of " + grouped(2 * amount(700, 70) * amount(700, 70)) + " triangles";
   const std::string peer = "fwrite of as many bytes";
-  add({"export/stl", "writeStl" + what, peer, {}, [] { return written(writeStl, ".stl"); }, 9});
-  add({"export/glb", "writeGlb" + what, peer, {}, [] { return written(writeGlb, ".glb"); }, 5});
-  add({"export/png", "writePng" + what, peer, {}, [] { return written(png, ".png"); }, 5});
+  add(Row{"export/stl", "writeStl" + what, peer, {}, [] { return written(writeStl, ".stl"); }, 9});
+  add(Row{"export/glb", "writeGlb" + what, peer, {}, [] { return written(writeGlb, ".glb"); }, 5});
+  add(Row{"export/png", "writePng" + what, peer, {}, [] { return written(png, ".png"); }, 5});
 }
 
 }  // namespace korvo::bench

@@ -57,8 +57,8 @@ Pair matrices() {
 }  // namespace
 
 void addExternal() {
-  add({"external/matrix", "NMachine::getMatrix, five-axis machine", "KMachine::getMatrix_H2T",
-       atMost(3), matrices, 61});
+  add(Row{"external/matrix", "NMachine::getMatrix, five-axis machine", "KMachine::getMatrix_H2T",
+          atMost(3), matrices, 61});
 }
 
 }  // namespace korvo::bench

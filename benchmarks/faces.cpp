@@ -103,16 +103,15 @@ Pair fileOf(int faces) {
 }  // namespace
 
 void addFaces() {
-  add({"faces/mesh", "trimmed NURBS faces to triangles within 0.01 mm",
-       "bare OpenCASCADE, where it keeps 0.01 mm", atMost(1.1, 0.3333), meshes, 9});
-  for (const int faces : {10, 30, 100, 300, 1000}) {
-    add({"growth/faces/" + std::to_string(faces), "geometry file to triangles by faces", "",
-         kLinear, [=] { return fileOf(faces); },
-         faces < 200   ? 9
-         : faces < 600 ? 3
-                       : 1,
-         static_cast<double>(faces)});
-  }
+  add(Row{"faces/mesh", "trimmed NURBS faces to triangles within 0.01 mm",
+          "bare OpenCASCADE, where it keeps 0.01 mm", atMost(1.1, 0.3333), meshes, 9});
+  add(Curve{"growth/faces",
+            "geometry file to triangles by faces",
+            "",
+            kLinear,
+            {10, 30, 100, 300, amount(1000, 600)},
+            fileOf,
+            3});
 }
 
 }  // namespace korvo::bench

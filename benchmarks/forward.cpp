@@ -198,33 +198,36 @@ void addForward() {
   const std::string hand = "the five motions' product by hand";
   const auto tableAc = [] { return std::make_shared<Queries>(example("table-ac")); };
   const auto arm = [] { return std::make_shared<Queries>(example("arm-irb2400")); };
-  add({"forward/five-axis/matrix", "getMatrix_H2T, five-axis machine", kdl, atMost(0.5, 0.35),
-       [=] { return matrixToKdl(tableAc()); }, kPairs});
-  add({"forward/five-axis/tool", "getTool, five-axis machine", kdl, atMost(0.5, 0.35),
-       [=] { return toolToKdl(tableAc()); }, kPairs});
-  add({"forward/five-axis/matrix-by-hand", "getMatrix_H2T, five-axis machine", hand, atMost(5),
-       [] { return byHand(false); }, kPairs});
-  add({"forward/five-axis/tool-by-hand", "getTool, five-axis machine", hand, atMost(5),
-       [] { return byHand(true); }, kPairs});
-  add({"forward/arm/matrix", "getMatrix_H2T, six-joint arm", kdl, atMost(0.6),
-       [=] { return matrixToKdl(arm()); }, kPairs});
-  add({"forward/arm/tool", "getTool, six-joint arm", kdl, atMost(0.6),
-       [=] { return toolToKdl(arm()); }, kPairs});
-  add({"forward/elements/all",
-       "getMatrices, 100 elements",
-       "the single calls",
-       {},
-       [] { return allAndSingle(100); },
-       kPairs});
-  for (int axes = 1; axes <= 12; ++axes) {
-    add({"growth/axes/" + std::to_string(axes), "getMatrix_H2T by axes of the chain", kdl, kLinear,
-         [axes] { return chainOf(axes); }, 41, static_cast<double>(axes)});
-  }
-  for (const int elements : {12, 30, 100, 300, 1000}) {
-    add({"growth/elements/" + std::to_string(elements), "getMatrices by elements of the machine",
-         "the single calls", kLinear, [elements] { return allAndSingle(elements); }, 41,
-         static_cast<double>(elements)});
-  }
+  add(Row{"forward/five-axis/matrix", "getMatrix_H2T, five-axis machine", kdl, atMost(0.5, 0.35),
+          [=] { return matrixToKdl(tableAc()); }, kPairs});
+  add(Row{"forward/five-axis/tool", "getTool, five-axis machine", kdl, atMost(0.5, 0.35),
+          [=] { return toolToKdl(tableAc()); }, kPairs});
+  add(Row{"forward/five-axis/matrix-by-hand", "getMatrix_H2T, five-axis machine", hand, atMost(5),
+          [] { return byHand(false); }, kPairs});
+  add(Row{"forward/five-axis/tool-by-hand", "getTool, five-axis machine", hand, atMost(5),
+          [] { return byHand(true); }, kPairs});
+  add(Row{"forward/arm/matrix", "getMatrix_H2T, six-joint arm", kdl, atMost(0.6),
+          [=] { return matrixToKdl(arm()); }, kPairs});
+  add(Row{"forward/arm/tool", "getTool, six-joint arm", kdl, atMost(0.6),
+          [=] { return toolToKdl(arm()); }, kPairs});
+  add(Row{"forward/elements/all",
+          "getMatrices, 100 elements",
+          "the single calls",
+          {},
+          [] { return allAndSingle(100); },
+          kPairs});
+  add(Curve{"growth/axes",
+            "getMatrix_H2T by axes of the chain",
+            kdl,
+            kLinear,
+            {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12},
+            chainOf});
+  add(Curve{"growth/elements",
+            "getMatrices by elements of the machine",
+            "the single calls",
+            kLinear,
+            {12, 30, 100, 300, 1000},
+            allAndSingle});
 }
 
 }  // namespace korvo::bench

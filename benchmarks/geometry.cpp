@@ -101,8 +101,8 @@ Pair read(double megabytes) {
 
 void addGeometry() {
   const int megabytes = amount(50, 1);
-  add({"geometry/read", "geometry file, " + std::to_string(megabytes) + " MB",
-       "a plain fgets and sscanf reader", atLeast(4, 5), [=] { return read(megabytes); }, 7});
+  add(Row{"geometry/read", "geometry file, " + std::to_string(megabytes) + " MB",
+          "a plain fgets and sscanf reader", atLeast(4, 5), [=] { return read(megabytes); }, 7});
 }
 
 }  // namespace korvo::bench

@@ -277,17 +277,18 @@ Pair lists(int count, bool isLma) {
 
 void addInverse() {
   const std::string lma = "KDL ChainIkSolverPos_LMA, eps 1e-8";
-  add({"inverse/five-axis/lma", "getConfigPlus, five-axis machine", lma + ", free spindle joint",
-       atLeast(200), [] { return againstLma(fiveAxes(amount(200, 20))); }, 31});
-  add({"inverse/five-axis/by-hand", "getConfigPlus, five-axis machine", "its closed form by hand",
-       atMost(10), againstFormulas, 61});
-  add({"inverse/list/lma", "getPossibleConfigs, five-axis machine, 81 starts",
-       lma + ", from as many starts", atLeast(200), [] { return lists(amount(10, 2), true); }, 15});
-  add({"inverse/list/single", "getPossibleConfigs, five-axis machine, 81 starts",
-       "its starts and entries as single solves", atMost(1.1),
-       [] { return lists(amount(20, 2), false); }, 61});
-  add({"inverse/arm/lma", "getConfigPlus, six-joint arm", lma + ", start within 0.1 rad",
-       atLeast(40), [] { return againstLma(arm(amount(200, 20))); }, 41});
+  add(Row{"inverse/five-axis/lma", "getConfigPlus, five-axis machine", lma + ", free spindle joint",
+          atLeast(200), [] { return againstLma(fiveAxes(amount(200, 20))); }, 31});
+  add(Row{"inverse/five-axis/by-hand", "getConfigPlus, five-axis machine",
+          "its closed form by hand", atMost(10), againstFormulas, 61});
+  add(Row{"inverse/list/lma", "getPossibleConfigs, five-axis machine, 81 starts",
+          lma + ", from as many starts", atLeast(200), [] { return lists(amount(10, 2), true); },
+          15});
+  add(Row{"inverse/list/single", "getPossibleConfigs, five-axis machine, 81 starts",
+          "its starts and entries as single solves", atMost(1.1),
+          [] { return lists(amount(20, 2), false); }, 61});
+  add(Row{"inverse/arm/lma", "getConfigPlus, six-joint arm", lma + ", start within 0.1 rad",
+          atLeast(40), [] { return againstLma(arm(amount(200, 20))); }, 41});
 }
 
 }  // namespace korvo::bench

@@ -102,10 +102,11 @@ Pair translation() {
 
 void addLimits() {
   const std::string peer = "one getTool";
-  add({"limits/check", "checkLimitsFull, five-axis machine", peer, atMost(0.3), limits, kPairs});
-  add({"limits/interpolate", "interpolate, five-axis machine", peer, atMost(6), between, kPairs});
-  add({"limits/translation", "axisTranslation, five-axis machine", peer, atMost(8), translation,
-       kPairs});
+  add(Row{"limits/check", "checkLimitsFull, five-axis machine", peer, atMost(0.3), limits, kPairs});
+  add(Row{"limits/interpolate", "interpolate, five-axis machine", peer, atMost(6), between,
+          kPairs});
+  add(Row{"limits/translation", "axisTranslation, five-axis machine", peer, atMost(8), translation,
+          kPairs});
 }
 
 }  // namespace korvo::bench

@@ -40,15 +40,17 @@ Pair load(int elements) {
 void addLoad() {
   const std::string peer = "std::getline over its lines";
   for (const int elements : {100, 10'000}) {
-    add({"load/" + std::to_string(elements),
-         "readDataFile, " + grouped(elements) + " element lines", peer, atMost(30),
-         [elements] { return load(elements); }, elements < 1000 ? 41 : 15});
+    add(Row{"load/" + std::to_string(elements),
+            "readDataFile, " + grouped(elements) + " element lines", peer, atMost(30),
+            [elements] { return load(elements); }, elements < 1000 ? 41 : 15});
   }
-  for (const int elements : {10, 100, 300, 1000, 3000, 10'000}) {
-    add({"growth/load/" + std::to_string(elements), "readDataFile by element lines", peer, kLinear,
-         [elements] { return load(elements); }, elements < 2000 ? 31 : 9,
-         static_cast<double>(elements)});
-  }
+  add(Curve{"growth/load",
+            "readDataFile by element lines",
+            peer,
+            kLinear,
+            {10, 100, 300, 1000, 3000, 10'000},
+            load,
+            15});
 }
 
 }  // namespace korvo::bench

@@ -55,17 +55,16 @@ def figure_of(entry):
     return Figure(name_of(entry), what, against, unit, entry["value"], goal_of(entry))
 
 
-def curves_of(entries):
-    """Entries "growth/family/size" by their families, in the order of the first of each."""
-    curves = {}
-    for entry in entries:
-        name = name_of(entry).rsplit("/", 1)[0]
-        what, peer, _ = label_of(entry)
-        curve = curves.setdefault(name, Curve(name, what, peer, [], goal_of(entry)))
-        curve.points.append(Point(entry["size"], entry["ours"], entry.get("peer")))
-    for curve in curves.values():
-        curve.points.sort()
-    return list(curves.values())
+def curve_of(entry):
+    """An entry whose counters are "ours/SIZE" and "peer/SIZE"."""
+    what, peer, _ = label_of(entry)
+    sizes = sorted(int(key[5:]) for key in entry if key.startswith("ours/"))
+    points = [Point(n, entry[f"ours/{n}"], entry.get(f"peer/{n}")) for n in sizes]
+    return Curve(name_of(entry), what, peer, points, goal_of(entry))
+
+
+def is_curve(entry):
+    return any(key.startswith("ours/") for key in entry)
 
 
 def read(results):
@@ -73,8 +72,8 @@ def read(results):
     entries = results["benchmarks"]
     errors = [f"{name_of(e)}: {e.get('error_message', '')}" for e in entries if e.get("error_occurred")]
     good = [e for e in entries if not e.get("error_occurred")]
-    lines = [figure_of(e) if "value" in e else row_of(e) for e in good if "size" not in e]
-    return lines, curves_of([e for e in good if "size" in e]), errors
+    lines = [figure_of(e) if "value" in e else row_of(e) for e in good if not is_curve(e)]
+    return lines, [curve_of(e) for e in good if is_curve(e)], errors
 
 
 # --- What it means

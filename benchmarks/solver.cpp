@@ -137,10 +137,10 @@ Pair arm() {
 }  // namespace
 
 void addSolver() {
-  add({"solver/five-axis", "Solver, all positions of a five-axis target",
-       "the machine's closed form by hand", atMost(10), fiveAxes, kPairs});
-  add({"solver/arm", "Solver, all eight positions of an arm's frame",
-       "one KDL ChainFkSolverPos_recursive", atMost(4), arm, kPairs});
+  add(Row{"solver/five-axis", "Solver, all positions of a five-axis target",
+          "the machine's closed form by hand", atMost(10), fiveAxes, kPairs});
+  add(Row{"solver/arm", "Solver, all eight positions of an arm's frame",
+          "one KDL ChainFkSolverPos_recursive", atMost(4), arm, kPairs});
 }
 
 }  // namespace korvo::bench

@@ -103,27 +103,25 @@ void addStl() {
   const int binary = amount(2'000'000, 20'000), text = amount(200'000, 2'000);
   const std::string binaryWhat = "binary STL, " + grouped(binary) + " triangles";
   const std::string textWhat = "ASCII STL, " + grouped(text) + " triangles";
-  add({"stl/binary/floor", binaryWhat, "map and copy into fresh doubles", atLeast(0.7),
-       [=] { return loads(Form::binary, Peer::floor, binary); }, 15});
-  add({"stl/binary/assimp", binaryWhat, "assimp", atLeast(3.5),
-       [=] { return loads(Form::binary, Peer::assimp, binary); }, 9});
-  add({"stl/ascii/floor", textWhat, "a std::from_chars loop", atLeast(0.75),
-       [=] { return loads(Form::text, Peer::floor, text); }, 15});
-  add({"stl/ascii/assimp", textWhat, "assimp", atLeast(2),
-       [=] { return loads(Form::text, Peer::assimp, text); }, 15});
-  add({"stl/binary/peak", binaryWhat + ", peak resident memory", "the triangles themselves",
-       "MB above", atMost(16), [=] { return peakAbove(Form::binary, binary); }});
-  add({"stl/ascii/peak", textWhat + ", peak resident memory", "the triangles themselves",
-       "MB above", atMost(16), [=] { return peakAbove(Form::text, text); }});
-  for (const int triangles : {1000, 10'000, 100'000, 1'000'000, amount(10'000'000, 2'000'000)}) {
-    add({"growth/triangles/" + std::to_string(triangles), "binary STL by triangles",
-         "map and copy into fresh doubles", kLinear,
-         [=] { return loads(Form::binary, Peer::floor, triangles); },
-         triangles < 100'000     ? 101
-         : triangles < 2'000'000 ? 15
-                                 : 5,
-         static_cast<double>(triangles)});
-  }
+  add(Row{"stl/binary/floor", binaryWhat, "map and copy into fresh doubles", atLeast(0.7),
+          [=] { return loads(Form::binary, Peer::floor, binary); }, 15});
+  add(Row{"stl/binary/assimp", binaryWhat, "assimp", atLeast(3.5),
+          [=] { return loads(Form::binary, Peer::assimp, binary); }, 9});
+  add(Row{"stl/ascii/floor", textWhat, "a std::from_chars loop", atLeast(0.75),
+          [=] { return loads(Form::text, Peer::floor, text); }, 15});
+  add(Row{"stl/ascii/assimp", textWhat, "assimp", atLeast(2),
+          [=] { return loads(Form::text, Peer::assimp, text); }, 15});
+  add(Figure{"stl/binary/peak", binaryWhat + ", peak resident memory", "the triangles themselves",
+             "MB above", atMost(16), [=] { return peakAbove(Form::binary, binary); }});
+  add(Figure{"stl/ascii/peak", textWhat + ", peak resident memory", "the triangles themselves",
+             "MB above", atMost(16), [=] { return peakAbove(Form::text, text); }});
+  add(Curve{"growth/triangles",
+            "binary STL by triangles",
+            "map and copy into fresh doubles",
+            kLinear,
+            {1000, 10'000, 100'000, 1'000'000, amount(10'000'000, 2'000'000)},
+            [](int triangles) { return loads(Form::binary, Peer::floor, triangles); },
+            7});
 }
 
 }  // namespace korvo::bench

@@ -93,15 +93,18 @@ Pair inverse(int rows) {
 void addTables() {
   const int rows = amount(1'000'000, 10'000);
   const std::string what = "korvo forward --positions, " + grouped(rows) + " rows";
-  add({"tables/forward", what, "a plain from_chars, query, to_chars loop", atMost(1.5),
-       [=] { return forward(rows); }, 7});
-  add({"tables/forward/peak", what + ", peak resident memory", "that of a tenth of the rows",
-       "MB above", atMost(1), [=] { return peakOfForward(rows) - peakOfForward(rows / 10); }});
-  for (const int targets : {100, 1000, 10'000, 100'000, amount(1'000'000, 200'000)}) {
-    add({"growth/targets/" + std::to_string(targets), "korvo inverse --targets by targets", "",
-         kLinear, [=] { return inverse(targets); }, targets < 50'000 ? 9 : 3,
-         static_cast<double>(targets)});
-  }
+  add(Row{"tables/forward", what, "a plain from_chars, query, to_chars loop", atMost(1.5),
+          [=] { return forward(rows); }, 7});
+  add(Figure{"tables/forward/peak", what + ", peak resident memory", "that of a tenth of the rows",
+             "MB above", atMost(1),
+             [=] { return peakOfForward(rows) - peakOfForward(rows / 10); }});
+  add(Curve{"growth/targets",
+            "korvo inverse --targets by targets",
+            "",
+            kLinear,
+            {100, 1000, 10'000, 100'000, amount(1'000'000, 200'000)},
+            inverse,
+            5});
 }
 
 }  // namespace korvo::bench

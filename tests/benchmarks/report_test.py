@@ -15,9 +15,10 @@ def row(**fields):
     return entry("a/b", ours=2e-6, peer=4e-6, ratio=0.5, low=0.4, high=0.6, **fields)
 
 
-def curve(power, sizes=(10, 100, 1000), **fields):
-    return [entry(f"growth/c/{n}", "cost by size|", size=n, ours=1e-9 * n**power, **fields)
-            for n in sizes]
+def curve(power, sizes=(10, 100, 1000), peer=None, **fields):
+    ours = {f"ours/{n}": 1e-9 * n**power for n in sizes}
+    theirs = {f"peer/{n}": 2e-9 * n**peer for n in sizes} if peer else {}
+    return entry("growth/c", "cost by size|", **ours, **theirs, **fields)
 
 
 def read(*entries):
@@ -91,18 +92,18 @@ class Growth(unittest.TestCase):
         self.assertIsNone(self.exponent([(10, 1.0)]))
 
     def test_sizes_are_sorted_as_numbers(self):
-        _, curves, _ = read(*reversed(curve(1)))
+        _, curves, _ = read(curve(1, sizes=(1000, 10, 100)))
         self.assertEqual([p.size for p in curves[0].points], [10, 100, 1000])
 
     def test_a_curve_is_judged_by_its_exponent(self):
         for power, wanted in ((1, "yes"), (1.5, "**no**")):
-            _, curves, _ = read(*curve(power, at_most=1.1))
+            _, curves, _ = read(curve(power, at_most=1.1))
             self.assertEqual(report.curve_verdict(curves[0]), wanted)
 
     def test_what_grows_no_faster_than_its_peer_is_said_to(self):
-        points = [dict(point, peer=2 * point["ours"]) for point in curve(1.5, at_most=1.1)]
-        _, curves, _ = read(*points)
-        self.assertEqual(report.curve_verdict(curves[0]), "as the peer")
+        for peer, wanted in ((1.6, "as the peer"), (1.4, "**no**")):
+            _, curves, _ = read(curve(1.5, peer=peer, at_most=1.1))
+            self.assertEqual(report.curve_verdict(curves[0]), wanted)
 
 
 class Words(unittest.TestCase):
@@ -123,13 +124,13 @@ class Picture(unittest.TestCase):
         self.assertEqual([scale(v) for v in (1, 10, 100)], [0, 100, 200])
 
     def test_every_point_has_its_dot(self):
-        _, curves, _ = read(*curve(1))
+        _, curves, _ = read(curve(1))
         root = xml.etree.ElementTree.fromstring(picture(curves))
         dots = [e for e in root.iter() if e.tag.endswith("circle")]
         self.assertEqual(len(dots), 3)
 
     def test_words_are_escaped(self):
-        _, curves, _ = read(entry("growth/c/1", "a < b & c|", size=1, ours=1.0))
+        _, curves, _ = read(entry("growth/c", "a < b & c|", **{"ours/1": 1.0}))
         texts = [e.text for e in xml.etree.ElementTree.fromstring(picture(curves)).iter()]
         self.assertIn("a < b & c", texts)
 
