@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 
 namespace korvo::bench {
@@ -35,22 +36,34 @@ void Scratch::write(std::string_view bytes) const {
 
 double Scratch::megabytes() const { return static_cast<double>(fs::file_size(path_)) * 1e-6; }
 
-std::string bodiesText(int elements) {
-  std::string text =
-      "frame=z\n"
-      "rotation=A,+x,0,0,0,-0.5,60\n"
-      "rotation=C,+z,0,0,0,0,0\n"
-      "part=x,y,0,0,0\n"
-      "lien=BATI\n"
-      "axis=X,+x\n"
-      "axis=Y,+y\n"
-      "axis=Z,+z\n"
-      "tool=z,0,0,120\n";
-  static const char* const carriers[] = {"A", "C", "X", "Y", "Z"};
-  for (int i = 8; i < elements; ++i) {
-    text += std::string("lien=") + carriers[i % 5] + "\ngeom\n";
+namespace {
+
+std::string bodiesOn(std::initializer_list<const char*> axes, int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) {
+    text += std::string("lien=") + axes.begin()[static_cast<std::size_t>(i) % axes.size()];
+    text += "\ngeom\n";
   }
   return text;
+}
+
+}  // namespace
+
+// The table's bodies come before the head's axes, as in a file ordered by what carries what: so the
+// names of the head are looked up behind half of the elements.
+std::string bodiesText(int elements) {
+  const int table = (elements - 8) / 2, head = elements - 8 - table;
+  return "frame=z\n"
+         "rotation=A,+x,0,0,0,-0.5,60\n"
+         "rotation=C,+z,0,0,0,0,0\n"
+         "part=x,y,0,0,0\n" +
+         bodiesOn({"A", "C"}, table) +
+         "lien=BATI\n"
+         "axis=X,+x\n"
+         "axis=Y,+y\n"
+         "axis=Z,+z\n"
+         "tool=z,0,0,120\n" +
+         bodiesOn({"X", "Y", "Z"}, head);
 }
 
 std::string wristArmText() {
