@@ -103,12 +103,13 @@ class TwoWays {
 
  private:
   /// Some roundings of the values, in degrees: more next to a singular place, where an angle is no
-  /// surer than they are over the distance, and what the first joints lose the wrist loses again.
-  /// Roots of first joints in no usual arrangement have singular places of their own.
+  /// surer than what a fine residual leaves (1e-11 rad) over the distance, and what the first
+  /// joints lose the wrist loses again. Roots of first joints in no usual arrangement have singular
+  /// places of their own.
   double allowed(const Solution& s) const {
     const double arm = std::min(s.singular.elbowRad, s.singular.shoulderMm / 1000);
     return (isUsual_ ? 1e-9 : 1e-6) +
-           2e-13 / std::max(s.singular.directionRad * std::min(arm, 1.0), 1e-15);
+           6e-10 / std::max(s.singular.directionRad * std::min(arm, 1.0), 1e-15);
   }
 
   /// Elsewhere rounding decides whether a value is on its limit.
