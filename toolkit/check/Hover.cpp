@@ -204,8 +204,8 @@ Completions keywordsAt(std::size_t begin, Language language) {
     const KeywordPage* page = pageOf(row.keyword);
     if (!page) continue;
     const std::string word = bytesOf(row.word);
-    found.words.push_back({word, true, formsOf(*page, word, language),
-                           filled(page->meaning, {}, language)});
+    found.words.push_back(
+        {word, true, formsOf(*page, word, language), filled(page->meaning, {}, language)});
   }
   return found;
 }
