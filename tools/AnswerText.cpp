@@ -45,11 +45,24 @@ bool hasBranches(const Answer& answer) {
          answer.solver == SolverKind::arm;
 }
 
+// "RAIL to 999, B to 20"
+std::string standText(const Session& session, const std::vector<AxisWanted>& axes) {
+  std::vector<std::string> stands;
+  for (const AxisWanted& axis : axes) {
+    stands.push_back(session.machine().axisNames()[axis.place] + " to " + rounded(axis.value));
+  }
+  return joined(stands);
+}
+
 void printSolved(std::ostream& out, const Session& session, const Answer& answer) {
   if (hasBranches(answer)) out << "Branch     " << answer.branch << '\n';
   if (!answer.freeAxes.empty()) {
     out << "Family     " << joined(namesOf(session, answer.freeAxes))
         << " free: the member nearest to the start\n";
+  }
+  if (!answer.moved.empty()) {
+    out << "Moved      " << standText(session, answer.moved)
+        << ": as near to the start as the target is reached\n";
   }
   const SingularDistance& singular = answer.singular;
   if (std::isfinite(singular.elbowRad)) {
@@ -62,6 +75,30 @@ void printSolved(std::ostream& out, const Session& session, const Answer& answer
   }
 }
 
+// "Z below by 19.9 mm"
+std::string outsideText(const Session& session, const std::vector<AxisOutside>& axes,
+                        Language language) {
+  std::vector<std::string> list;
+  for (const AxisOutside& axis : axes) {
+    const std::string by =
+        rounded(std::abs(axis.by)) + ' ' +
+        (isRotary(session, axis.place) ? in(language, "degrees", "degrés") : "mm");
+    const std::string& name = session.machine().axisNames()[axis.place];
+    list.push_back(axis.by < 0
+                       ? name + in(language, " below by ", " sous son minimum, de ") + by
+                       : name + in(language, " above by ", " au-dessus de son maximum, de ") + by);
+  }
+  return joined(list);
+}
+
+json standsJson(const Session& session, const std::vector<AxisWanted>& axes) {
+  json list = json::array();
+  for (const AxisWanted& axis : axes) {
+    list.push_back({{"axis", session.machine().axisNames()[axis.place]}, {"value", axis.value}});
+  }
+  return list;
+}
+
 json finiteOrNull(double value) { return std::isfinite(value) ? json(value) : json(); }
 
 json solvedJson(const Session& session, const Answer& answer) {
@@ -69,6 +106,7 @@ json solvedJson(const Session& session, const Answer& answer) {
   return {{"kind", toString(answer.solver)},
           {"branch", hasBranches(answer) ? json(answer.branch) : json()},
           {"freeAxes", namesOf(session, answer.freeAxes)},
+          {"moved", standsJson(session, answer.moved)},
           {"singular",
            {{"direction", finiteOrNull(singular.directionRad * kRadToDeg)},
             {"elbow", finiteOrNull(singular.elbowRad * kRadToDeg)},
@@ -168,6 +206,10 @@ void printNone(std::ostream& out, const Session& session, const Answer& answer, 
   out << in(language, "Best found ", "Au mieux   ") << roundedText(answer.position) << '\n'
       << in(language, "Tip        ", "Pointe     ") << textOf(at.tip) << "\nDirection  "
       << textOf(at.direction) << '\n';
+  if (!answer.outside.empty()) {
+    out << in(language, "Outside    ", "Hors course ")
+        << outsideText(session, answer.outside, language) << '\n';
+  }
   if (answer.nearestTip) {
     out << in(language, "Nearest point      ", "Point le plus proche      ")
         << textOf(pointInPartZero(session, *answer.nearestTip)) << '\n';
@@ -195,12 +237,9 @@ json foundJson(const Session& session, const Answer& answer) {
 
 json reasonJson(const Session& session, const Answer& answer) {
   const AxisNames& names = session.machine().axisNames();
-  json outside = json::array(), wanted = json::array();
+  json outside = json::array();
   for (const AxisOutside& axis : answer.outside) {
     outside.push_back({{"axis", names[axis.place]}, {"by", axis.by}});
-  }
-  for (const AxisWanted& axis : answer.wanted) {
-    wanted.push_back({{"axis", names[axis.place]}, {"value", axis.value}});
   }
   const std::string unit = unitOf(answer);
   json reason = {{"code", toString(answer.reason)},
@@ -209,7 +248,7 @@ json reasonJson(const Session& session, const Answer& answer) {
                  {"text", answer.text},
                  {"axes", namesOf(session, answer.axes)},
                  {"outside", std::move(outside)},
-                 {"wanted", std::move(wanted)},
+                 {"wanted", standsJson(session, answer.wanted)},
                  {"nearestTip", json()},
                  {"nearestDirection", json()},
                  {"conditions", answer.conditions}};

@@ -13,6 +13,10 @@ inline constexpr Text kNoTarget{
 inline constexpr Text kNoStart{"a start in finite numbers is wanted",
                                "il faut une position de départ en nombres finis"};
 
+inline constexpr Text kFarStart{
+    "the start is so far away that rounding leaves the tool {0} from the direction",
+    "la position de départ est si loin que l'arrondi laisse l'outil à {0} de la direction"};
+
 // --- the direction
 
 inline constexpr Text kBesideCone{
@@ -51,9 +55,8 @@ inline constexpr Text kLocked{"{0} is locked: the target would be reached with {
                               "{0} est bloqué : la cible serait atteinte avec {1}, à {2} de là"};
 inline constexpr Text kAllLocked{"{0} are locked: the target would be reached with {1}",
                                  "{0} sont bloqués : la cible serait atteinte avec {1}"};
-inline constexpr Text kHeld{
-    "{0} stays where it starts: the target would be reached with {1}, {2} away",
-    "{0} reste à sa position de départ : la cible serait atteinte avec {1}, à {2} de là"};
+inline constexpr Text kHeld{"{0} is held: the target would be reached with {1}, {2} away",
+                            "{0} est maintenu : la cible serait atteinte avec {1}, à {2} de là"};
 inline constexpr Text kAt{"{0} at {1}", "{0} à {1}"};
 
 // --- what serves a machine
@@ -99,6 +102,9 @@ inline constexpr Text kNoBallWrist{"the lines of {0} miss each other by {1}",
                                    "les axes {0} ne se coupent pas en un point : écart de {1}"};
 inline constexpr Text kNoWristPoint{"the lines of {0} have no point in common",
                                     "les axes {0} n'ont aucun point commun"};
+inline constexpr Text kSolvedSample{
+    "a target does not leave {0} free to choose: an axis that is solved for is not sampled",
+    "une cible ne laisse pas {0} au choix : un axe que le calcul détermine ne s'échantillonne pas"};
 inline constexpr Text kAskLibrary{"{0}; --engine library asks the library's own solver",
                                   "{0} ; --engine library interroge le solveur de la bibliothèque"};
 
