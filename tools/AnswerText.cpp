@@ -2,9 +2,13 @@
 
 #include <cmath>
 #include <iostream>
+#include <limits>
+#include <string_view>
+#include <utility>
 
 #include "tools/Checked.h"
 #include "tools/InfoJson.h"
+#include "tools/Label.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
@@ -18,12 +22,32 @@ namespace {
 
 bool isOutside(const std::optional<double>& margin) { return margin && *margin < 0; }
 
-std::string marginText(const Margin& m, const std::string& unit) {
-  if (!m.toMin && !m.toMax) return "no limits";
+std::string toMinimum(Language l) { return in(l, " to the minimum", " jusqu'au minimum"); }
+std::string toMaximum(Language l) { return in(l, " to the maximum", " jusqu'au maximum"); }
+
+std::string marginText(const Margin& m, const std::string& unit, Language l) {
+  if (!m.toMin && !m.toMax) return in(l, "no limits", "sans limites");
   std::string text;
-  if (m.toMin) text = rounded(*m.toMin) + " to the minimum";
-  if (m.toMax) text += (text.empty() ? "" : ", ") + rounded(*m.toMax) + " to the maximum";
+  if (m.toMin) text = rounded(*m.toMin) + toMinimum(l);
+  if (m.toMax) text += (text.empty() ? "" : ", ") + rounded(*m.toMax) + toMaximum(l);
   return text + " (" + unit + ")";
+}
+
+// What is left of the verification: most often less than would be said of a coordinate.
+std::string smallText(double value, Language l) {
+  const std::string text = rounded(value);
+  return text == "0" && value > 0 ? in(l, "below 0.000001", "moins de 0.000001") : text;
+}
+
+std::string branchText(std::string branch, Language l) {
+  if (l == Language::english) return branch;
+  for (const auto& [english, french] :
+       {std::pair{"shoulder", "épaule"}, std::pair{"elbow", "coude"},
+        std::pair{"wrist", "poignet"}}) {
+    const std::size_t at = branch.find(english);
+    if (at != std::string::npos) branch.replace(at, std::string_view(english).size(), french);
+  }
+  return branch;
 }
 
 ToolPoint pointOf(const Session& session, const Position& at) {
@@ -40,38 +64,46 @@ UVec3d directionInPartZero(const Session& session, UVec3d direction) {
   return direction;
 }
 
-bool hasBranches(const Answer& answer) {
-  return answer.solver == SolverKind::twoRotary || answer.solver == SolverKind::moreRotary ||
-         answer.solver == SolverKind::arm;
-}
-
 // "RAIL to 999, B to 20"
-std::string standText(const Session& session, const std::vector<AxisWanted>& axes) {
+std::string standText(const Session& session, const std::vector<AxisWanted>& axes, Language l) {
   std::vector<std::string> stands;
   for (const AxisWanted& axis : axes) {
-    stands.push_back(session.machine().axisNames()[axis.place] + " to " + rounded(axis.value));
+    stands.push_back(session.machine().axisNames()[axis.place] + in(l, " to ", " à ") +
+                     rounded(axis.value));
   }
   return joined(stands);
 }
 
-void printSolved(std::ostream& out, const Session& session, const Answer& answer) {
-  if (hasBranches(answer)) out << "Branch     " << answer.branch << '\n';
+void printSolved(std::ostream& out, const Session& session, const Answer& answer, Language l) {
+  if (hasBranches(answer.solver)) {
+    out << label(l, "Branch", "Branche") << branchText(answer.branch, l) << '\n';
+  }
   if (!answer.freeAxes.empty()) {
-    out << "Family     " << joined(namesOf(session, answer.freeAxes))
-        << " free: the member nearest to the start\n";
+    out << label(l, "Family", "Famille") << joined(namesOf(session, answer.freeAxes))
+        << in(l, " free: the member nearest to the start",
+              " libre : le membre le plus proche du départ")
+        << '\n';
   }
   if (!answer.moved.empty()) {
-    out << "Moved      " << standText(session, answer.moved)
-        << ": as near to the start as the target is reached\n";
+    out << label(l, "Moved", "Déplacé") << standText(session, answer.moved, l)
+        << in(l, ": as near to the start as the target is reached",
+              " : au plus près du départ où la cible est atteinte")
+        << '\n';
   }
   const SingularDistance& singular = answer.singular;
   if (std::isfinite(singular.elbowRad)) {
-    out << "Elbow      " << rounded(singular.elbowRad * kRadToDeg)
-        << " degrees from straight or folded\n";
+    const std::string angle = rounded(singular.elbowRad * kRadToDeg);
+    out << label(l, "Elbow", "Coude")
+        << in(l, angle + " degrees from straight or folded",
+              "à " + angle + " degrés de tendu ou replié")
+        << '\n';
   }
   if (std::isfinite(singular.shoulderMm)) {
-    out << "Shoulder   wrist centre " << rounded(singular.shoulderMm)
-        << " mm from where its two sides meet\n";
+    const std::string away = rounded(singular.shoulderMm);
+    out << label(l, "Shoulder", "Épaule")
+        << in(l, "wrist centre " + away + " mm from where its two sides meet",
+              "centre du poignet à " + away + " mm de là où ses deux côtés se rejoignent")
+        << '\n';
   }
 }
 
@@ -84,9 +116,10 @@ std::string outsideText(const Session& session, const std::vector<AxisOutside>& 
         rounded(std::abs(axis.by)) + ' ' +
         (isRotary(session, axis.place) ? in(language, "degrees", "degrés") : "mm");
     const std::string& name = session.machine().axisNames()[axis.place];
-    list.push_back(axis.by < 0
-                       ? name + in(language, " below by ", " sous son minimum, de ") + by
-                       : name + in(language, " above by ", " au-dessus de son maximum, de ") + by);
+    list.push_back(axis.by < 0 ? name + in(language, " below by ", " descend de ") + by +
+                                     in(language, "", " sous son minimum")
+                               : name + in(language, " above by ", " dépasse de ") + by +
+                                     in(language, "", " son maximum"));
   }
   return joined(list);
 }
@@ -104,7 +137,7 @@ json finiteOrNull(double value) { return std::isfinite(value) ? json(value) : js
 json solvedJson(const Session& session, const Answer& answer) {
   const SingularDistance& singular = answer.singular;
   return {{"kind", toString(answer.solver)},
-          {"branch", hasBranches(answer) ? json(answer.branch) : json()},
+          {"branch", hasBranches(answer.solver) ? json(answer.branch) : json()},
           {"freeAxes", namesOf(session, answer.freeAxes)},
           {"moved", standsJson(session, answer.moved)},
           {"singular",
@@ -122,23 +155,85 @@ json singularityJson(const Session& session, const Answer& answer) {
           {"angle", answer.singularity->angleRad * kRadToDeg}};
 }
 
-void printSingularity(std::ostream& out, const Session& session, const Answer& answer) {
+void printSingularity(std::ostream& out, const Session& session, const Answer& answer, Language l) {
   if (!answer.singularity) return;
   const AxisNames& names = session.machine().axisNames();
-  out << "Singular   " << rounded(answer.singularity->angleRad * kRadToDeg)
-      << " degrees from the nearest direction where " << names[answer.singularity->first] << " and "
-      << names[answer.singularity->second] << " lose a degree of freedom\n";
+  const std::string& first = names[answer.singularity->first];
+  const std::string& second = names[answer.singularity->second];
+  const std::string angle = rounded(answer.singularity->angleRad * kRadToDeg);
+  out << label(l, "Singular", "Singulier")
+      << in(l,
+            angle + " degrees from the nearest direction where " + first + " and " + second +
+                " lose a degree of freedom",
+            "à " + angle + " degrés de la direction la plus proche où " + first + " et " + second +
+                " perdent un degré de liberté")
+      << '\n';
+}
+
+struct LeastMargin {
+  double value = std::numeric_limits<double>::infinity();
+  int place = -1;
+  bool isToMin = false;
+
+  void take(const std::optional<double>& margin, int axis, bool toMin) {
+    if (margin && *margin < value) *this = {*margin, axis, toMin};
+  }
+};
+
+// Of a list, where the margins of every axis would bury the positions.
+void printLeastMargin(std::ostream& out, const Session& session, const Answer& answer, Language l) {
+  LeastMargin least;
+  for (std::size_t i = 0; i < answer.margins.size(); ++i) {
+    least.take(answer.margins[i].toMin, static_cast<int>(i), true);
+    least.take(answer.margins[i].toMax, static_cast<int>(i), false);
+  }
+  out << label(l, "Margin", "Marge");
+  if (least.place < 0) {
+    out << in(l, "no limits", "sans limites") << '\n';
+    return;
+  }
+  out << session.machine().axisNames()[least.place] << ' ' << rounded(least.value) << ' '
+      << unitWord(session, least.place, l) << (least.isToMin ? toMinimum(l) : toMaximum(l))
+      << in(l, ", the least", ", la plus petite") << '\n';
+}
+
+// --- directions that programs round
+
+std::string listedExactly(const UVec3d& v) {
+  return plain(v.x) + "," + plain(v.y) + "," + plain(v.z);
+}
+
+// What is nothing beside the other components comes of turning by a quarter.
+UVec3d withoutDust(UVec3d direction) {
+  constexpr double kDust = 1e-15;
+  for (double* value : {&direction.x, &direction.y, &direction.z}) {
+    if (std::abs(*value) < kDust) *value = 0.0;
+  }
+  return direction;
+}
+
+// Whether the direction alone misses, by as little as a program loses that writes a few decimals.
+bool isRounding(const Session& session, const Answer& answer) {
+  constexpr double kRoundedDegrees = 1e-4;
+  const bool isDirection =
+      answer.reason == Reason::outsideCone || answer.reason == Reason::noRotaryAxis;
+  return isDirection && answer.nearestDirection && answer.by < kRoundedDegrees &&
+         answer.residual.pointMm <= kReachedMm && namesOf(session, answer.margins).empty();
 }
 
 }  // namespace
+
+bool hasBranches(SolverKind kind) {
+  return kind == SolverKind::twoRotary || kind == SolverKind::moreRotary || kind == SolverKind::arm;
+}
 
 bool isRotary(const Session& session, int place) {
   return session.machine()->getAxisElem(place + 1)->getElemType() ==
          zkin::KMachineElem::KMET_TYPE_AROT;
 }
 
-const char* unitWord(const Session& session, int place) {
-  return isRotary(session, place) ? "degrees" : "mm";
+std::string unitWord(const Session& session, int place, Language language) {
+  return isRotary(session, place) ? in(language, "degrees", "degrés") : "mm";
 }
 
 std::vector<std::string> namesOf(const Session& session, const std::vector<Margin>& margins) {
@@ -162,14 +257,14 @@ std::string unitOf(const Answer& answer) {
 }
 
 void printMargins(std::ostream& out, const Session& session, const Position& at,
-                  const std::vector<Margin>& margins) {
+                  const std::vector<Margin>& margins, Language l) {
   for (int i = 0; i < at.size(); ++i) {
     const Margin& m = margins[static_cast<std::size_t>(i)];
-    const char* side = isOutside(m.toMin)   ? "  BELOW "
-                       : isOutside(m.toMax) ? "  ABOVE "
-                                            : "  inside";
-    out << side << "  " << at.names()[i] << '=' << rounded(at[i]) << "  "
-        << marginText(m, unitWord(session, i)) << '\n';
+    const std::string side = isOutside(m.toMin)   ? in(l, "BELOW", "SOUS")
+                             : isOutside(m.toMax) ? in(l, "ABOVE", "SUR")
+                                                  : in(l, "inside", "dedans");
+    out << "  " << padded(side, 6) << "  " << at.names()[i] << '=' << rounded(at[i]) << "  "
+        << marginText(m, unitWord(session, i, l), l) << '\n';
   }
 }
 
@@ -183,40 +278,56 @@ json marginsJson(const Session& session, const std::vector<Margin>& margins) {
   return list;
 }
 
-void printFound(std::ostream& out, const Session& session, const Answer& answer) {
+void printFound(std::ostream& out, const Session& session, const Answer& answer, Language l,
+                bool isListed) {
   const ToolPoint at = pointOf(session, answer.position);
-  out << "Position   " << roundedText(answer.position) << '\n';
+  out << label(l, "Position", "Position") << roundedText(answer.position) << '\n';
   if (answer.isLinearOnly) {
-    out << "           by the linear axes alone: no rotary axis is free, and the tool points so\n";
+    out << label(l, "", "")
+        << in(l, "by the linear axes alone: no rotary axis is free, and the tool points so",
+              "par les seuls axes linéaires : aucun axe rotatif libre, et l'outil est orienté "
+              "ainsi")
+        << '\n';
   }
-  out << "Tip        " << textOf(at.tip) << "\nDirection  " << textOf(at.direction)
-      << "\nResidual   point " << exact(answer.residual.pointMm) << " mm, direction "
-      << exact(answer.residual.directionRad * kRadToDeg) << " degrees\n";
-  printSolved(out, session, answer);
-  printSingularity(out, session, answer);
-  out << "Margins\n";
-  printMargins(out, session, answer.position, answer.margins);
+  out << label(l, "Tip", "Pointe") << textOf(at.tip) << '\n'
+      << label(l, "Direction", "Direction") << textOf(at.direction) << '\n'
+      << label(l, "Residual", "Résidu") << "point " << smallText(answer.residual.pointMm, l)
+      << " mm, direction " << smallText(answer.residual.directionRad * kRadToDeg, l) << ' '
+      << in(l, "degrees", "degrés") << '\n';
+  printSolved(out, session, answer, l);
+  printSingularity(out, session, answer, l);
+  if (isListed) return printLeastMargin(out, session, answer, l);
+  out << in(l, "Margins", "Marges") << '\n';
+  printMargins(out, session, answer.position, answer.margins, l);
 }
 
-void printNone(std::ostream& out, const Session& session, const Answer& answer, Language language) {
-  out << in(language, "No position: ", "Aucune position : ") << answer.text << '\n';
+std::string reasonText(const Session& session, const Answer& answer, Language l) {
+  if (!isRounding(session, answer)) return answer.text;
+  return answer.text + in(l, "; that is rounding, --dir ", " ; ce n'est qu'un arrondi, --dir ") +
+         listedExactly(withoutDust(directionInPartZero(session, *answer.nearestDirection))) +
+         in(l, " is reached", " est atteinte");
+}
+
+// What is nearest is said with all digits: less of them, and it is not reached.
+void printNone(std::ostream& out, const Session& session, const Answer& answer, Language l) {
+  out << in(l, "No position: ", "Aucune position : ") << reasonText(session, answer, l) << '\n';
   for (const std::string& condition : answer.conditions) out << "  - " << condition << '\n';
   if (answer.reason == Reason::noDirection) return;
   const ToolPoint at = pointOf(session, answer.position);
-  out << in(language, "Best found ", "Au mieux   ") << roundedText(answer.position) << '\n'
-      << in(language, "Tip        ", "Pointe     ") << textOf(at.tip) << "\nDirection  "
-      << textOf(at.direction) << '\n';
+  out << label(l, "Best found", "Au mieux") << roundedText(answer.position) << '\n'
+      << label(l, "Tip", "Pointe") << textOf(at.tip) << '\n'
+      << label(l, "Direction", "Direction") << textOf(at.direction) << '\n';
   if (!answer.outside.empty()) {
-    out << in(language, "Outside    ", "Hors course ")
-        << outsideText(session, answer.outside, language) << '\n';
+    out << label(l, "Outside", "Hors course") << outsideText(session, answer.outside, l) << '\n';
   }
   if (answer.nearestTip) {
-    out << in(language, "Nearest point      ", "Point le plus proche      ")
-        << textOf(pointInPartZero(session, *answer.nearestTip)) << '\n';
+    out << label(l, "Nearest", "Proche") << "point "
+        << listedExactly(pointInPartZero(session, *answer.nearestTip)) << '\n';
   }
   if (answer.nearestDirection) {
-    out << in(language, "Nearest direction  ", "Direction la plus proche  ")
-        << textOf(directionInPartZero(session, *answer.nearestDirection)) << '\n';
+    out << label(l, "Nearest", "Proche") << "direction "
+        << listedExactly(withoutDust(directionInPartZero(session, *answer.nearestDirection)))
+        << '\n';
   }
 }
 
@@ -235,7 +346,7 @@ json foundJson(const Session& session, const Answer& answer) {
   return found;
 }
 
-json reasonJson(const Session& session, const Answer& answer) {
+json reasonJson(const Session& session, const Answer& answer, Language language) {
   const AxisNames& names = session.machine().axisNames();
   json outside = json::array();
   for (const AxisOutside& axis : answer.outside) {
@@ -245,7 +356,7 @@ json reasonJson(const Session& session, const Answer& answer) {
   json reason = {{"code", toString(answer.reason)},
                  {"by", unit.empty() ? json() : json(answer.by)},
                  {"unit", unit.empty() ? json() : json(unit)},
-                 {"text", answer.text},
+                 {"text", reasonText(session, answer, language)},
                  {"axes", namesOf(session, answer.axes)},
                  {"outside", std::move(outside)},
                  {"wanted", standsJson(session, answer.wanted)},

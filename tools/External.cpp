@@ -119,8 +119,8 @@ Answer External::none(const Target& target, const Position& from) const {
   answer.text = in(language_,
                    "the external library finds none (it turns two rotary axes and slides three "
                    "linear ones, with all others at 0)",
-                   "la bibliothèque externe n'en trouve pas (elle tourne deux axes rotatifs et "
-                   "déplace trois axes linéaires, tous les autres à 0)");
+                   "la bibliothèque externe n'en trouve pas (elle fait tourner deux axes rotatifs "
+                   "et déplace trois axes linéaires, tous les autres restant à 0)");
   return answer;
 }
 

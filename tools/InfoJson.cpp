@@ -95,8 +95,9 @@ json geometryJson(const MachineInfo& info) {
 }
 
 json servedJson(const Session& session, const Served& served) {
+  const bool isServed = served.unserved == Unserved::served;
   return {{"kind", toString(served.kind)},
-          {"unserved", toString(served.unserved)},
+          {"unserved", isServed ? json() : json(toString(served.unserved))},
           {"turning", namesOf(session, served.turning)},
           {"carrying", namesOf(session, served.carrying)},
           {"redundant", namesOf(session, served.redundant)},

@@ -1,12 +1,16 @@
 #include "tools/inverse.h"
 
+#include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <memory>
 
 #include "toolkit/answer/Answer.h"
 #include "toolkit/answer/Reach.h"
 #include "tools/AnswerText.h"
+#include "tools/Checked.h"
 #include "tools/External.h"
+#include "tools/Label.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
@@ -23,41 +27,58 @@ struct Asked {
   Position from;
 };
 
-std::string countText(const Answers& all, std::size_t shown) {
+std::string countText(const Answers& all, std::size_t shown, Language l) {
   std::string text = std::to_string(all.total) + (all.total == 1 ? " position" : " positions");
-  if (shown < all.total) text += ", the nearest " + std::to_string(shown) + " shown";
+  const std::string few = std::to_string(shown);
+  if (shown < all.total) {
+    text +=
+        in(l, ", the nearest " + few + " shown",
+           shown == 1 ? ", la plus proche affichée" : ", les " + few + " plus proches affichées");
+  }
   return text;
 }
 
-std::string tooManyText(const Answers& all) {
-  return "korvo: expected up to " + std::to_string(kMostSeeds) +
-         " starts for the list of all positions, found " + std::to_string(*all.tooManySeeds) +
-         " (limits on the rotary axes, or --lock, make it shorter); the nearest position alone is "
-         "answered";
+std::string tooManyText(const Answers& all, Language l) {
+  const std::string most = std::to_string(kMostSeeds), found = std::to_string(*all.tooManySeeds);
+  return "korvo: " +
+         in(l,
+            "expected up to " + most + " starts for the list of all positions, found " + found +
+                " (limits on the rotary axes, or --lock, make it shorter); the nearest position "
+                "alone is answered",
+            "au plus " + most +
+                " départs attendus pour la liste de toutes les positions, trouvé : " + found +
+                " (des limites sur les axes rotatifs, ou --lock, la raccourcissent) ; seule la "
+                "position la plus proche est donnée");
 }
 
-void printTop(std::ostream& out, const Session& session, const Asked& asked) {
-  out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
-      << "\nTarget     tip " << textOf(asked.target.tip) << ", direction "
-      << textOf(asked.target.direction.normalised()) << "\nFrom       " << textOf(asked.from)
-      << '\n';
+void printTop(std::ostream& out, const Session& session, const Asked& asked, Language l) {
+  out << label(l, "Machine", "Machine") << session.file() << '\n'
+      << label(l, "Settings", "Réglages") << session.settingsText(l) << '\n'
+      << label(l, "Target", "Cible") << in(l, "tip ", "pointe ") << textOf(asked.target.tip)
+      << ", direction " << textOf(asked.target.direction.normalised()) << '\n'
+      << label(l, "From", "Départ") << textOf(asked.from) << '\n';
 }
 
 void print(std::ostream& out, const Session& session, const Asked& asked, const Answers& all,
-           bool isList, Language language) {
-  printTop(out, session, asked);
-  if (all.none) return printNone(out, session, *all.none, language);
-  if (isList) out << "Found      " << countText(all, all.positions.size()) << '\n';
+           bool isList, Language l) {
+  printTop(out, session, asked, l);
+  if (all.none) return printNone(out, session, *all.none, l);
+  if (isList) {
+    out << label(l, "Found", "Trouvé") << countText(all, all.positions.size(), l) << '\n';
+  }
   for (std::size_t i = 0; i < all.positions.size(); ++i) {
     if (isList) {
-      out << "\nNumber " << i + 1 << ", distance from the start " << rounded(all.distances[i])
-          << '\n';
+      out << '\n'
+          << in(l, "Number ", "Numéro ") << i + 1
+          << in(l, ", distance from the start ", ", distance du départ ")
+          << rounded(all.distances[i]) << '\n';
     }
-    printFound(out, session, all.positions[i]);
+    printFound(out, session, all.positions[i], l, isList);
   }
 }
 
-json answerJson(const Session& session, const Asked& asked, const Answers& all, bool isList) {
+json answerJson(const Session& session, const Asked& asked, const Answers& all, bool isList,
+                Language language) {
   json positions = json::array();
   for (std::size_t i = 0; i < all.positions.size(); ++i) {
     json found = foundJson(session, all.positions[i]);
@@ -76,7 +97,7 @@ json answerJson(const Session& session, const Asked& asked, const Answers& all, 
       {"status", toString(all.none ? all.none->status : Status::reached)},
       {"total", isList ? json(all.total) : json()},
       {"positions", std::move(positions)},
-      {"reason", all.none ? reasonJson(session, *all.none) : json()},
+      {"reason", all.none ? reasonJson(session, *all.none, language) : json()},
       {"best", all.none && all.none->reason != Reason::noDirection ? foundJson(session, *all.none)
                                                                    : json()}};
 }
@@ -115,9 +136,10 @@ Answers answersOf(const InverseOptions& o, const Session& session, const Target&
 
 UVec3d directionOf(const std::string& text) {
   const char* wanted = "i,j,k, not all 0, after --dir";
-  const UVec3d direction = vectorOf(text, wanted);
-  if (direction.normalised().norm2() == 0) failUsage(wanted, inQuotes(text));
-  return direction;
+  const UVec3d given = vectorOf(text, wanted);
+  double direction[] = {given.x, given.y, given.z};
+  if (!scaleDirection(direction)) failUsage(wanted, inQuotes(text));
+  return {direction[0], direction[1], direction[2]};
 }
 
 Exit answerOne(const InverseOptions& o, const Session& session, const Position& from) {
@@ -125,11 +147,12 @@ Exit answerOne(const InverseOptions& o, const Session& session, const Position& 
                     from};
   const Target target = fromPartZero(session.machine(), asked.target);
   const Answers all = answersOf(o, session, target, from);
-  if (all.tooManySeeds) say(tooManyText(all));
+  const Language language = languageOf(o.language);
+  if (all.tooManySeeds) say(tooManyText(all, language));
   if (o.common.json) {
-    std::cout << answerJson(session, asked, all, o.all).dump(2) << '\n';
+    std::cout << answerJson(session, asked, all, o.all, language).dump(2) << '\n';
   } else {
-    print(std::cout, session, asked, all, o.all, languageOf(o.language));
+    print(std::cout, session, asked, all, o.all, language);
   }
   return all.none ? Exit::no : Exit::answered;
 }
@@ -206,6 +229,13 @@ void checkSampled(const Session& session, const SolverOptions& options) {
 
 }  // namespace
 
+bool scaleDirection(double* direction) {
+  double largest = 0.0;
+  for (int i = 0; i < 3; ++i) largest = std::max(largest, std::abs(direction[i]));
+  for (int i = 0; i < 3 && largest > 0; ++i) direction[i] /= largest;
+  return largest > 0;
+}
+
 std::size_t mostOf(const InverseOptions& o) {
   if (!o.most) return 20;
   const std::optional<int> most = integerOf(*o.most);
@@ -280,7 +310,8 @@ void addInverse(CLI::App& app, Exit& exit) {
                  "Say on standard error what was taken and how fast the rows were answered")
       ->disable_flag_override();
   addEngineOption(*verb, o->engine, {Engine::solver, Engine::library, Engine::external});
-  verb->add_option("--lang", o->language, "Language of the reason when there is none: en, fr [en]");
+  verb->add_option("--lang", o->language,
+                   "Language of the answer, in JSON of the reason alone: en, fr [en]");
   verb->footer(
       "Without --all: the position nearest to --from. Axes that a target leaves free, as linear "
       "axes "

@@ -34,6 +34,10 @@ struct InverseOptions {
 /// How many of all positions are answered; throws Failure (usage) for what is no number.
 std::size_t mostOf(const InverseOptions& options);
 
+/// Divides a direction by the largest of its components, so that its square is a number whatever
+/// they are; false for a null one.
+bool scaleDirection(double* direction);
+
 /// What --hold and --sample say of axes that targets leave free; throws Failure (usage).
 SolverOptions solverOptionsOf(const InverseOptions& options, const Session& session);
 

@@ -4,6 +4,7 @@
 #include "toolkit/answer/Answer.h"
 #include "toolkit/answer/Reach.h"
 #include "tools/AnswerText.h"
+#include "tools/Checked.h"
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
 #include "tools/TableRun.h"
@@ -41,7 +42,7 @@ void takeMargin(const std::optional<double>& margin, int place, Cells& cells) {
 Cells cellsOf(const Answer& answer) {
   Cells cells(answer.position);
   cells.residual = answer.residual;
-  cells.branch = answer.branch;
+  cells.branch = hasBranches(answer.solver) ? answer.branch : "";
   cells.freeAxes = answer.freeAxes;
   cells.singular = answer.singular;
   for (std::size_t i = 0; i < answer.margins.size(); ++i) {
@@ -55,21 +56,22 @@ class InverseRows : public TableRun {
  public:
   InverseRows(const InverseOptions& options, const Session& session, const Position& from,
               LineBlocks& table)
-      : TableRun(session, table, {options.common.json, options.strict, options.stats}),
+      : TableRun(
+            session, table,
+            {options.common.json, options.strict, options.stats, languageOf(options.language)}),
         at_(from),
         most_(options.all ? mostOf(options) : 0),
         rows_(kBatch) {
-    const Language language = languageOf(options.language);
     if (options.engine == Engine::library) {
-      library_.emplace(session.machine(), language);
+      library_.emplace(session.machine(), language());
     } else {
-      reach_.emplace(session.machine(), solverOptionsOf(options, session), language);
+      reach_.emplace(session.machine(), solverOptionsOf(options, session), language());
     }
   }
 
  private:
   CsvHeader readHeaderLine(std::string_view line) override {
-    return readTargetHeader(lines(), line);
+    return readTargetHeader(lines(), line, language());
   }
   std::string columns() const override {
     std::string names;
@@ -78,16 +80,21 @@ class InverseRows : public TableRun {
     return reach_ ? names + ",branch,free_axes,margin,margin_axis,singular" : names;
   }
   const char* rowSchema() const override { return "korvo.inverse.row/1"; }
-  const char* rowWord() const override { return "targets"; }
+  std::string rowWord() const override { return in(language(), "targets", "cibles"); }
+  std::string lastNote() const override;
 
   std::optional<std::string> read(std::size_t i, std::string_view line) override {
-    return readRow(line, header(), rows_[i].values);
+    if (auto problem = readRow(line, header(), rows_[i].values)) return problem;
+    if (scaleDirection(rows_[i].values + 3)) return {};
+    return in(language(), "expected i, j, k, not all 0, found 0, 0, 0",
+              "i, j, k, pas tous nuls, attendus, trouvé : 0, 0, 0");
   }
 
   void query(std::size_t i) override;
   void queryAll(const Target& target, Row& row);
   void queryNearest(const Target& target, Row& row);
   void queryLibrary(const Target& target, Row& row);
+  void queryLibraryList(const Target& target, Row& row);
 
   bool moveOn(std::size_t i) override {
     return !rows_[i].none && ++rows_[i].shown < rows_[i].found.size();
@@ -96,7 +103,7 @@ class InverseRows : public TableRun {
   Verdict verdict(std::size_t i) override {
     const Row& row = rows_[i];
     if (!row.none) return {};
-    return {toString(row.none->status), row.none->text};
+    return {toString(row.none->status), reasonText(session(), *row.none, language())};
   }
 
   void printCsv(std::size_t i, const Verdict& verdict, std::string& out) override;
@@ -108,7 +115,8 @@ class InverseRows : public TableRun {
   std::optional<Reach> reach_;  // one of both
   std::optional<LibrarySolver> library_;
   Position at_;
-  std::size_t most_ = 0;  // of all; 0: the nearest alone
+  std::size_t most_ = 0;         // of all; 0: the nearest alone
+  std::uint64_t shortened_ = 0;  // targets with more positions than that
   std::vector<Row> rows_;
 };
 
@@ -125,7 +133,17 @@ void InverseRows::query(std::size_t i) {
 void InverseRows::queryLibrary(const Target& target, Row& row) {
   row.found.assign(1, Cells(at_));
   row.none = library_->follow(target, at_, row.found[0].residual);
+  if (row.none) queryLibraryList(target, row);
   if (!row.none) *row.found[0].position = *at_;
+}
+
+// As of one target alone: of the list of all positions the nearest.
+void InverseRows::queryLibraryList(const Target& target, Row& row) {
+  const Answer answer = library_->nearest(target, at_);
+  if (answer.status != Status::reached) return;
+  row.none.reset();
+  row.found[0].residual = answer.residual;
+  *at_ = *answer.position;
 }
 
 void InverseRows::queryNearest(const Target& target, Row& row) {
@@ -136,7 +154,8 @@ void InverseRows::queryNearest(const Target& target, Row& row) {
   Cells& cells = row.found[0];
   *cells.position = *at_;
   cells.residual = found.residual;
-  cells.branch = found.branch.label(reach_->solver().kind());
+  const SolverKind kind = reach_->solver().kind();
+  cells.branch = hasBranches(kind) ? found.branch.label(kind) : "";
   cells.freeAxes.clear();
   for (const int place : found.freePlaces) {
     if (place >= 0) cells.freeAxes.push_back(place);
@@ -146,10 +165,21 @@ void InverseRows::queryNearest(const Target& target, Row& row) {
   cells.singular = found.singular;
 }
 
+std::string InverseRows::lastNote() const {
+  if (shortened_ == 0) return "";
+  const std::string rows = std::to_string(shortened_), most = std::to_string(most_);
+  return in(language(),
+            "targets with more than " + most + " positions, of which the nearest " + most +
+                " are written (--max): " + rows,
+            "cibles avec plus de " + most + " positions, dont les " + most +
+                " plus proches sont écrites (--max) : " + rows);
+}
+
 // The next row starts from the nearest.
 void InverseRows::queryAll(const Target& target, Row& row) {
   Answers all = reach_->all(target, at_, most_);
   row.none = std::move(all.none);
+  shortened_ += all.total > all.positions.size();
   row.found.clear();
   for (const Answer& answer : all.positions) row.found.push_back(cellsOf(answer));
   if (!row.found.empty()) *at_ = *row.found[0].position;
@@ -215,7 +245,7 @@ std::string InverseRows::solvedJson(const Cells& cells) const {
 void InverseRows::printJson(std::size_t i, const Verdict&, std::string& out) {
   const Row& row = rows_[i];
   if (row.none) {
-    out += R"(,"reason":)" + reasonJson(session(), *row.none).dump();
+    out += R"(,"reason":)" + reasonJson(session(), *row.none, language()).dump();
     return;
   }
   const Cells& cells = row.found[row.shown];

@@ -217,7 +217,7 @@ TEST(Reach, AStartThatIsNoNumberIsSaid) {
   const Position from = machine.position({{"X", std::nan("")}});
   const Answer answer = Reach(machine).nearest({{0, 0, 200}, kUp}, from);
   EXPECT_EQ(answer.reason, Reason::noDirection);
-  EXPECT_EQ(answer.text, "a start in finite numbers is wanted");
+  EXPECT_EQ(answer.text, "no start: one of its values is not finite");
 }
 
 // --- which form serves a machine
@@ -256,6 +256,40 @@ INSTANTIATE_TEST_SUITE_P(
       std::replace(name.begin(), name.end(), '-', '_');
       return name;
     });
+
+TEST(Serves, OfAnArmOnlyWhatIsFreeCarriesAndTurns) {
+  const Machine machine = withLock(example("arm-puma560"), 0);
+  const korvo::Served served = servedBy(machine, korvo::Solver(machine));
+  EXPECT_EQ(served.carrying, (std::vector<int>{1, 2}));
+  EXPECT_EQ(served.locked, std::vector<int>{0});
+  EXPECT_EQ(served.text, "arm: J2 and J3 carry the wrist, J4, J5 and J6 turn the tool; locked: J1");
+}
+
+TEST(Serves, TheLibraryIsNamedWhereItMayAnswer) {
+  Machine machine = example("head-cb-fork");
+  machine->getElemByName("B")->setValueIndex(0);  // that of X
+  const korvo::Solver solver(machine);
+  ASSERT_EQ(solver.unserved(), korvo::Unserved::coupledAxes);
+  EXPECT_EQ(servedBy(machine, solver).text,
+            "no closed form serves this machine: one value, X, moves two joints; the library's own "
+            "solver may answer (LibrarySolver, --engine library)");
+}
+
+// Two parallel joints, then one that slides and one that turns about the tool: the library's arm
+// solver wants a wrist.
+TEST(Serves, TheLibraryIsNotRecommendedWhereItCannotEither) {
+  const Machine machine = machineOf(
+      "frame\npart=x,y,0,0,0\nlien=BATI\nrotation=J1,1,+z,0,0,0,0,0\n"
+      "rotation=J2,2,+z,0,0,250,0,0\naxis=Z,3,-z\nrotation=J4,4,+z,0,0,450,0,0\n"
+      "tool=z,450,0,0\n");
+  const korvo::Solver solver(machine);
+  EXPECT_EQ(servedBy(machine, solver).text,
+            "no closed form serves this machine: linear axes: 1, rotary axes: 3, where three "
+            "linear axes or six joints are wanted; nor does the library's own solver serve it");
+  EXPECT_NE(
+      korvo::LibrarySolver(machine).nearest({{300, 100, 50}, {0, 0, 1}}, machine.position()).status,
+      Status::reached);
+}
 
 TEST(Serves, NamesWhatIsLockedAndHeld) {
   const Machine machine = withLock(example("gantry-w"), 0);

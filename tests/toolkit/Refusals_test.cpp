@@ -78,8 +78,10 @@ std::vector<Refusal> refusals() {
        Reason::noDirection,
        0,
        Unit::none,
-       "a point and a direction in finite numbers, the direction not null, are wanted",
-       "il faut un point et une direction en nombres finis, la direction non nulle"},
+       "no target: the point or the direction is beyond the range of numbers, or the direction is "
+       "null",
+       "pas de cible : le point ou la direction dépasse le domaine des nombres, ou la direction "
+       "est nulle"},
       {"NoRotaryAxis",
        example("mill-3axis"),
        {},
@@ -118,7 +120,7 @@ std::vector<Refusal> refusals() {
        19,
        Unit::mm,
        "outside the limits: X above by 19 mm",
-       "hors des courses : X au-dessus de son maximum de 19 mm"},
+       "hors des courses : X dépasse de 19 mm son maximum"},
       // Y ends at -203 and Z, with the nose 110 above the table at 0, at 508
       {"TwoAxesOutside",
        example("mill-3axis"),
@@ -128,7 +130,7 @@ std::vector<Refusal> refusals() {
        1.5,
        Unit::mm,
        "outside the limits: Y below by 1.5 mm, Z above by 2 mm",
-       "hors des courses : Y sous son minimum de 1.5 mm, Z au-dessus de son maximum de 2 mm"},
+       "hors des courses : Y descend de 1.5 mm sous son minimum, Z dépasse de 2 mm son maximum"},
       // A ends at -120; the other branch, A = 130, is 100 beyond its end at 30
       {"ARotaryAxisOutside",
        example("table-ac"),
@@ -138,7 +140,7 @@ std::vector<Refusal> refusals() {
        10,
        Unit::degree,
        "outside the limits: A below by 10 degrees",
-       "hors des courses : A sous son minimum de 10 degrés"},
+       "hors des courses : A descend de 10 degrés sous son minimum"},
       {"LockedLinearAxis",
        withLock(example("mill-3axis"), 0),
        {{"X", 4}},
@@ -147,7 +149,7 @@ std::vector<Refusal> refusals() {
        10,
        Unit::mm,
        "X is locked: the target would be reached with X at 14 mm, 10 mm away",
-       "X est bloqué : la cible serait atteinte avec X à 14 mm, à 10 mm de là"},
+       "X est bloqué : la cible serait atteinte avec X à 14 mm, soit un écart de 10 mm"},
       // 30 degrees about Y, the nose 215 below B, B 0.02 beside C: X by 215 sin 30 and more
       {"LockedRotaryAxis",
        withLock(example("head-cb-fork"), 3),
@@ -157,7 +159,7 @@ std::vector<Refusal> refusals() {
        30,
        Unit::degree,
        "B is locked: the target would be reached with B at 30 degrees, 30 degrees away",
-       "B est bloqué : la cible serait atteinte avec B à 30 degrés, à 30 degrés de là"},
+       "B est bloqué : la cible serait atteinte avec B à 30 degrés, soit un écart de 30 degrés"},
       // The first joint turns whatever the others reach about its line
       {"LockedJointOfAnArm",
        withLock(example("arm-irb2400"), 0),
@@ -167,7 +169,7 @@ std::vector<Refusal> refusals() {
        30,
        Unit::degree,
        "J1 is locked: the target would be reached with J1 at 30 degrees, 30 degrees away",
-       "J1 est bloqué : la cible serait atteinte avec J1 à 30 degrés, à 30 degrés de là"},
+       "J1 est bloqué : la cible serait atteinte avec J1 à 30 degrés, soit un écart de 30 degrés"},
       {"TwoLockedAxes",
        withLock(withLock(example("mill-3axis"), 0), 1),
        {},
@@ -203,7 +205,8 @@ std::vector<Refusal> refusals() {
        7,
        Unit::mm,
        "no three free linear axes in independent directions: the point is missed by 7 mm",
-       "pas trois axes linéaires libres de directions indépendantes : le point est manqué de 7 mm"},
+       "les axes linéaires libres n'ont pas trois directions indépendantes : le point est manqué "
+       "de 7 mm"},
       // X and Z of a lathe: the spindle C turns the tool's direction alone
       {"Lathe",
        machineOf("frame\nrotation=C,6,z,0,0,0,0,0\npart=x,y,0,0,0\nlien=BATI\naxis=Z,3,z\n"
@@ -223,10 +226,10 @@ std::vector<Refusal> refusals() {
        0,
        Unit::none,
        "no closed form serves this machine: linear axes: 1, rotary axes: 3, where three linear "
-       "axes or six joints are wanted; --engine library asks the library's own solver",
+       "axes or six joints are wanted; nor does the library's own solver serve it",
        "aucune solution analytique pour cette machine : axes linéaires : 1, axes rotatifs : 3, "
-       "alors qu'il faut trois axes linéaires ou six articulations ; --engine library interroge le "
-       "solveur de la bibliothèque"},
+       "alors qu'il faut trois axes linéaires ou six articulations ; le solveur de la "
+       "bibliothèque ne la traite pas non plus"},
       // the wrist centre 150.05 beside the first axis; arms of 431.8 and the root of 20.3^2 +
       // 431.8^2
       {"ArmTooShort",
@@ -266,7 +269,7 @@ std::vector<Refusal> refusals() {
        999,
        Unit::mm,
        "RAIL is locked: the target would be reached with RAIL at 999 mm, 999 mm away",
-       "RAIL est bloqué : la cible serait atteinte avec RAIL à 999 mm, à 999 mm de là"},
+       "RAIL est bloqué : la cible serait atteinte avec RAIL à 999 mm, soit un écart de 999 mm"},
       {"NoBallWrist",
        machineOf(kOffsetWrist),
        {},
@@ -275,9 +278,9 @@ std::vector<Refusal> refusals() {
        12.5,
        Unit::mm,
        "no closed form serves this machine: the lines of J4, J5 and J6 miss each other by 12.5 mm; "
-       "--engine library asks the library's own solver",
+       "nor does the library's own solver serve it",
        "aucune solution analytique pour cette machine : les axes J4, J5 et J6 ne se coupent pas en "
-       "un point : écart de 12.5 mm ; --engine library interroge le solveur de la bibliothèque"},
+       "un point : écart de 12.5 mm ; le solveur de la bibliothèque ne la traite pas non plus"},
   };
 }
 

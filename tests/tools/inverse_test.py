@@ -4,13 +4,23 @@ import io
 import json
 import math
 import os
+import pty
+import subprocess
 
-from command_line_test import ANSWERED, NO, REFUSED, SCHEMAS, USAGE, CommandLine, validate
+from command_line_test import (ANSWERED, KORVO, NO, REFUSED, SCHEMAS, USAGE, CommandLine,
+                               validate)
 
 HALF = math.sqrt(0.5)
 
 # The trunnion of the other tests (its cradle turns about the line z = 50) with travels.
 LIMITS = "limits=X,-300,300\nlimits=Z,-100,400\n"
+
+# Three joints for the shoulder, one for the elbow, three for the wrist.
+SEVEN_JOINTS = "frame\npart=x,y,0,0,0\nlien=BATI\n" + "".join(
+    f"rotation=J{k},{k},{d},0,0,0,0,{z}\n" for k, d, z in (
+        (1, "+z", 0), (2, "+y", 340), (3, "+z", 340), (4, "-y", 740), (5, "+z", 740),
+        (6, "+y", 1140), (7, "+z", 1140))) + "tool=-z,0,0,1266\n" + "".join(
+            f"limits=J{k},-{170 if k % 2 else 120},{170 if k % 2 else 120}\n" for k in range(1, 8))
 
 
 class InverseCommandLine(CommandLine):
@@ -154,9 +164,62 @@ class Inverse(InverseCommandLine):
         self.assertEqual(run.returncode, NO)
         self.assertIn("Aucune position : la direction est à 90 degrés du cône que l'outil décrit "
                       "autour de B\n", run.stdout)
-        self.assertIn("Direction la plus proche  0  0  1\n", run.stdout)
+        self.assertIn("Proche     direction 0,0,1\n", run.stdout)
         self.assert_fails(USAGE, "expected en or fr after --lang, found 'de'", "inverse",
                           "mill-4axis", "--point", "0,1,0", "--dir", "0,1,0", "--lang", "de")
+
+    def test_all_of_the_text_is_french(self):
+        text = self.answer("inverse", self.machine, "--point", self.POINT, "--dir", "0,1,1",
+                           "--lang", "fr")
+        for part in ("Réglages   format 2 ; outil 1, longueur 0 mm ; zéro pièce 0,0,0,0,0,0 ; ",
+                     "bloqués : aucun\n", "Cible      pointe 10  ", "Départ     X=0 Y=0",
+                     "\nPointe     10  ", "Résidu     point ", "degrés\n",
+                     "Singulier  à 45 degrés de la direction la plus proche où C et A perdent un "
+                     "degré de liberté\n", "Marges\n",
+                     "  dedans  X=10  310 jusqu'au minimum, 290 jusqu'au maximum (mm)\n",
+                     "  dedans  C=0  sans limites\n"):
+            self.assertIn(part, text)
+        text = self.answer("inverse", "arm-puma560", "--point", "500,-150,900", "--dir",
+                           "0.3,0.2,-1", "--all", "--max", "1", "--lang", "fr")
+        for part in ("Trouvé     ", "Numéro 1, distance du départ ", "Branche    épaule", " coude",
+                     " poignet", "Famille    J6 libre", "Coude      à ", "Épaule     centre du"):
+            self.assertIn(part, text)
+
+    # 1e-7 rad beside the only direction there is: what a program leaves that writes few digits.
+    def test_what_misses_by_rounding_is_said_to(self):
+        arguments = ("mill-3axis", "--point", "0,0,200", "--dir")
+        run = self.run_korvo("inverse", *arguments, "0,1e-7,1")
+        self.assertEqual(run.returncode, NO)
+        self.assertIn("; that is rounding, --dir 0,0,1 is reached\n", run.stdout)
+        reason = self.no(*arguments, "0,1e-7,1", "--lang", "fr")["reason"]
+        self.assertTrue(reason["text"].endswith(" ; ce n'est qu'un arrondi, --dir 0,0,1 est "
+                                                "atteinte"))
+        self.assertAlmostEqual(reason["by"], math.degrees(1e-7), delta=1e-12)
+        self.assertNotIn("rounding", self.run_korvo("inverse", *arguments, "0,1e-5,1").stdout)
+        # X beyond its limit of 381: the direction is not all that misses
+        self.assertNotIn("rounding", self.run_korvo("inverse", "mill-3axis", "--point",
+                                                    "400,0,200", "--dir", "0,1e-7,1").stdout)
+
+    def test_the_direction_that_rounding_missed_is_reached_as_it_is_said(self):
+        arguments = ("mill-3axis", "--point", "10,20,200", "--frame", "0,0,0,31,17,5", "--dir")
+        nearest = self.no(*arguments, "0,0,1")["reason"]["nearestDirection"]
+        beside = ",".join(f"{x:.6f}" for x in nearest)
+        text = self.run_korvo("inverse", *arguments, beside).stdout
+        said = text.split("rounding, --dir ")[1].split(" is reached")[0]
+        found = self.json("inverse", *arguments, said)["positions"][0]
+        self.assertLess(found["residual"]["direction"], 1e-9)
+
+    def test_numbers_for_people_have_no_exponent(self):
+        text = self.answer("inverse", self.machine, "--point", self.POINT, "--dir", "0,1,1",
+                           "--from", "C=36000000")
+        self.assertIn(" C=36000000\n", text)
+        self.assertNotRegex(text, r"[0-9]e[+-]?[0-9]")
+
+    def test_directions_of_any_length_are_taken(self):
+        for direction in ("0,1e300,1e300", "0,1e-300,1e-300"):
+            found = self.json("inverse", self.machine, "--point", self.POINT, "--dir",
+                              direction)["positions"][0]
+            self.assertAlmostEqual(self.values(found)["A"], -45, delta=1e-9)
 
     # Part zero is turned by 90 degrees about X: what is nearest is said in it.
     def test_what_is_nearest_is_in_part_zero(self):
@@ -340,6 +403,13 @@ class All(InverseCommandLine):
             self.assertLess(found["residual"]["point"], 1e-9)
             self.assertEqual(found["solver"]["freeAxes"], ["J6"])
 
+    # A is 75 from both its limits, Z 130 from its minimum.
+    def test_a_list_says_the_least_margin_of_each(self):
+        text = self.answer("inverse", self.machine, "--point", Inverse.POINT, "--dir", "0,1,1",
+                           "--all")
+        self.assertRegex(text, r"Margin     A 75 degrees to the m(in|ax)imum, the least\n")
+        self.assertNotIn("Margins", text)
+
     def test_max_shortens_the_list_and_says_the_total(self):
         arguments = ("inverse", self.machine, "--point", Inverse.POINT, "--dir", "0,1,1", "--all",
                      "--max", "2")
@@ -383,6 +453,11 @@ class Targets(InverseCommandLine):
         self.assertEqual(rows[1], "2,ok,10,20,30,0,0,0,0,,,,0,C,30,A,0")
         library = self.rows("x,y,z,i,j,k\n10,20,180,0,0,1\n", "--engine", "library")
         self.assertEqual(library, [self.LIBRARY, "2,ok,10,20,30,0,0,0,0,,,"])
+
+    def test_rows_without_a_branch_name_none(self):
+        table = self.write("t.csv", "x,y,z,i,j,k\n0,0,200,0,0,1\n")
+        row = self.answer("inverse", "mill-3axis", "--targets", table).splitlines()[1]
+        self.assertEqual(row.split(",")[11], "")
 
     # The tool 45 degrees from C, X 290 from its limit, A -45 75 from both its limits: Z is 130 from
     # its minimum.
@@ -442,13 +517,14 @@ class Targets(InverseCommandLine):
         rows = self.rows("x,y,z,i,j,k\n310,0,200,0,1,1\n0,0,200,0,0,0\n0,0,x,0,0,1\n"
                          "0,0,200,0,0,1\n", code=NO)
         cells = [r.split(",") for r in rows[1:]]
-        self.assertEqual([c[1] for c in cells], ["outside-limits", "not-reached", "bad", "ok"])
+        self.assertEqual([c[1] for c in cells], ["outside-limits", "bad", "bad", "ok"])
         self.assertEqual(cells[0][9:11], ["X", "outside-limits"])
         self.assertAlmostEqual(float(cells[0][11]), 10, delta=1e-9)
-        self.assertEqual(cells[1][10:], ["no-direction", ""] + [""] * 5)
+        self.assertEqual(rows[2], "3,bad" + "," * 15)
         self.assertEqual(rows[3], "4,bad" + "," * 15)
         said = self.stderr.splitlines()
         self.assertEqual(said[0], f"{self.path}:2: outside the limits: X above by 10 mm")
+        self.assertIn(":3: expected i, j, k, not all 0, found 0, 0, 0", said[1])
         self.assertIn(":4: expected a finite decimal number, found 'x'", said[2])
 
     def test_strict_stops_at_the_first_row_without_a_position(self):
@@ -471,7 +547,7 @@ class Targets(InverseCommandLine):
         self.assertEqual(rows[1].split(",")[2:7], ["10", "20", "50", "0", "0"])
 
     def test_headers_without_a_target_are_refused(self):
-        for header, found in (("x,y,z,i,j", "no k"), ("X,Y,Z,i,j,k", "no tip_x"),
+        for header, found in (("x,y,z,i,j", "no k"), ("X,Y,Z,i,j,J", "no k"), ("X,Y,Z,I,J,K,TIP_X", "'TIP_X' again"),
                               ("x,y,z,i,j,k,tip_x", "'tip_x' again"), ("1,2,3", "no tip_x")):
             path = self.write("h.csv", header + "\n")
             self.assert_fails(REFUSED, f"{path}:1: expected a header with tip_x, tip_y, tip_z (or "
@@ -482,6 +558,76 @@ class Targets(InverseCommandLine):
         rows = self.rows('name,x,y,z,i,j,k,feed\n"a, b",10,20,180,0,0,1,F100\n,1,2,180,0,0,1,\n')
         self.assertEqual([r.split(",")[1] for r in rows[1:]], ["ok", "ok"])
 
+    def test_columns_are_known_in_any_case(self):
+        rows = self.rows("X,Y,Z,I,J,K\n10,20,180,0,0,1\n")
+        self.assertEqual(rows[1].split(",")[2:7], ["10", "20", "30", "0", "0"])
+        # beside a point with its own names X, Y, Z are those of the axes
+        rows = self.rows("X,Y,Z,tip_x,tip_y,tip_z,I,J,K\n1,2,3,10,20,180,0,0,1\n")
+        self.assertEqual(rows[1].split(",")[2:7], ["10", "20", "30", "0", "0"])
+
+    def test_a_shortened_list_is_said(self):
+        table = "x,y,z,i,j,k\n0,0,200,0,0.3,1\n0,0,210,0,0.3,1\n"
+        self.rows(table, "--all", "--max", "1", "--from", "C=90")
+        self.assertEqual(self.stderr.splitlines(), [
+            f"{self.path}: targets with more than 1 positions, of which the nearest 1 are written "
+            "(--max): 2"])
+        self.rows(table, "--all", "--from", "C=90")
+        self.assertEqual(self.stderr, "")
+
+    def test_french_is_spoken_of_every_row(self):
+        self.rows("x,y,z,i,j,k\n0,0,x,0,0,1\n0,0,,0,0,1\n0,0,1\n310,0,200,0,1,1\n" +
+                  "0,0,2000,0,0,1\n" * 19, "--lang", "fr", "--stats", code=NO)
+        said = self.stderr.splitlines()
+        self.assertEqual(said[:4], [
+            f"{self.path}:2: nombre décimal fini attendu, trouvé : 'x'",
+            f"{self.path}:3: nombre attendu, trouvé : rien",
+            f"{self.path}:4: 6 valeurs attendues, trouvé : 3",
+            f"{self.path}:5: hors des courses : X dépasse de 10 mm son maximum"])
+        self.assertEqual(said[20], f"{self.path} : encore 3 lignes sans réponse")
+        self.assertRegex(said[-1], r"^cibles avec réponse : 0 sur 23 ; calcul \S+ s, 0 cibles/s ; "
+                                   r"en tout \S+ s$")
+        self.assert_fails(REFUSED, ":1: en-tête attendu avec tip_x", "inverse", self.machine,
+                          "--targets", self.write("h.csv", "x,y\n"), "--lang", "fr")
+
+    # A row takes a good part of a second: what is answered is seen while the rest is not yet.
+    def test_slow_rows_are_written_as_they_come(self):
+        arm = self.write("seven.def", SEVEN_JOINTS)
+        table = self.write("slow.csv", "x,y,z,i,j,k\n" + "400,200,700,0,0,1\n" * 300)
+        with subprocess.Popen([KORVO, "inverse", arm, "--targets", table, "--sample", "J1=2000"],
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as child:
+            seen = b""
+            while seen.count(b"\n") < 2:
+                seen += os.read(child.stdout.fileno(), 65536)
+            self.assertIsNone(child.poll())
+            child.kill()
+
+    # The whole table is one block of the file: the bar counts the rows that were taken of it.
+    def test_a_bar_shows_how_far_slow_rows_are(self):
+        arm = self.write("seven.def", SEVEN_JOINTS)
+        table = self.write("slow.csv", "x,y,z,i,j,k\n" + "400,200,700,0,0,1\n" * 300)
+        ours, theirs = pty.openpty()
+        with open(os.devnull, "wb") as null:
+            child = subprocess.Popen([KORVO, "inverse", arm, "--targets", table, "--sample",
+                                      "J1=2000"], stdout=null, stderr=theirs)
+        os.close(theirs)
+        seen = b""
+        while b"%" not in seen:
+            seen += os.read(ours, 65536)
+        child.kill()
+        child.wait()
+        os.close(ours)
+        self.assertRegex(seen.decode(), r"\[#*\.+\] +\d+ %")
+
+    # Each far from the one before: the machine's own way from there leads outside the limits.
+    def test_rows_of_the_library_are_looked_up_in_its_list(self):
+        poses = "J1,J2,J3,J4,J5,J6\n" + "".join(
+            f"{170 * s},{-20 * s},{20 - 30 * s},{150 * s},{60 * s},{-200 * s}\n"
+            for s in (1, -1, 0.5, -0.9, 0.8, -0.4, 1, -0.7))
+        targets = self.write("arm.csv", self.answer("forward", "arm-irb2400", "--positions",
+                                                    self.write("poses.csv", poses)))
+        rows = self.answer("inverse", "arm-irb2400", "--targets", targets, "--engine", "library")
+        self.assertEqual([r.split(",")[1] for r in rows.splitlines()], ["status"] + ["ok"] * 8)
+
     def test_standard_input_is_a_table_too(self):
         run = self.run_korvo("inverse", self.machine, "--targets", "-",
                              stdin="x,y,z,i,j,k\n10,20,180,0,0,1\n")
@@ -489,7 +635,7 @@ class Targets(InverseCommandLine):
 
     def test_stats_say_how_fast(self):
         self.rows("x,y,z,i,j,k\n10,20,180,0,0,1\n", "--stats")
-        self.assertRegex(self.stderr, r"1 targets answered; query loop \S+ s, \d+ targets/s")
+        self.assertRegex(self.stderr, r"1 of 1 targets answered; query loop \S+ s, \d+ targets/s")
 
 
 class Examples(InverseCommandLine):

@@ -8,10 +8,12 @@ namespace korvo::sentences {
 // --- the question
 
 inline constexpr Text kNoTarget{
-    "a point and a direction in finite numbers, the direction not null, are wanted",
-    "il faut un point et une direction en nombres finis, la direction non nulle"};
-inline constexpr Text kNoStart{"a start in finite numbers is wanted",
-                               "il faut une position de départ en nombres finis"};
+    "no target: the point or the direction is beyond the range of numbers, or the direction is "
+    "null",
+    "pas de cible : le point ou la direction dépasse le domaine des nombres, ou la direction est "
+    "nulle"};
+inline constexpr Text kNoStart{"no start: one of its values is not finite",
+                               "pas de position de départ : une de ses valeurs n'est pas finie"};
 
 inline constexpr Text kFarStart{
     "the start is so far away that rounding leaves the tool {0} from the direction",
@@ -41,7 +43,8 @@ inline constexpr Text kFewLinear{
     "{1} axes linéaires libres n'y amènent pas l'outil : le point est manqué de {0}"};
 inline constexpr Text kDependent{
     "no three free linear axes in independent directions: the point is missed by {0}",
-    "pas trois axes linéaires libres de directions indépendantes : le point est manqué de {0}"};
+    "les axes linéaires libres n'ont pas trois directions indépendantes : le point est manqué de "
+    "{0}"};
 inline constexpr Text kOutOfReach{
     "out of reach: the wrist centre would lie {0} beyond what the arm reaches",
     "hors de portée : le centre du poignet serait à {0} de ce que le bras atteint"};
@@ -49,14 +52,16 @@ inline constexpr Text kOutOfReach{
 // --- limits and locks
 
 inline constexpr Text kOutside{"outside the limits: {0}", "hors des courses : {0}"};
-inline constexpr Text kBelow{"{0} below by {1}", "{0} sous son minimum de {1}"};
-inline constexpr Text kAbove{"{0} above by {1}", "{0} au-dessus de son maximum de {1}"};
-inline constexpr Text kLocked{"{0} is locked: the target would be reached with {1}, {2} away",
-                              "{0} est bloqué : la cible serait atteinte avec {1}, à {2} de là"};
+inline constexpr Text kBelow{"{0} below by {1}", "{0} descend de {1} sous son minimum"};
+inline constexpr Text kAbove{"{0} above by {1}", "{0} dépasse de {1} son maximum"};
+inline constexpr Text kLocked{
+    "{0} is locked: the target would be reached with {1}, {2} away",
+    "{0} est bloqué : la cible serait atteinte avec {1}, soit un écart de {2}"};
 inline constexpr Text kAllLocked{"{0} are locked: the target would be reached with {1}",
                                  "{0} sont bloqués : la cible serait atteinte avec {1}"};
-inline constexpr Text kHeld{"{0} is held: the target would be reached with {1}, {2} away",
-                            "{0} est maintenu : la cible serait atteinte avec {1}, à {2} de là"};
+inline constexpr Text kHeld{
+    "{0} is held: the target would be reached with {1}, {2} away",
+    "{0} est maintenu : la cible serait atteinte avec {1}, soit un écart de {2}"};
 inline constexpr Text kAt{"{0} at {1}", "{0} à {1}"};
 
 // --- what serves a machine
@@ -105,8 +110,11 @@ inline constexpr Text kNoWristPoint{"the lines of {0} have no point in common",
 inline constexpr Text kSolvedSample{
     "a target does not leave {0} free to choose: an axis that is solved for is not sampled",
     "une cible ne laisse pas {0} au choix : un axe que le calcul détermine ne s'échantillonne pas"};
-inline constexpr Text kAskLibrary{"{0}; --engine library asks the library's own solver",
-                                  "{0} ; --engine library interroge le solveur de la bibliothèque"};
+inline constexpr Text kNorLibrary{"{0}; nor does the library's own solver serve it",
+                                  "{0} ; le solveur de la bibliothèque ne la traite pas non plus"};
+inline constexpr Text kAskLibrary{
+    "{0}; the library's own solver may answer (LibrarySolver, --engine library)",
+    "{0} ; le solveur de la bibliothèque peut répondre (LibrarySolver, --engine library)"};
 
 // --- the library's solvers
 
@@ -120,8 +128,8 @@ inline constexpr Text kMissed{"missed by the arm solver, by {0}",
 inline constexpr Text kStartOfArm{
     "missed by the arm solver, by {0}: from this start it turns the first joint to the side from "
     "which the arm does not reach",
-    "manqué par le solveur de bras, de {0} : depuis cette position de départ il tourne la première "
-    "articulation du côté d'où le bras n'atteint pas la cible"};
+    "manqué par le solveur de bras, de {0} : depuis cette position de départ il fait tourner la "
+    "première articulation vers le côté d'où le bras n'atteint pas la cible"};
 inline constexpr Text kMovesLocked{"the arm solver moves locked axes: {0}",
                                    "le solveur de bras déplace des axes bloqués : {0}"};
 

@@ -7,6 +7,8 @@
 #include <optional>
 #include <set>
 
+#include "toolkit/answer/ArmLayout.h"
+#include "toolkit/answer/FreeAxes.h"
 #include "toolkit/answer/Sentences.h"
 #include "toolkit/answer/Words.h"
 #include "toolkit/solve/Arm.h"
@@ -88,9 +90,9 @@ void takeArm(const JointChain& chain, const Joints& turns, const Joints& slides,
   const ArmShape arm = *ArmShape::of(chain);
   std::set<int> taken;
   for (int k = 0; k < 6; ++k) {
-    const int place = chain.joints[static_cast<std::size_t>(arm.joint(k))].place;
-    (k < 3 ? served.carrying : served.turning).push_back(place);
-    taken.insert(place);
+    const Joint& joint = chain.joints[static_cast<std::size_t>(arm.joint(k))];
+    if (!joint.isLocked) (k < 3 ? served.carrying : served.turning).push_back(joint.place);
+    taken.insert(joint.place);
   }
   for (const Joints* axes : {&turns, &slides}) {
     for (const Joint* axis : *axes) {
@@ -157,7 +159,16 @@ class Saying {
     return filled(sentences::kNoBallWrist, {names(served_.unsuited), millimetres(*apart)});
   }
 
-  static Words askLibrary(const Words& why) { return filled(sentences::kAskLibrary, {why}); }
+  // The library's arm solver asks for more of an arm than the closed form.
+  bool canLibrary() const {
+    if (!isArmClass(*machine_)) return true;
+    return !wristAxes(*machine_, machine_.position()).empty() &&
+           ArmLayout(*machine_).brokenByMachine(Language::english).empty();
+  }
+
+  Words askLibrary(const Words& why) const {
+    return filled(canLibrary() ? sentences::kAskLibrary : sentences::kNorLibrary, {why});
+  }
 
   Text textOf(SolverKind kind) const {
     switch (kind) {
