@@ -318,7 +318,7 @@ void printNone(std::ostream& out, const Session& session, const Answer& answer, 
       << label(l, "Tip", "Pointe") << textOf(at.tip) << '\n'
       << label(l, "Direction", "Direction") << textOf(at.direction) << '\n';
   if (!answer.outside.empty()) {
-    out << label(l, "Outside", "Hors course") << outsideText(session, answer.outside, l) << '\n';
+    out << label(l, "Outside", "Dehors") << outsideText(session, answer.outside, l) << '\n';
   }
   if (answer.nearestTip) {
     out << label(l, "Nearest", "Proche") << "point "
