@@ -64,6 +64,16 @@ UVec3d directionInPartZero(const Session& session, UVec3d direction) {
   return direction;
 }
 
+// "RAIL to 999, B to 20"
+std::string standText(const Session& session, const std::vector<AxisWanted>& axes, Language l) {
+  std::vector<std::string> stands;
+  for (const AxisWanted& axis : axes) {
+    stands.push_back(session.machine().axisNames()[axis.place] + in(l, " to ", " à ") +
+                     rounded(axis.value));
+  }
+  return joined(stands);
+}
+
 void printSolved(std::ostream& out, const Session& session, const Answer& answer, Language l) {
   if (hasBranches(answer.solver)) {
     out << label(l, "Branch", "Branche") << branchText(answer.branch, l) << '\n';
@@ -72,6 +82,12 @@ void printSolved(std::ostream& out, const Session& session, const Answer& answer
     out << label(l, "Family", "Famille") << joined(namesOf(session, answer.freeAxes))
         << in(l, " free: the member nearest to the start",
               " libre : le membre le plus proche du départ")
+        << '\n';
+  }
+  if (!answer.moved.empty()) {
+    out << label(l, "Moved", "Déplacé") << standText(session, answer.moved, l)
+        << in(l, ": as near to the start as the target is reached",
+              " : au plus près du départ où la cible est atteinte")
         << '\n';
   }
   const SingularDistance& singular = answer.singular;
@@ -91,6 +107,31 @@ void printSolved(std::ostream& out, const Session& session, const Answer& answer
   }
 }
 
+// "Z below by 19.9 mm"
+std::string outsideText(const Session& session, const std::vector<AxisOutside>& axes,
+                        Language language) {
+  std::vector<std::string> list;
+  for (const AxisOutside& axis : axes) {
+    const std::string by =
+        rounded(std::abs(axis.by)) + ' ' +
+        (isRotary(session, axis.place) ? in(language, "degrees", "degrés") : "mm");
+    const std::string& name = session.machine().axisNames()[axis.place];
+    list.push_back(axis.by < 0 ? name + in(language, " below by ", " descend de ") + by +
+                                     in(language, "", " sous son minimum")
+                               : name + in(language, " above by ", " dépasse de ") + by +
+                                     in(language, "", " son maximum"));
+  }
+  return joined(list);
+}
+
+json standsJson(const Session& session, const std::vector<AxisWanted>& axes) {
+  json list = json::array();
+  for (const AxisWanted& axis : axes) {
+    list.push_back({{"axis", session.machine().axisNames()[axis.place]}, {"value", axis.value}});
+  }
+  return list;
+}
+
 json finiteOrNull(double value) { return std::isfinite(value) ? json(value) : json(); }
 
 json solvedJson(const Session& session, const Answer& answer) {
@@ -98,6 +139,7 @@ json solvedJson(const Session& session, const Answer& answer) {
   return {{"kind", toString(answer.solver)},
           {"branch", hasBranches(answer.solver) ? json(answer.branch) : json()},
           {"freeAxes", namesOf(session, answer.freeAxes)},
+          {"moved", standsJson(session, answer.moved)},
           {"singular",
            {{"direction", finiteOrNull(singular.directionRad * kRadToDeg)},
             {"elbow", finiteOrNull(singular.elbowRad * kRadToDeg)},
@@ -275,6 +317,9 @@ void printNone(std::ostream& out, const Session& session, const Answer& answer, 
   out << label(l, "Best found", "Au mieux") << roundedText(answer.position) << '\n'
       << label(l, "Tip", "Pointe") << textOf(at.tip) << '\n'
       << label(l, "Direction", "Direction") << textOf(at.direction) << '\n';
+  if (!answer.outside.empty()) {
+    out << label(l, "Outside", "Dehors") << outsideText(session, answer.outside, l) << '\n';
+  }
   if (answer.nearestTip) {
     out << label(l, "Nearest", "Proche") << "point "
         << listedExactly(pointInPartZero(session, *answer.nearestTip)) << '\n';
@@ -303,12 +348,9 @@ json foundJson(const Session& session, const Answer& answer) {
 
 json reasonJson(const Session& session, const Answer& answer, Language language) {
   const AxisNames& names = session.machine().axisNames();
-  json outside = json::array(), wanted = json::array();
+  json outside = json::array();
   for (const AxisOutside& axis : answer.outside) {
     outside.push_back({{"axis", names[axis.place]}, {"by", axis.by}});
-  }
-  for (const AxisWanted& axis : answer.wanted) {
-    wanted.push_back({{"axis", names[axis.place]}, {"value", axis.value}});
   }
   const std::string unit = unitOf(answer);
   json reason = {{"code", toString(answer.reason)},
@@ -317,7 +359,7 @@ json reasonJson(const Session& session, const Answer& answer, Language language)
                  {"text", reasonText(session, answer, language)},
                  {"axes", namesOf(session, answer.axes)},
                  {"outside", std::move(outside)},
-                 {"wanted", std::move(wanted)},
+                 {"wanted", standsJson(session, answer.wanted)},
                  {"nearestTip", json()},
                  {"nearestDirection", json()},
                  {"conditions", answer.conditions}};

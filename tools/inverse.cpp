@@ -219,6 +219,14 @@ void forEachAxis(const Session& session, const std::vector<std::string>& given, 
   }
 }
 
+// A target determines all others: sampled they would reach it nowhere or everywhere the same.
+void checkSampled(const Session& session, const SolverOptions& options) {
+  const Solver solver(session.machine(), options);
+  if (solver.solvedSamples().empty()) return;
+  failUsage("axes that a target leaves free after --sample",
+            joined(namesOf(session, solver.solvedSamples())));
+}
+
 }  // namespace
 
 bool scaleDirection(double* direction) {
@@ -256,8 +264,13 @@ SolverOptions solverOptionsOf(const InverseOptions& o, const Session& session) {
       failUsage("axes with both limits after --sample",
                 inQuotes(session.machine().axisNames()[place]));
     }
+    if (ruleAt(place).rule == Redundancy::Rule::value) {
+      failUsage("--hold or --sample of an axis",
+                "both of " + inQuotes(session.machine().axisNames()[place]));
+    }
     ruleAt(place) = {Redundancy::Rule::sampled, 0.0, *samples};
   });
+  checkSampled(session, options);
   return options;
 }
 
@@ -279,11 +292,12 @@ void addInverse(CLI::App& app, Exit& exit) {
       ->disable_flag_override();
   verb->add_option("--max", o->most, "How many of all are answered [20]");
   verb->add_option("--hold", o->hold,
-                   "Values of axes that a target leaves free (W=120,V=0): they stand there instead "
-                   "of where --from has them")
+                   "Values of axes (W=120,V=0): they stand there, as if locked, instead of where "
+                   "--from has them")
       ->allow_extra_args(false);
   verb->add_option("--sample", o->sample,
-                   "How many places of such axes are tried (RAIL=21), from one limit to the other")
+                   "How many places of axes that a target leaves free are tried (RAIL=21), from "
+                   "one limit to the other")
       ->allow_extra_args(false);
   verb->add_option(
       "--targets", o->targets,
@@ -301,8 +315,9 @@ void addInverse(CLI::App& app, Exit& exit) {
   verb->footer(
       "Without --all: the position nearest to --from. Axes that a target leaves free, as linear "
       "axes "
-      "beyond\nthree, stay at --from unless the others end outside their limits. Distances are the "
-      "sum over all\naxes, a degree counted as a mm. Every position is verified forward: tip "
+      "beyond\nthree, a third rotary one or a rail, stay at --from unless the others do not reach "
+      "it then; they move\nfrom there by as little as reaches it. Distances are the sum over "
+      "all\naxes, a degree counted as a mm. Every position is verified forward: tip "
       "within "
       "1e-6 mm, direction\nwithin 1e-8 rad. Exit code 1 and the reason when there is none.\n"
       "With --engine library: the position that the machine takes from --from, its strategy "

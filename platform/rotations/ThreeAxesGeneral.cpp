@@ -254,14 +254,17 @@ ThreeAngles Search::entryOf(const Pair& p, const Meeting& m) const {
   t.a2 = isFree2 ? kFreeAngle : inHalfTurns(arcTangent(x[0] * y[1] - x[1] * y[0], dotAcross(x, y)));
   t.a3 = isFree3_ ? kFreeAngle : inHalfTurns(p.a3);
 
-  // With lines 1 and 2 parallel the first turn changes distances, and the third one heights.
+  // With lines 1 and 2 parallel the first turn changes distances, and the third one heights; so
+  // they do where the third one turns about a point of line 2, as an upper arm that turns about
+  // itself has its elbow.
   const bool isParallel = c_.sine12 == 0.0;
   const Vec3 &cx = c_.x.centre, &cy = c_.y.centre;
-  const double off = radiusOf(cy);
+  const bool isSwapped = isParallel || radiusOf(cx) <= onLine();
+  const double off = std::hypot(dot(cy, m.y.slope), dot(cy, m.y.arm)) / length(m.y.arm);
   const double aside =
-      isParallel ? (off > 0 ? dotAcross(cy, m.y.slope) / off : 0.0) : m.y.slope[2] / c_.sine12;
-  const double bend = isParallel ? m.x.slope[2] : dot(cx, m.x.slope) * (c_.isOpposed ? 1 : -1);
-  const double straight = isParallel ? m.x.arm[2] : dot(cx, m.x.arm);
+      isSwapped ? (off > 0 ? dot(cy, m.y.slope) / off : 0.0) : m.y.slope[2] / c_.sine12;
+  const double bend = isSwapped ? m.x.slope[2] : dot(cx, m.x.slope) * (c_.isOpposed ? 1 : -1);
+  const double straight = isSwapped ? m.x.arm[2] : dot(cx, m.x.arm);
   t.shoulder = aside < 0 ? -1 : 1;
   t.elbow = bend < 0 ? -1 : 1;
   t.shoulderMm = std::fabs(aside);

@@ -85,6 +85,7 @@ struct Asked {
   const Machine& machine;
   const Target& target;
   const Answer& answer;
+  const korvo::Position& from;
 };
 
 std::vector<Solution> ignoringLimits(const Asked& asked, const Target& target) {
@@ -132,17 +133,17 @@ void expectLimits(const Asked& asked) {
   }
 }
 
-// With the axes where they are wanted, locked there or held, the target is reached.
+// From the same start with the axes where they are wanted, locked there, the target is reached.
 void expectWanted(const Asked& asked) {
-  korvo::Position from = asked.answer.position;
+  korvo::Position from = asked.from;
   ASSERT_FALSE(asked.answer.wanted.empty());
   const korvo::AxisWanted& first = asked.answer.wanted.front();
   EXPECT_EQ(std::abs(first.value - from[first.place]), asked.answer.by);
-  for (const korvo::AxisWanted& axis : asked.answer.wanted) {
-    EXPECT_EQ(asked.machine->getAxisElem(axis.place + 1)->isLocked(),
+  for (const int place : asked.answer.axes) {
+    EXPECT_EQ(asked.machine->getAxisElem(place + 1)->isLocked(),
               asked.answer.reason == Reason::lockedAxis);
-    from[axis.place] = axis.value;
   }
+  for (const korvo::AxisWanted& axis : asked.answer.wanted) from[axis.place] = axis.value;
   EXPECT_EQ(Reach(asked.machine).nearest(asked.target, from).status, Status::reached)
       << asked.answer.text;
 }
@@ -204,7 +205,7 @@ void ask(Random& random, const Machine& machine, int targets, std::multiset<Reas
       expectKept(machine, answer.position, from);
       continue;
     }
-    expectReason({asExplained(machine, answer.reason), target, answer});
+    expectReason({asExplained(machine, answer.reason), target, answer, from});
     const Answer translated = french.nearest(target, from);
     EXPECT_EQ(translated.reason, answer.reason);
     EXPECT_EQ(translated.by, answer.by);

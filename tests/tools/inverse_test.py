@@ -257,6 +257,35 @@ class Inverse(InverseCommandLine):
                           "inverse", self.machine, "--point", "0,0,200", "--dir", "0,0,1",
                           "--sample", "C=3")
 
+    # A target of three linear and two rotary axes determines every one of them.
+    def test_an_axis_that_a_target_determines_is_held_and_not_sampled(self):
+        arguments = ("inverse", "table-ac", "--point", "10,20,150", "--dir", "0,1,2")
+        self.assert_fails(USAGE, "expected axes that a target leaves free after --sample, found A",
+                          *arguments, "--sample", "A=4")
+        self.assert_fails(USAGE, "expected --hold or --sample of an axis, found both of 'W'",
+                          "inverse", "gantry-w", "--point", "100,50,-300", "--dir", "0,0,1",
+                          "--hold", "W=-200", "--sample", "W=3")
+        reason = self.no("mill-3axis", "--hold", "X=12", "--point", "10,20,150", "--dir",
+                         "0,0,1")["reason"]
+        self.assertEqual((reason["code"], reason["by"], reason["unit"]), ("held-axis", 2, "mm"))
+        self.assertEqual(reason["wanted"], [{"axis": "X", "value": 10}])
+
+    # From the start the arm does not reach so far along the rail; a hair nearer to it neither.
+    def test_a_rail_that_cannot_stay_is_said(self):
+        arguments = ("inverse", "arm-irb2400-rail", "--point", "1000,2000,1400", "--dir", "-1,0,0")
+        found = self.json(*arguments)["positions"][0]
+        rail = self.values(found)["RAIL"]
+        self.assertGreater(rail, 0)
+        self.assertEqual(found["solver"]["moved"], [{"axis": "RAIL", "value": rail}])
+        self.assertEqual(self.run_korvo(*arguments, "--hold", f"RAIL={rail + 1e-6}").returncode,
+                         ANSWERED)
+        self.assertEqual(self.run_korvo(*arguments, "--hold", f"RAIL={rail - 1e-3}").returncode, 1)
+        self.assertIn(f"Moved      RAIL to {rail:.6f}"[:20], self.run_korvo(*arguments).stdout)
+
+    def test_the_best_found_says_what_of_it_is_outside(self):
+        run = self.run_korvo("inverse", "mill-4axis", "--point", "10,20,150", "--dir", "0,1,0")
+        self.assertIn("Outside    ", run.stdout)
+
     def test_the_strategy_plays_no_part_in_the_solver_of_all(self):
         run = self.run_korvo("inverse", self.machine, "--point", "0,0,200", "--dir", "0,0,1",
                              "--strategy", "1")

@@ -69,7 +69,8 @@ enum class Status {
 /// Why a target has no position.
 enum class Reason {
   none,
-  noDirection,    ///< The target is null, or it or the start is not finite.
+  noDirection,    ///< The target is null, or it or the start is not finite, or the start so far
+                  ///< away that its angles are no angles.
   noRotaryAxis,   ///< The tool points elsewhere and no free axis can turn it; by degrees.
   outsideCone,    ///< The rotary axes do not turn the tool so far; by degrees.
   outsideLimits,  ///< See Answer::outside; by mm or degrees of the first of them.
@@ -77,8 +78,8 @@ enum class Reason {
   linearAxes,     ///< The free linear axes do not carry the tool there; by mm.
   lockedAxis,     ///< Reached if locked axes stood elsewhere, see Answer::wanted; by mm or degrees
                   ///< of one such axis. Of LibrarySolver: the arm's solver moved locked axes.
-  heldAxis,       ///< Reached if an axis that the target leaves free stood elsewhere than at the
-                  ///< start, see Answer::wanted; by mm or degrees.
+  heldAxis,       ///< Reached if an axis stood elsewhere than SolverOptions hold it, see
+                  ///< Answer::wanted; by mm or degrees.
   startOfArm,     ///< From this start the arm's solver turns to the wrong side; by mm.
   noSolver,       ///< No solver knows such a machine; by mm where that has a measure.
   missed,         ///< An arm's solver answers beside the target; by mm. See Answer::conditions.
@@ -119,6 +120,8 @@ struct Answer {
   std::string branch;         ///< Label of the branch; see Branch.
   std::vector<int> freeAxes;  ///< Places of axes that may stand anywhere while others follow.
   SingularDistance singular;
+  std::vector<AxisWanted> moved;  ///< Axes that a target leaves free and that could not stay at the
+                                  ///< start: as near to it as the target is reached.
 
   // --- why there is none
 
@@ -127,7 +130,8 @@ struct Answer {
   Unit unit = Unit::none;                        ///< None where the reason has no amount.
   std::string text;                              ///< The reason in words; empty when reached.
   std::vector<int> axes;                         ///< Places of the axes that the reason concerns.
-  std::vector<AxisOutside> outside;              ///< Axes of `position` outside their limits.
+  std::vector<AxisOutside> outside;              ///< Axes of `position` outside their limits,
+                                                 ///< whatever the reason.
   std::vector<AxisWanted> wanted;                ///< Axes that would have to stand elsewhere.
   std::optional<zgeo::UVec3d> nearestDirection;  ///< Reachable, nearest to the target's.
   std::optional<zgeo::UVec3d> nearestTip;        ///< Reachable with the target's direction.

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "toolkit/model/Walk.h"
+
 using zgeo::UVec3d;
 
 namespace korvo {
@@ -30,6 +32,23 @@ const Cone& nearestCone(const std::vector<Cone>& cones, const UVec3d& direction)
   return *std::min_element(cones.begin(), cones.end(), [&](const Cone& a, const Cone& b) {
     return a.missing(direction) < b.missing(direction);
   });
+}
+
+Pointing pointingOf(const JointChain& chain, const Values& values, const UVec3d& direction) {
+  std::vector<TurningAxis> axes;
+  zgeo::UMatrix placed;
+  for (const Joint& joint : chain.joints) {
+    if (joint.motion == Joint::Motion::turn && joint.place >= 0 && !joint.isLocked) {
+      axes.push_back({joint.place, joint.direction});
+      placed.applyDir(axes.back().direction);
+    }
+    moveBy(joint, valueOf(joint, values), placed);
+  }
+  const UVec3d tool = chain.pose(values).direction;
+  if (axes.empty()) return {{}, tool, angleBetween(tool, direction)};
+  const std::vector<Cone> cones = conesOf(axes, tool);
+  const Cone& cone = nearestCone(cones, direction);
+  return {cone, cone.nearest(direction), cone.missing(direction)};
 }
 
 }  // namespace korvo

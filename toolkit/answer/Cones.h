@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "platform/zgeo/UVec3d.h"
+#include "toolkit/model/JointChain.h"
 #include "toolkit/solve/Cone.h"
 
 namespace korvo {
@@ -36,5 +38,15 @@ std::vector<Cone> conesOf(const std::vector<TurningAxis>& axes, const zgeo::UVec
 
 /// The one that misses the direction by the least. Ask only where there is one.
 const Cone& nearestCone(const std::vector<Cone>& cones, const zgeo::UVec3d& direction);
+
+/// Where a tool points that points as nearly to a direction as it can.
+struct Pointing {
+  std::optional<Cone> cone;  ///< None where nothing turns the tool.
+  zgeo::UVec3d direction;
+  double missingRad = 0.0;
+};
+
+/// By the rotary axes that are not locked, the others at `values`.
+Pointing pointingOf(const JointChain& chain, const Values& values, const zgeo::UVec3d& direction);
 
 }  // namespace korvo

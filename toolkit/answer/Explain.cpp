@@ -130,6 +130,12 @@ void explainWrist(const UVec3d& tool, Language language, Answer& answer) {
   answer.nearestDirection = tool;
 }
 
+void explainRounding(Language language, Answer& answer) {
+  const double by = answer.residual.directionRad * kRadToDeg;
+  give(answer, Reason::noDirection, by, Unit::degree);
+  answer.text = filled(sentences::kFarStart, {degrees(by)}, language);
+}
+
 void explainReach(const UVec3d& tip, Language language, Answer& answer) {
   const double by = answer.residual.pointMm;
   give(answer, Reason::outOfReach, by, Unit::mm);

@@ -52,6 +52,10 @@ void explainLinear(const std::vector<int>& free, const zgeo::UVec3d& tip, Langua
 /// The wrist of an arm points the tool along `tool` alone, by the residual of `answer`.
 void explainWrist(const zgeo::UVec3d& tool, Language language, Answer& answer);
 
+/// The start is so far away that rounding leaves the tool beside the direction, by the residual of
+/// `answer`.
+void explainRounding(Language language, Answer& answer);
+
 /// An arm comes to `tip` alone, by the residual of `answer`.
 void explainReach(const zgeo::UVec3d& tip, Language language, Answer& answer);
 

@@ -22,10 +22,6 @@ double valueAt(const Values& values, int place) { return values[static_cast<std:
 
 bool isFreeAxis(const Joint& joint) { return joint.place >= 0 && !joint.isLocked; }
 
-bool isBetter(const Candidate& a, const Candidate& b) {
-  return std::tie(a.missedRad, a.missedMm, a.excess) < std::tie(b.missedRad, b.missedMm, b.excess);
-}
-
 bool isBetter(const std::optional<Candidate>& a, const Candidate& b) {
   return a && isBetter(*a, b);
 }
@@ -78,25 +74,6 @@ Values broughtInside(const JointChain& chain, Values from) {
   return from;
 }
 
-// With more than three free linear axes the start says where those stand that do not carry: one of
-// them at a time is put on each of its limits.
-std::vector<Values> startsOf(const JointChain& chain, const Values& from) {
-  std::vector<const Joint*> slides;
-  for (const Joint& joint : chain.joints) {
-    if (isFreeAxis(joint) && joint.motion == Joint::Motion::slide) slides.push_back(&joint);
-  }
-  std::vector<Values> starts{from};
-  if (slides.size() <= 3) return starts;
-  for (const Joint* slide : slides) {
-    for (const double limit : {slide->min, slide->max}) {
-      if (!std::isfinite(limit)) continue;
-      starts.push_back(from);
-      valueAt(starts.back(), slide->place) = limit;
-    }
-  }
-  return starts;
-}
-
 bool isSampled(const Joint& joint, const Redundancy& rule) {
   return rule.rule == Redundancy::Rule::sampled && rule.samples >= 2 &&
          joint.motion == Joint::Motion::turn && std::isfinite(joint.max - joint.min);
@@ -109,21 +86,25 @@ const Joint& jointAt(const JointChain& chain, int place) {
 
 }  // namespace
 
+bool isBetter(const Candidate& a, const Candidate& b) {
+  return std::tie(a.missedRad, a.missedMm, a.excess) < std::tie(b.missedRad, b.missedMm, b.excess);
+}
+
 std::vector<Values> standings(const JointChain& chain, const SolverOptions& options,
-                              const Values& from) {
+                              const std::vector<int>& placed, const Values& from) {
   std::vector<Values> all{broughtInside(chain, from)};
-  for (const Joint& joint : chain.joints) {
-    if (!isFreeAxis(joint)) continue;
-    const Redundancy& rule = options.redundancy[static_cast<std::size_t>(joint.place)];
+  for (const int place : placed) {
+    const Joint& joint = jointAt(chain, place);
+    const Redundancy& rule = options.redundancy[at(place)];
     if (rule.rule == Redundancy::Rule::value) {
-      for (Values& values : all) valueAt(values, joint.place) = rule.value;
+      for (Values& values : all) valueAt(values, place) = rule.value;
     }
     if (!isSampled(joint, rule)) continue;
     std::vector<Values> sampled;
     for (const Values& values : all) {
       for (int sample = 0; sample < rule.samples; ++sample) {
         sampled.push_back(values);
-        valueAt(sampled.back(), joint.place) =
+        valueAt(sampled.back(), place) =
             joint.min + (joint.max - joint.min) * sample / (rule.samples - 1);
       }
     }
@@ -136,13 +117,29 @@ double outsideBy(const Joint& joint, double value) {
   return value < joint.min ? value - joint.min : value > joint.max ? value - joint.max : 0.0;
 }
 
-const Solver& Nearly::lockedAt(int place) {
-  const auto known = locked_.find(place);
+Nearly::Nearly(const Machine& machine, const SolverOptions& options, const Solver& solver)
+    : machine_(machine), options_(options), solver_(solver) {
+  for (const Joint& joint : solver.chain().joints) {
+    if (isFreeAxis(joint) && joint.motion == Joint::Motion::slide) slides_.push_back(&joint);
+  }
+}
+
+const Solver& Nearly::lockedAt(const std::vector<int>& places) {
+  const auto known = locked_.find(places);
   if (known != locked_.end()) return known->second;
-  Machine machine = machine_;
-  const int index = std::as_const(*machine).getAxisElem(place + 1)->getElemIndex();
-  machine->getElemByIndex(index)->setLocked(true);
-  return locked_.emplace(place, Solver(machine, options_)).first->second;
+  return locked_.emplace(places, Solver(withLocked(machine_, places), options_)).first->second;
+}
+
+std::optional<Candidate> nearestBranch(const Solver& solver, const Target& target,
+                                       const Values& from) {
+  std::optional<Candidate> best;
+  std::vector<Solution> approaches;
+  solver.approach(target, from, approaches);
+  for (const Solution& approach : approaches) {
+    const Candidate candidate = candidateOf(solver, target, approach);
+    if (!best || isBetter(candidate, *best)) best = candidate;
+  }
+  return best;
 }
 
 void Nearly::tryBranches(const Solver& solver, const Target& target, const Values& from, Best& best,
@@ -155,15 +152,36 @@ void Nearly::tryBranches(const Solver& solver, const Target& target, const Value
   }
 }
 
+// The excess changes evenly with every one of more than three linear axes: where it is least as
+// many are at their limits as there are more than three.
+void Nearly::tryAtLimits(const Target& target, const Values& from, std::vector<int> locked,
+                         std::size_t next, Best& best) {
+  if (locked.size() + 3 == slides_.size()) {
+    return tryAll(locked, target, from, best);
+  }
+  for (; next < slides_.size(); ++next) {
+    const Joint& slide = *slides_[next];
+    for (const double limit : {slide.min, slide.max}) {
+      if (!std::isfinite(limit)) continue;
+      Values start = from;
+      valueAt(start, slide.place) = limit;
+      locked.push_back(slide.place);
+      tryAtLimits(target, start, locked, next + 1, best);
+      locked.pop_back();
+    }
+  }
+}
+
 // The free axis is locked and put about a turn in steps of a few degrees, then halved about every
 // place that is better than its neighbours: what bounds the excess comes back a few times a turn at
 // most.
-void Nearly::tryFamily(const Target& target, const Values& from, const Solution& family,
-                       Best& best) {
+void Nearly::tryFamily(std::vector<int> locked, const Target& target, const Values& from,
+                       const Solution& family, Best& best) {
   constexpr int kSteps = 72;
   constexpr double kStep = kTurn / kSteps;
   const int place = family.freePlaces[0];
-  const Solver& solver = lockedAt(place);
+  locked.push_back(place);
+  const Solver& solver = lockedAt(locked);
   const Joint& joint = jointAt(solver.chain(), place);
   Values start = from;
   const auto tryAt = [&](double degrees, Best& nearest) {
@@ -191,15 +209,21 @@ void Nearly::tryFamily(const Target& target, const Values& from, const Solution&
 }
 
 // The families of an arm turn the tool about itself: what carries it stays.
-std::optional<Candidate> Nearly::best(const Target& target, const Values& from) {
-  const bool isArm = solver_.kind() == SolverKind::arm;
-  Best best;
+void Nearly::tryAll(const std::vector<int>& locked, const Target& target, const Values& from,
+                    Best& best) {
+  const Solver& solver = locked.empty() ? solver_ : lockedAt(locked);
+  const bool isArm = solver.kind() == SolverKind::arm;
   std::vector<Solution> families;
-  for (const Values& start : startsOf(solver_.chain(), broughtInside(solver_.chain(), from))) {
-    families.clear();
-    tryBranches(solver_, target, start, best, isArm ? nullptr : &families);
-    for (const Solution& family : families) tryFamily(target, start, family, best);
-  }
+  tryBranches(solver, target, from, best, isArm ? nullptr : &families);
+  for (const Solution& family : families) tryFamily(locked, target, from, family, best);
+}
+
+std::optional<Candidate> Nearly::best(const Target& target, const Values& from) {
+  const Values start = broughtInside(solver_.chain(), from);
+  Best best;
+  tryAll({}, target, start, best);
+  const bool isArm = solver_.kind() == SolverKind::arm;
+  if (!isArm && slides_.size() > 3) tryAtLimits(target, start, {}, 0, best);
   return best;
 }
 

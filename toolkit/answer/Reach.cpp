@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/rotations/Solvers.h"
 #include "toolkit/answer/Values.h"
 #include "toolkit/answer/WhyNot.h"
 
@@ -21,12 +22,29 @@ std::vector<const Solution*> byDistance(const std::vector<Solution>& found, cons
   return sorted;
 }
 
+/// The one nearer the part of two rotary axes about parallel lines, which turn the tool alone: what
+/// the one turns the other turns back.
+std::optional<int> firstOfParallel(const Solver& solver) {
+  std::vector<const Joint*> turns;
+  for (const Joint& joint : solver.chain().joints) {
+    if (joint.motion == Joint::Motion::turn && joint.place >= 0) turns.push_back(&joint);
+  }
+  if (solver.kind() != SolverKind::twoRotary || turns.size() != 2) return {};
+  const double sine = (turns[0]->direction.normalised() ^ turns[1]->direction.normalised()).norm();
+  if (sine > rotations::kOnAxis) return {};
+  return turns[0]->place;
+}
+
 }  // namespace
 
 Reach::Reach(const Machine& machine, const SolverOptions& options, Language language)
     : machine_(machine),
       solver_(machine_, options),
-      whyNot_(std::make_unique<WhyNot>(machine_, options, language)) {}
+      whyNot_(std::make_unique<WhyNot>(machine_, options, language)) {
+  if (const std::optional<int> first = firstOfParallel(solver_)) {
+    firstStays_.emplace(withLocked(machine_, {*first}), options);
+  }
+}
 
 Reach::Reach(Reach&&) noexcept = default;
 Reach& Reach::operator=(Reach&&) noexcept = default;
@@ -37,10 +55,22 @@ const Solution* Reach::nearestOf(const Target& target, const Position& from) {
   const Values start = valuesOf(from);
   if (!isFinite(start)) return nullptr;
   solver_.solve(target, start, found_);
+  if (firstStays_) takeNearerMember(target, start);
   const auto nearest = std::min_element(
       found_.begin(), found_.end(),
       [&](const Solution& a, const Solution& b) { return isNearer(a.values, b.values, start); });
   return nearest == found_.end() ? nullptr : &*nearest;
+}
+
+// The solver's member of their family has the second axis nearest to the start.
+void Reach::takeNearerMember(const Target& target, const Values& from) {
+  if (found_.size() != 1 || !found_[0].isFamily() || found_[0].freePlaces[1] >= 0) return;
+  std::optional<Solution> other = nearestBy(*firstStays_, target, from);
+  if (!other || !isNearer(other->values, found_[0].values, from)) return;
+  other->branch = found_[0].branch;
+  other->singular = found_[0].singular;
+  other->freePlaces = {*firstOfParallel(solver_), -1};
+  found_[0] = *other;
 }
 
 Answer Reach::answerOf(const Solution& solution, const Position& from) const {

@@ -29,16 +29,19 @@ class WhyNot;
 ///      it. `by` where the last three joints miss each other.
 ///   3. lockedAxis: with one locked axis free the target would be reached inside the limits (of
 ///      several such axes by the position nearest to the start), else with all of them free.
-///      `wanted` says where they would have to stand, `by` how far that of one axis is from its
-///      start.
-///   4. heldAxis: an axis that the target leaves free stays at its start and would reach it from
-///      elsewhere: one in front of an arm, a third rotary axis, tried at 73 places of its travel.
-///      `wanted` says where, of those places the one nearest to the start.
+///      `wanted` says where they would have to stand: of one axis that may stand at many places at
+///      the one nearest to its start. `by` is how far that of one axis is from its start.
+///   4. heldAxis: the same of an axis that the options hold at a value of its own.
 ///   5. noRotaryAxis, outsideCone: the tool cannot point so; `nearestDirection`.
 ///   6. linearAxes, outOfReach: the direction is had, and the tip is missed; `nearestTip`.
 ///   7. outsideLimits: of all branches, turns and members of families the one whose excess, summed
-///      over its axes, is least; of linear axes beyond three one at a time is tried at both its
-///      limits.
+///      over its axes, is least; of more than three linear axes as many stand at their limits.
+/// Axes that a target leaves free stay at the start: one in front of an arm, a third rotary axis.
+/// Where nothing reaches the target so, one of them moves as little as helps, and `moved` says
+/// where: it is tried at places a few degrees or a seventieth of its travel apart, and between
+/// them where that comes nearer. What is said of a target out of all reach is said of its best
+/// place.
+///
 /// Each is said of the candidate that comes nearest, which is `position`. Where the tool cannot
 /// point so that is one that points along `nearestDirection`. An arm with locked joints that come
 /// near no candidate gets the reason that it would have with all of them free.
@@ -68,10 +71,12 @@ class KORVO_TOOLKIT_API Reach {
 
  private:
   const Solution* nearestOf(const Target& target, const Position& from);
+  void takeNearerMember(const Target& target, const Values& from);
   Answer answerOf(const Solution& solution, const Position& from) const;
 
   Machine machine_;
   Solver solver_;
+  std::optional<Solver> firstStays_;  ///< Of two rotary axes about parallel lines.
   std::unique_ptr<WhyNot> whyNot_;
   std::vector<Solution> found_;  // reused from target to target
 };

@@ -15,6 +15,10 @@ inline constexpr Text kNoTarget{
 inline constexpr Text kNoStart{"no start: one of its values is not finite",
                                "pas de position de départ : une de ses valeurs n'est pas finie"};
 
+inline constexpr Text kFarStart{
+    "the start is so far away that rounding leaves the tool {0} from the direction",
+    "la position de départ est si loin que l'arrondi laisse l'outil à {0} de la direction"};
+
 // --- the direction
 
 inline constexpr Text kBesideCone{
@@ -56,8 +60,8 @@ inline constexpr Text kLocked{
 inline constexpr Text kAllLocked{"{0} are locked: the target would be reached with {1}",
                                  "{0} sont bloqués : la cible serait atteinte avec {1}"};
 inline constexpr Text kHeld{
-    "{0} stays where it starts: the target would be reached with {1}, {2} away",
-    "{0} reste à sa position de départ : la cible serait atteinte avec {1}, soit un écart de {2}"};
+    "{0} is held: the target would be reached with {1}, {2} away",
+    "{0} est maintenu : la cible serait atteinte avec {1}, soit un écart de {2}"};
 inline constexpr Text kAt{"{0} at {1}", "{0} à {1}"};
 
 // --- what serves a machine
@@ -103,6 +107,9 @@ inline constexpr Text kNoBallWrist{"the lines of {0} miss each other by {1}",
                                    "les axes {0} ne se coupent pas en un point : écart de {1}"};
 inline constexpr Text kNoWristPoint{"the lines of {0} have no point in common",
                                     "les axes {0} n'ont aucun point commun"};
+inline constexpr Text kSolvedSample{
+    "a target does not leave {0} free to choose: an axis that is solved for is not sampled",
+    "une cible ne laisse pas {0} au choix : un axe que le calcul détermine ne s'échantillonne pas"};
 inline constexpr Text kNorLibrary{"{0}; nor does the library's own solver serve it",
                                   "{0} ; le solveur de la bibliothèque ne la traite pas non plus"};
 inline constexpr Text kAskLibrary{

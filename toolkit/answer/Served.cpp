@@ -54,10 +54,12 @@ bool isNew(const Joints& carriers, const UVec3d& d) {
 }
 
 // Moves to `served.redundant` all of `axes` that stand as the options say.
-void takeStanding(const SolverOptions& options, Joints& axes, Served& served) {
+void takeStanding(const Machine& machine, const SolverOptions& options, Joints& axes,
+                  Served& served) {
   std::erase_if(axes, [&](const Joint* axis) {
     const auto place = static_cast<std::size_t>(axis->place);
-    const bool isStanding = options.redundancy[place].rule != Redundancy::Rule::start;
+    const bool isLocked = machine->getAxisElem(axis->place + 1)->isLocked();
+    const bool isStanding = !isLocked && options.redundancy[place].rule != Redundancy::Rule::start;
     if (isStanding) served.redundant.push_back(axis->place);
     return isStanding;
   });
@@ -131,6 +133,8 @@ class Saying {
     }
   }
 
+  Words solvedSample() const { return filled(sentences::kSolvedSample, {names(served_.unsuited)}); }
+
   Words what() const {
     Words text = filled(textOf(served_.kind), {names(served_.turning), names(served_.carrying)});
     if (served_.turning.empty() && served_.carrying.empty()) text = filled(sentences::kStands, {});
@@ -199,6 +203,11 @@ Served servedBy(const Machine& machine, const Solver& solver, const SolverOption
   served.kind = solver.kind();
   served.unserved = solver.unserved();
   const Saying saying(machine, served);
+  if (served.unserved == Unserved::solvedSample) {
+    served.unsuited = solver.solvedSamples();
+    served.text = saying.solvedSample().in(language);
+    return served;
+  }
   if (served.kind == SolverKind::none) {
     served.text = filled(sentences::kUnserved, {saying.whyNot(solver.chain())}, language);
     return served;
@@ -206,8 +215,8 @@ Served servedBy(const Machine& machine, const Solver& solver, const SolverOption
   Joints turns = axesOf(solver.chain(), Joint::Motion::turn);
   Joints slides = axesOf(solver.chain(), Joint::Motion::slide);
   for (Joints* axes : {&turns, &slides}) {
+    takeStanding(machine, options, *axes, served);
     takeLocked(*axes, served);
-    takeStanding(options, *axes, served);
   }
   if (served.kind == SolverKind::arm) {
     takeArm(solver.chain(), turns, slides, served);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace korvo {
 namespace {
@@ -40,6 +41,24 @@ double distance(const Values& a, const Values& b) {
 
 bool isNearer(const Values& a, const Values& b, const Values& from) {
   return std::round(distance(a, from) / kStep) < std::round(distance(b, from) / kStep);
+}
+
+std::optional<Solution> nearestBy(const Solver& solver, const Target& target, const Values& from) {
+  std::vector<Solution> found;
+  solver.solve(target, from, found);
+  const auto nearest = std::min_element(
+      found.begin(), found.end(),
+      [&](const Solution& a, const Solution& b) { return isNearer(a.values, b.values, from); });
+  if (nearest == found.end()) return {};
+  return *nearest;
+}
+
+Machine withLocked(Machine machine, const std::vector<int>& places, bool isLocked) {
+  for (const int place : places) {
+    const int index = std::as_const(*machine).getAxisElem(place + 1)->getElemIndex();
+    machine->getElemByIndex(index)->setLocked(isLocked);
+  }
+  return machine;
 }
 
 Answer answerOf(const Machine& machine, const Solver& solver, const Solution& solution,

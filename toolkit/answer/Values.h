@@ -22,6 +22,12 @@ double distance(const Values& a, const Values& b);
 /// near.
 bool isNearer(const Values& a, const Values& b, const Values& from);
 
+/// The solution nearest to `from`; of equally near ones the first.
+std::optional<Solution> nearestBy(const Solver& solver, const Target& target, const Values& from);
+
+/// The machine with the axes at these places locked.
+Machine withLocked(Machine machine, const std::vector<int>& places, bool isLocked = true);
+
 /// What is known of a solution, without its status. The axes beyond `from` stay as there.
 Answer answerOf(const Machine& machine, const Solver& solver, const Solution& solution,
                 const Position& from);

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <vector>
 
 #include "toolkit/Language.h"
 #include "toolkit/Sentence.h"
 #include "toolkit/answer/Answer.h"
+#include "toolkit/answer/AxisTravel.h"
+#include "toolkit/answer/Cones.h"
 #include "toolkit/answer/Nearly.h"
 
 namespace korvo {
@@ -20,34 +23,38 @@ class WhyNot {
   Answer explain(const Target& target, const Position& from);
 
  private:
-  struct Pointing;
+  using Places = std::vector<int>;
 
   Answer noTarget(const Text& text, const Position& from) const;
   Answer standing(const Target& target, const Position& from) const;
   Answer unserved(const Target& target, const Position& from) const;
-  std::optional<Answer> locked(const Target& target, const Position& from) const;
-  Machine unlocked(const std::vector<int>& places) const;
-  std::optional<Solution> nearestUnlocked(const std::vector<int>& places, const Target& target,
-                                          const Values& from) const;
-  bool isArmLocked() const;
+  AxisTravel::Found travelled(const Places& places, const Target& target, const Values& from);
+  Answer movedTo(const AxisTravel::Found& found, const Position& from) const;
+  Values heldStart(const Position& from) const;
+  bool isArmBound() const;
   Answer withoutLocks(const Target& target, const Position& from) const;
-  std::optional<Answer> held(const Target& target, const Position& from) const;
-  Answer wanting(const Target& target, const Position& from, const Solution& solution,
-                 const std::vector<int>& places, Reason reason) const;
-  bool isFreed(const Joint& joint, Joint::Motion motion) const;
-  Pointing pointing(const Target& target, const Values& at) const;
+  void explainLocked(const Target& target, const Position& from, Answer& answer);
+  void explainHeld(const Target& target, const Position& from, Answer& answer);
+  std::optional<Solution> nearestFor(int place, const Machine& machine,
+                                     const SolverOptions& options, const Target& target,
+                                     const Values& from);
+  void want(const Solution& solution, const Values& from, const Places& places, Reason reason,
+            Answer& answer, const std::vector<AxisWanted>& moved = {}) const;
   Pointing nearestPointing(const Target& target, const Values& from) const;
   Answer beside(const Target& target, const Position& from);
   Answer judged(const Candidate& candidate, const Position& from) const;
   void explainPoint(const zgeo::UVec3d& tip, Answer& answer) const;
-  void explainOutside(Answer& answer) const;
+  void takeOutside(Answer& answer) const;
 
   Machine machine_;
   SolverOptions options_;
   Language language_;
   Solver solver_;
   Nearly nearly_;
-  std::vector<int> held_;  // places of axes that stay at the start
+  Places locked_;  // by the machine
+  Places placed_;  // by the options
+  Places spare_;   // of axes that stay at the start while they can
+  std::map<int, AxisTravel> travels_;
 };
 
 }  // namespace korvo

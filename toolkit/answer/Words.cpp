@@ -3,11 +3,16 @@
 #include <charconv>
 
 namespace korvo {
+namespace {
 
-std::string words(double value) {
+constexpr int kTyped = 9;  // digits: a turn to 1e-6 degrees, a metre to 1e-6 mm
+
+}  // namespace
+
+std::string words(double value, int digits) {
   char text[32];
   const auto end = std::to_chars(text, text + sizeof text, value + 0.0,  // no "-0"
-                                 std::chars_format::general, 6);
+                                 std::chars_format::general, digits);
   return {text, end.ptr};
 }
 
@@ -15,9 +20,12 @@ std::string words(const zgeo::UVec3d& v) {
   return "(" + words(v.x) + ", " + words(v.y) + ", " + words(v.z) + ")";
 }
 
-Words millimetres(double value) { return words(value) + " mm"; }
+Words millimetres(double value) { return words(value, kTyped) + " mm"; }
 
-Words degrees(double value) { return {words(value) + " degrees", words(value) + " degrés"}; }
+Words degrees(double value) {
+  const std::string number = words(value, kTyped);
+  return {number + " degrees", number + " degrés"};
+}
 
 void appendWord(std::string& list, const std::string& word) {
   list += (list.empty() ? "" : ", ") + word;

@@ -7,13 +7,14 @@
 
 namespace korvo {
 
-/// A number for people, six digits, the same in every locale.
-std::string words(double value);
+/// A number for people, six digits without zeros at their end, the same in every locale.
+std::string words(double value, int digits = 6);
 
 /// "(x, y, z)".
 std::string words(const zgeo::UVec3d& v);
 
-/// The number with its unit in both languages.
+/// The number with its unit in both languages, in nine digits: typed back in, it does what the
+/// sentence says.
 Words millimetres(double value);
 Words degrees(double value);
 

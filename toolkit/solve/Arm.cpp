@@ -485,9 +485,6 @@ std::optional<Shortfall> shortfallOfArm(const Query& query) {
   return ArmTask(query, values).shortfall();
 }
 
-void solveArm(const Query& query) {
-  Values values = query.from;
-  solvePlaced(query, values, 0, solveStanding);
-}
+void solveArm(const Query& query) { solvePlaced(query, solveStanding); }
 
 }  // namespace korvo

@@ -262,16 +262,6 @@ void solveStanding(const Query& query, Values& values) {
   }
 }
 
-/// The place of a sample: `samples` of them, the limits the first and the last.
-double sampleOf(const Joint& joint, const Redundancy& rule, int sample) {
-  return joint.min + (joint.max - joint.min) * sample / (rule.samples - 1);
-}
-
-bool isSampled(const Joint& joint, const Redundancy& rule) {
-  return rule.rule == Redundancy::Rule::sampled && rule.samples >= 2 &&
-         std::isfinite(joint.max - joint.min);
-}
-
 }  // namespace
 
 Turning turningOf(const SolverCore& core, const Values& values, int first, int second) {
@@ -288,24 +278,6 @@ Turning turningOf(const SolverCore& core, const Values& values, int first, int s
   return t;
 }
 
-void solvePlaced(const Query& query, Values& values, std::size_t next,
-                 void (*solve)(const Query&, Values&)) {
-  if (next == query.core.placed.size()) return solve(query, values);
-  const int i = query.core.placed[next];
-  const Joint& joint = query.core.joint(i);
-  const Redundancy& rule = query.core.options.redundancy[at(joint.place)];
-  const bool samples = isSampled(joint, rule);
-  for (int sample = 0; sample < (samples ? rule.samples : 1); ++sample) {
-    query.value(i, values) = samples                                ? sampleOf(joint, rule, sample)
-                             : rule.rule == Redundancy::Rule::value ? rule.value
-                                                                    : query.start(i);
-    solvePlaced(query, values, next + 1, solve);
-  }
-}
-
-void solveCartesian(const Query& query) {
-  Values values = query.from;
-  solvePlaced(query, values, 0, solveStanding);
-}
+void solveCartesian(const Query& query) { solvePlaced(query, solveStanding); }
 
 }  // namespace korvo

@@ -58,9 +58,10 @@ class SolverCore {
   SolverOptions options;
   SolverKind kind = SolverKind::none;
   Unserved unserved = Unserved::served;
-  std::vector<int> turns;   ///< Free rotary joints, root first.
-  std::vector<int> slides;  ///< Free linear joints, root first.
-  std::vector<int> placed;  ///< Joints that stand where the options say.
+  std::vector<int> turns;          ///< Free rotary joints, root first.
+  std::vector<int> slides;         ///< Free linear joints, root first.
+  std::vector<int> placed;         ///< Joints that stand where the options say, as if locked there.
+  std::vector<int> solvedSamples;  ///< Places, see Solver.
   std::optional<ArmShape> arm;
   std::vector<PairJoint> pairJoints;  ///< Those of the chain.
   PairTool pairTool;
@@ -136,10 +137,13 @@ void add(const Query& query, Values values, const Branch& branch, const Singular
 /// Adds a solution whose residual and margin are known if it reaches the target inside the limits.
 void accept(const Query& query, const Solution& solution);
 
-/// Calls `solve` with the joints that stand where the options say in `values`, for every one of
-/// their samples. `next` counts those that stand already.
-void solvePlaced(const Query& query, Values& values, std::size_t next,
-                 void (*solve)(const Query&, Values&));
+/// Calls `solve` with the joints that the options place there in the start and in the values, for
+/// every one of their samples.
+void solvePlaced(const Query& query, void (*solve)(const Query&, Values&));
+
+/// Places of the axes that the options sample and that a target does not leave free: without them
+/// the others move the tool in fewer ways.
+std::vector<int> solvedSamplesOf(const SolverCore& core);
 
 /// All solutions of machines with linear axes.
 void solveCartesian(const Query& query);

@@ -128,6 +128,7 @@ SolverCore::SolverCore(const JointChain& c, const SolverOptions& o) : chain(c), 
     if (j.isLocked) continue;
     const bool isPlaced = options.redundancy[at(j.place)].rule != Redundancy::Rule::start;
     (isPlaced ? placed : isTurn ? turns : slides).push_back(i);
+    chain.joints[at(i)].isLocked = isPlaced;
   }
   for (const Joint& j : chain.joints) pairJoints.emplace_back(j);
   pairTool = {bothOf(chain.toolPoint), bothOf(chain.toolDirection),
@@ -146,6 +147,11 @@ SolverCore::SolverCore(const JointChain& c, const SolverOptions& o) : chain(c), 
     kind = turns.size() < 3 ? kinds[turns.size()] : SolverKind::moreRotary;
     if (rotary == 2 && turns.size() == 2) turning = turningOf(*this, {}, turns[0], turns[1]);
   }
+  if (kind == SolverKind::none) return;
+  solvedSamples = solvedSamplesOf(*this);
+  if (solvedSamples.empty()) return;
+  kind = SolverKind::none;
+  unserved = Unserved::solvedSample;
 }
 
 Solver::Solver(const Machine& machine, const SolverOptions& options)
@@ -154,6 +160,7 @@ Solver::Solver(const Machine& machine, const SolverOptions& options)
 SolverKind Solver::kind() const { return core_->kind; }
 Unserved Solver::unserved() const { return core_->unserved; }
 const JointChain& Solver::chain() const { return core_->chain; }
+const std::vector<int>& Solver::solvedSamples() const { return core_->solvedSamples; }
 
 void Solver::solve(const Target& target, const Values& from, std::vector<Solution>& out,
                    Limits limits) const {
@@ -213,8 +220,8 @@ const char* toString(SolverKind kind) {
 }
 
 const char* toString(Unserved reason) {
-  static constexpr const char* kNames[] = {"served", "no-tool", "coupled-axes", "few-joints",
-                                           "no-ball-wrist"};
+  static constexpr const char* kNames[] = {"served",     "no-tool",       "coupled-axes",
+                                           "few-joints", "no-ball-wrist", "solved-sample"};
   return kNames[static_cast<std::size_t>(reason)];
 }
 

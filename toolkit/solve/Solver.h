@@ -28,25 +28,29 @@ enum class SolverKind {
 /// Why no closed form serves a machine.
 enum class Unserved {
   served,
-  noTool,       ///< No current tool, or one without a direction.
-  coupledAxes,  ///< One value moves two joints.
-  fewJoints,    ///< Neither three linear axes nor six joints, and three rotary axes or more.
-  noBallWrist,  ///< Six joints or more, whose last three do not meet in one point.
+  noTool,        ///< No current tool, or one without a direction.
+  coupledAxes,   ///< One value moves two joints.
+  fewJoints,     ///< Neither three linear axes nor six joints, and three rotary axes or more.
+  noBallWrist,   ///< Six joints or more, whose last three do not meet in one point.
+  solvedSample,  ///< The options sample an axis that a target does not leave free to choose.
 };
 
 /// "none", "linear", "one-rotary", "two-rotary", "more-rotary", "arm".
 KORVO_TOOLKIT_API const char* toString(SolverKind kind);
 
-/// "served", "no-tool", "coupled-axes", "few-joints", "no-ball-wrist".
+/// "served", "no-tool", "coupled-axes", "few-joints", "no-ball-wrist",
+/// "solved-sample".
 KORVO_TOOLKIT_API const char* toString(Unserved reason);
 
 /// What an axis does that a target leaves free to choose: a second linear axis beside another, a
-/// third rotary one, a rail.
+/// third rotary one, a rail. `value` may be said of any axis.
 struct Redundancy {
   enum class Rule {
     start,    ///< It stays where the start has it.
-    value,    ///< It stands at `value`.
-    sampled,  ///< `samples` places from its lower to its upper limit, both included, are tried.
+    value,    ///< It stands at `value`, as if it were locked there.
+    sampled,  ///< `samples` places from its lower to its upper limit, both included, are tried. A
+              ///< target that does not leave it free has one place or few: that is refused, see
+              ///< Unserved::solvedSample.
   };
 
   Rule rule = Rule::start;
@@ -137,7 +141,12 @@ class KORVO_TOOLKIT_API Solver {
 
   SolverKind kind() const;
   Unserved unserved() const;
+
+  /// What is locked there stands still: axes that are locked, and those that the options place.
   const JointChain& chain() const;
+
+  /// Places of the axes that the options sample and that a target determines.
+  const std::vector<int>& solvedSamples() const;
 
   /// Every solution, branch by branch, turns ascending. `out` is emptied first, its storage kept.
   ///
