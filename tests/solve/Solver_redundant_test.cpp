@@ -20,6 +20,12 @@ using Rule = Redundancy::Rule;
 
 constexpr double kDegree = std::numbers::pi / 180.0;
 
+double farthestApart(const Values& a, const Values& b) {
+  double apart = 0.0;
+  for (std::size_t i = 0; i < a.size(); ++i) apart = std::max(apart, std::abs(a[i] - b[i]));
+  return apart;
+}
+
 // --- a portal with a beam W that lifts as the ram Z does: X, Y, Z, C, A, W
 
 constexpr std::size_t kX = 0, kY = 1, kZ = 2, kA = 3, kC = 4, kW = 5;
@@ -120,6 +126,15 @@ TEST(SolverRedundant, SampledAxisWithoutBothLimitsHasItsStartAlone) {
             -200);
 }
 
+TEST(SolverRedundant, SampledAxisWithoutTravelHasOnePlace) {
+  Machine machine = portal();
+  machine->getElemByName("W")->setMin(-200, true);
+  machine->getElemByName("W")->setMax(-200, true);
+  SolverOptions options;
+  options.redundancy[kW] = {Rule::sampled, 0, 4};
+  expectOne(solutionsOf(Solver(machine, options), tiltedAt(100, 200, -900), {}), -700, -200);
+}
+
 // --- a spare linear axis in any direction, against the interval of what it may do
 
 struct Spare {
@@ -166,6 +181,112 @@ TEST(SolverRedundant, SpareLinearAxisOfAnyDirectionMovesByTheLeast) {
     const double least = std::clamp(0.0, by.low, by.high);
     moved += least != 0.0;
     ASSERT_NEAR(found[0].values[3], start[3] + least, 1e-6) << i;
+  }
+  EXPECT_GT(moved, count / 20);
+  EXPECT_GT(none, count / 20);
+}
+
+// --- two spare linear axes
+
+MachineLines slidesInPairs() {
+  MachineLines lines;  // U and V under X and Y, along them
+  lines.head = {linear("U", 4, {1, 0, 0}, 0, 100), linear("V", 5, {0, 1, 0}, 0, 100),
+                linear("X", 1, {1, 0, 0}, 0, 10), linear("Y", 2, {0, 1, 0}, 0, 10),
+                linear("Z", 3, {0, 0, 1}, -10, 10)};
+  return lines;
+}
+
+TEST(SolverRedundant, TwoSpareLinearAxesMoveTogether) {
+  const Solver solver(slidesInPairs().machine());
+  const UVec3d up(0, 0, 1);
+  const auto found = solutionsOf(solver, {{50, 60, 0}, up}, {});
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_NEAR(found[0].values[0], 10, 1e-9);  // U = 40, V = 50 are the least that leave 10
+  EXPECT_NEAR(found[0].values[1], 10, 1e-9);
+  EXPECT_NEAR(found[0].values[3], 40, 1e-9);
+  EXPECT_NEAR(found[0].values[4], 50, 1e-9);
+  EXPECT_EQ(solutionsOf(solver, {{110, 110, 0}, up}, {}).size(), 1u);
+  EXPECT_TRUE(solutionsOf(solver, {{110, 110.001, 0}, up}, {}).empty());
+  EXPECT_TRUE(solutionsOf(solver, {{-0.001, 50, 0}, up}, {}).empty());
+}
+
+/// What two spare axes move by, and a joint that they move: its value is base + a p + b q.
+struct Moved {
+  double base, a, b, min, max;
+
+  double at(double p, double q) const { return base + a * p + b * q; }
+  /// How far it is from its limits, negative outside.
+  double inside(double p, double q) const { return std::min(at(p, q) - min, max - at(p, q)); }
+};
+
+/// The least of p^2 + q^2 with all inside: at nothing, at the foot on one limit or where two meet.
+struct Least {
+  double p = 0.0, q = 0.0;
+  double length = kNoLimit;
+  double clearance = -kNoLimit;  ///< Of the best of all points looked at.
+
+  explicit Least(const std::vector<Moved>& joints) {
+    take(joints, 0, 0);
+    for (const Moved& one : joints) {
+      for (const double limit : {one.min, one.max}) {
+        const double share = (limit - one.base) / (one.a * one.a + one.b * one.b);
+        take(joints, share * one.a, share * one.b);
+        for (const Moved& other : joints) {
+          const double area = one.a * other.b - one.b * other.a;
+          if (&one == &other || std::abs(area) < 1e-9) continue;
+          for (const double second : {other.min, other.max}) {
+            const double c = limit - one.base, d = second - other.base;
+            take(joints, (c * other.b - one.b * d) / area, (one.a * d - c * other.a) / area);
+          }
+        }
+      }
+    }
+  }
+
+  void take(const std::vector<Moved>& joints, double x, double y) {
+    double least = kNoLimit;
+    for (const Moved& joint : joints) least = std::min(least, joint.inside(x, y));
+    clearance = std::max(clearance, least);
+    if (least < -1e-9 || std::hypot(x, y) >= length) return;
+    p = x, q = y, length = std::hypot(x, y);
+  }
+};
+
+TEST(SolverRedundant, TwoSpareLinearAxesOfAnyDirectionMoveByTheLeast) {
+  const int count = proofCount(1000, 100000);
+  int moved = 0, none = 0;
+  for (int i = 0; i < count; ++i) {
+    Dice dice(static_cast<unsigned>(i));
+    const auto direction = [&] {
+      return UVec3d(dice.between(0.1, 1), dice.between(0.1, 1), dice.between(-1, -0.1))
+          .normalised();
+    };
+    const UVec3d u = direction(), v = direction();
+    MachineLines lines;
+    lines.head =
+        std::vector{linear("U", 4, u, -200, 200), linear("V", 5, v, -100, 100)} + linearXyz();
+    for (std::size_t k = 2; k < 5; ++k) {
+      lines.head[k].min = -dice.between(0, 200);
+      lines.head[k].max = dice.between(0, 200);
+    }
+    const UVec3d tip(dice.between(-400, 400), dice.between(-400, 400), dice.between(-400, 400));
+    Values start{};
+    start[3] = dice.between(-200, 200);
+    start[4] = dice.between(-100, 100);
+    const UVec3d left = tip - u * start[3] - v * start[4];
+    const Least least({{start[3], 1, 0, -200, 200},
+                       {start[4], 0, 1, -100, 100},
+                       {left.x, -u.x, -v.x, lines.head[2].min, lines.head[2].max},
+                       {left.y, -u.y, -v.y, lines.head[3].min, lines.head[3].max},
+                       {left.z, -u.z, -v.z, lines.head[4].min, lines.head[4].max}});
+    if (least.length == kNoLimit && least.clearance > -1e-6) continue;  // rounding decides
+    const auto found = solutionsOf(Solver(lines.machine()), {tip, {0, 0, 1}}, start);
+    ASSERT_EQ(found.size(), least.length < kNoLimit ? 1u : 0u) << i;
+    none += found.empty();
+    if (found.empty()) continue;
+    moved += least.p != 0.0 && least.q != 0.0;
+    ASSERT_NEAR(found[0].values[3], start[3] + least.p, 1e-6) << i;
+    ASSERT_NEAR(found[0].values[4], start[4] + least.q, 1e-6) << i;
   }
   EXPECT_GT(moved, count / 20);
   EXPECT_GT(none, count / 20);
@@ -222,6 +343,35 @@ TEST(SolverRedundant, OfThreeRotaryAxesEveryTwoAreSolvedTheThirdHeld) {
     all += expected;
   }
   EXPECT_GT(all, static_cast<std::size_t>(count));
+}
+
+// A start that reaches is found by every pair, each with the third axis where it stands: one
+// position, of which each pair has its own rounding.
+TEST(SolverRedundant, StartThatReachesIsOneOfThePositionsOnce) {
+  const int count = proofCount(200, 2000), targets = 20;
+  for (int i = 0; i < count; ++i) {
+    Dice dice(static_cast<unsigned>(i));
+    const auto direction = [&] {
+      return UVec3d(dice.between(-1, 1), dice.between(-1, 1), dice.between(0.2, 1)).normalised();
+    };
+    MachineLines lines;
+    lines.head = linearXyz() + std::vector{rotary("C", 6, {0, 0, 1}, {}, -200, 200),
+                                           rotary("B", 5, direction(), {}, -200, 200),
+                                           rotary("A", 4, direction(), {}, -200, 200)};
+    lines.toolDirection = direction();
+    const auto machine = lines.load();
+    const Solver solver{Machine(*machine)};
+    for (int k = 0; k < targets; ++k) {
+      Values made{};
+      for (std::size_t axis = 3; axis < 6; ++axis) made[axis] = dice.between(-190, 190);
+      const auto found = solutionsOf(solver, tipAt(*machine, made), made);
+      ASSERT_EQ(
+          std::count_if(found.begin(), found.end(),
+                        [&](const Solution& s) { return farthestApart(s.values, made) < 1e-7; }),
+          1)
+          << i << ", " << k;
+    }
+  }
 }
 
 TEST(SolverRedundant, HeldRotaryAxisOutsideItsLimitsIsBroughtInsideByFullTurns) {

@@ -23,6 +23,11 @@ bool isSampled(const Joint& joint, const Redundancy& rule) {
          std::isfinite(joint.max - joint.min);
 }
 
+/// Without travel all samples are one.
+int samplesOf(const Joint& joint, const Redundancy& rule) {
+  return isSampled(joint, rule) && joint.max > joint.min ? rule.samples : 1;
+}
+
 using Solve = void (*)(const Query&, Values&);
 
 /// `next` counts those that stand already.
@@ -37,7 +42,7 @@ void solveFrom(const Query& query, Values& from, std::size_t next, Solve solve) 
   const Joint& joint = query.core.joint(i);
   const Redundancy& rule = ruleOf(query.core, i);
   const bool samples = isSampled(joint, rule);
-  for (int sample = 0; sample < (samples ? rule.samples : 1); ++sample) {
+  for (int sample = 0; sample < samplesOf(joint, rule); ++sample) {
     query.value(i, from) = samples                                ? sampleOf(joint, rule, sample)
                            : rule.rule == Redundancy::Rule::value ? rule.value
                                                                   : query.start(i);

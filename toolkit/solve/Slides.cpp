@@ -1,6 +1,7 @@
 // The linear axes: carrying a tool that already points the right way.
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "toolkit/solve/Core.h"
 
@@ -90,6 +91,77 @@ std::array<double, 3> displacements(const Standing& s, const Carriers& carriers,
   return d;
 }
 
+/// What the joints beside the carriers move by, or a direction in the space of these moves.
+using Moves = std::array<double, kMostAxes>;
+
+double product(const Moves& a, const Moves& b) {
+  return std::inner_product(a.begin(), a.end(), b.begin(), 0.0);
+}
+
+void subtract(const Moves& n, double share, Moves& from) {
+  for (std::size_t i = 0; i < n.size(); ++i) from[i] -= share * n[i];
+}
+
+/// The moves with some joints on a limit: the least of them, and what is square to those limits.
+struct Bound {
+  Moves least{};
+  std::array<Moves, kMostAxes> normals{};
+  std::size_t count = 0;
+
+  /// Another joint, which moves by `rate` with the moves, has to move by `by`; false where those
+  /// before leave it no way.
+  bool put(const Moves& rate, double by) {
+    Moves normal = rate;
+    for (std::size_t i = 0; i < count; ++i)
+      subtract(normals[i], product(normal, normals[i]), normal);
+    const double length = std::sqrt(product(normal, normal));
+    if (!(length > kOneLine)) return false;
+    for (double& n : normal) n /= length;
+    subtract(normal, (product(rate, least) - by) / length, least);
+    normals[count++] = normal;
+    return true;
+  }
+};
+
+/// The moves of the joints beside the carriers that bring all inside, of the least sum of squares:
+/// of one of them the shortest way.
+///
+/// @source  Joints are taken one after the other. One that the least moves of those before it leave
+///          outside is on its limit in the least moves with it, as a sum of squares has one low
+///          alone: these are found among the moves that put it there (Seidel 1991, of linear
+///          programs of few variables).
+class LeastMoves {
+ public:
+  explicit LeastMoves(const SolverCore& core) : core_(core) {}
+
+  std::array<Moves, kMostAxes> rates{};  ///< Of every joint of Standing for each mm of the moves.
+  int count = 0;                         ///< Of the moves.
+
+  bool find(const Standing& s, const Values& values, Moves& by) const {
+    return find(s, values, {}, s.count, by);
+  }
+
+ private:
+  /// Of the first `joints` alone.
+  bool find(const Standing& s, const Values& values, const Bound& bound, int joints,
+            Moves& by) const {
+    by = bound.least;
+    for (int k = 0; k < joints; ++k) {
+      const Joint& joint = core_.joint(s.joints[at(k)]);
+      const double value = values[at(joint.place)];
+      const double stands = value + product(rates[at(k)], by);
+      const double limit = std::clamp(stands, joint.min, joint.max);
+      if (std::abs(stands - limit) <= kOnLimit) continue;
+      Bound narrower = bound;
+      const bool can = narrower.put(rates[at(k)], limit - value);
+      if (!can || !find(s, values, narrower, k, by)) return false;
+    }
+    return true;
+  }
+
+  const SolverCore& core_;
+};
+
 /// The carriers' travels, and how much they move for each mm of one joint beside them.
 class Carriage {
  public:
@@ -127,58 +199,38 @@ class Carriage {
     return isAllInside;
   }
 
-  /// Moves one joint beside the carriers by as little as brings all inside; a second one stands
-  /// where it is or at one of its limits meanwhile.
+  /// Moves the joints beside the carriers by as little as brings all inside.
   bool spare() {
+    if (carriers_.count == s_.count) return false;
+    LeastMoves least(query_.core);
     for (int k = 0; k < s_.count; ++k) {
-      if (!carriers_.has(k) && slideSpare(k)) return true;
+      if (!carriers_.has(k)) addSpare(k, least);
     }
+    Moves by;
+    if (!least.find(s_, values_, by)) return false;
     const Values kept = values_;
-    for (int other = 0; other < s_.count; ++other) {
-      if (carriers_.has(other)) continue;
-      for (const double limit : {joint(other).min, joint(other).max}) {
-        if (!std::isfinite(limit)) continue;
-        shift(other, limit - value(other));
-        for (int k = 0; k < s_.count; ++k) {
-          if (k != other && !carriers_.has(k) && slideSpare(k)) return true;
-        }
-        values_ = kept;
-      }
+    int j = 0;
+    for (int k = 0; k < s_.count; ++k) {
+      if (!carriers_.has(k)) shift(k, by[at(j++)]);
     }
+    if (snap()) return true;
+    values_ = kept;
     return false;
+  }
+
+  void addSpare(int k, LeastMoves& least) const {
+    const auto by = displacements(s_, carriers_, s_.direction(k) * -1.0);
+    const std::size_t j = at(least.count++);
+    for (int c = 0; c < carriers_.count; ++c) {
+      least.rates[at(carriers_.places[at(c)])][j] = by[at(c)];
+    }
+    least.rates[at(k)][j] = 1.0;
   }
 
   void shift(int k, double by) {
     const UVec3d back = s_.direction(k) * -by;
     value(k) += by;
     move(displacements(s_, carriers_, back));
-  }
-
-  bool slideSpare(int k) {
-    const std::array<double, 3> rate = displacements(s_, carriers_, s_.direction(k) * -1.0);
-    double low = joint(k).min - value(k);
-    double high = joint(k).max - value(k);
-    for (int c = 0; c < carriers_.count; ++c) {
-      narrow(carriers_.places[at(c)], rate[at(c)], low, high);
-    }
-    if (!(low <= high + kOnLimit)) return false;
-    const Values kept = values_;
-    shift(k, std::clamp(0.0, std::min(low, high), high));
-    if (snap()) return true;
-    values_ = kept;
-    return false;
-  }
-
-  /// What of `low` to `high` keeps a carrier inside that moves by `rate` for each mm.
-  void narrow(int k, double rate, double& low, double& high) const {
-    const double toMin = joint(k).min - value(k);
-    const double toMax = joint(k).max - value(k);
-    if (std::abs(rate) < kOneLine) {
-      if (toMin > kOnLimit || toMax < -kOnLimit) high = low - 1;
-      return;
-    }
-    low = std::max(low, std::min(toMin / rate, toMax / rate));
-    high = std::min(high, std::max(toMin / rate, toMax / rate));
   }
 
   const Query& query_;
