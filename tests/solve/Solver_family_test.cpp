@@ -200,5 +200,129 @@ INSTANTIATE_TEST_SUITE_P(AxisFree, SolverFamily,
                          testing::Values(Free::only, Free::first, Free::second, Free::both),
                          freeName);
 
+// --- other than three free linear axes
+
+AxisLine limited(AxisLine axis, double min, double max) {
+  axis.min = min, axis.max = max;
+  return axis;
+}
+
+// X = 50 cos C: at least 49.99999 only within some hundredths of a degree, which W beside Z leaves
+// as it is.
+TEST(SolverFamilyOfFourLinearAxes, IsFoundWhereItIsNarrow) {
+  MachineLines lines;
+  lines.part = {rotary("C", 6, {0, 0, 1}, {}, -360, 360)};
+  lines.head = {linear("W", 7, {0, 0, 1}, -100, 100), linear("X", 1, {1, 0, 0}, 49.99999, 60),
+                linear("Y", 2, {0, 1, 0}, -100, 100), linear("Z", 3, {0, 0, 1}, -100, 100),
+                rotary("B", 5, {0, 1, 0}, {}, -10, 370)};
+  Values start{};
+  start[4] = 33.5;
+  const auto found = solutionsOf(Solver(lines.machine()), {{50, 0, 0}, {0, 0, 1}}, start);
+  ASSERT_EQ(found.size(), 2u);
+  for (const std::size_t k : {0u, 1u}) {
+    EXPECT_TRUE(found[k].isFamily());
+    EXPECT_NEAR(found[k].values[4], std::acos(49.99999 / 50) * 180 / pi, 1e-6);
+    EXPECT_NEAR(found[k].values[3], k == 0 ? 0 : 360, 1e-9);
+  }
+}
+
+// The position that made the target is a member inside limits that leave it little way.
+TEST(SolverFamilyOfFourLinearAxes, HasNoFartherMemberThanTheOneThatMadeIt) {
+  const int count = proofCount(100, 10000);
+  for (int i = 0; i < count; ++i) {
+    Dice dice(static_cast<unsigned>(i));
+    MachineLines lines;
+    lines.toolDirection = anyDirection(dice);
+    lines.toolPoint = anyPoint(dice);
+    Values made{}, start{};
+    for (std::size_t k = 0; k < 5; ++k) made[k] = dice.between(-200, 200);
+    const auto narrow = [&](AxisLine axis) {
+      const double value = made[static_cast<std::size_t>(axis.number - 1)];
+      return limited(std::move(axis), value - dice.between(0.001, 1),
+                     value + dice.between(0.001, 1));
+    };
+    lines.head = {narrow(linear("W", 4, anyDirection(dice)))};
+    for (const AxisLine& axis : linearXyz()) lines.head.push_back(narrow(axis));
+    const AxisLine turn = rotary("C", 5, lines.toolDirection, anyPoint(dice), -400, 400);
+    (dice.oneIn(2) ? lines.part : lines.head).push_back(turn);
+    start[4] = dice.between(-380, 380);
+    const auto machine = lines.load();
+    const auto found = solutionsOf(Solver{Machine(*machine)}, tipAt(*machine, made), start);
+    ASSERT_EQ(found.size(), 1u) << i;
+    EXPECT_TRUE(found[0].isFamily()) << i;
+    EXPECT_LE(std::abs(found[0].values[4] - start[4]), std::abs(made[4] - start[4]) + 1e-6) << i;
+  }
+}
+
+MachineLines turningTableUnderXz() {
+  MachineLines lines;
+  lines.part = {rotary("C", 6, {0, 0, 1}, {}, -180, 180)};
+  lines.head = {linear("X", 1, {1, 0, 0}), linear("Z", 3, {0, 0, 1})};
+  return lines;
+}
+
+// Without Y the table turns the point to where X gets: on either side of its centre.
+TEST(SolverTwoLinearAxes, HaveTheRotaryAxisSolvedThatTheDirectionLeavesFree) {
+  const Solver solver(turningTableUnderXz().machine());
+  const auto found = solutionsOf(solver, {{10, 20, 5}, {0, 0, 1}}, {});
+  ASSERT_EQ(found.size(), 2u);
+  const double angle = std::atan2(20, 10) * 180 / pi, radius = std::hypot(10, 20);
+  for (const Solution& s : found) {
+    const bool isBefore = s.values[0] > 0;
+    EXPECT_NEAR(s.values[0], isBefore ? radius : -radius, 1e-9);
+    EXPECT_NEAR(s.values[1], 5, 1e-12);
+    EXPECT_NEAR(std::abs(s.values[2]), isBefore ? angle : 180 - angle, 1e-9);
+    EXPECT_FALSE(s.isFamily());
+    EXPECT_LE(s.residual.pointMm, 1e-12);
+  }
+  EXPECT_NE(found[0].values[0] > 0, found[1].values[0] > 0);
+}
+
+TEST(SolverTwoLinearAxes, LeaveTheRotaryAxisFreeOnItsOwnLine) {
+  Values start{};
+  start[2] = 70;
+  const Solver solver(turningTableUnderXz().machine());
+  const auto found = solutionsOf(solver, {{0, 0, 5}, {0, 0, 1}}, start);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_TRUE(found[0].isFamily());
+  EXPECT_EQ(found[0].values[2], 70);
+  EXPECT_NEAR(found[0].values[0], 0, 1e-12);
+}
+
+// The circle of the tip and the plane of the two axes have two points in common, each once in each
+// of the three turns from -540 to 540.
+TEST(SolverTwoLinearAxes, HaveThePositionThatMadeTheTargetAndItsOtherSide) {
+  const int count = proofCount(100, 10000);
+  for (int i = 0; i < count; ++i) {
+    Dice dice(static_cast<unsigned>(i));
+    MachineLines lines;
+    lines.toolDirection = anyDirection(dice);
+    lines.toolPoint = anyPoint(dice);
+    lines.head = {linear("X", 1, anyDirection(dice)), linear("Y", 2, anyDirection(dice))};
+    const AxisLine turn = rotary("C", 6, lines.toolDirection, anyPoint(dice), -540, 540);
+    (dice.oneIn(2) ? lines.part : lines.head).push_back(turn);
+    Values made{};
+    for (std::size_t k = 0; k < 3; ++k) made[k] = dice.between(-200, 200);
+    const auto machine = lines.load();
+    const auto found = solutionsOf(Solver{Machine(*machine)}, tipAt(*machine, made), {});
+    EXPECT_EQ(found.size(), 6u) << i;
+    EXPECT_TRUE(std::any_of(found.begin(), found.end(), [&](const Solution& s) {
+      return std::abs(s.values[0] - made[0]) + std::abs(s.values[1] - made[1]) < 1e-6 &&
+             std::abs(s.values[2] - made[2]) < 1e-6;
+    })) << i;
+  }
+}
+
+// A radial arm: X alone on a turning head reaches a point of its plane from either side.
+TEST(SolverOneLinearAxis, HasTheRotaryAxisSolved) {
+  MachineLines lines;
+  lines.head = {rotary("C", 6, {0, 0, 1}, {}, -180, 180), linear("X", 1, {1, 0, 0}, -100, 100)};
+  const Solver solver(lines.machine());
+  const auto found = solutionsOf(solver, {{30, 40, 0}, {0, 0, 1}}, {});
+  ASSERT_EQ(found.size(), 2u);
+  for (const Solution& s : found) EXPECT_NEAR(std::abs(s.values[0]), 50, 1e-9);
+  EXPECT_TRUE(solutionsOf(solver, {{30, 40, 1}, {0, 0, 1}}, {}).empty());
+}
+
 }  // namespace
 }  // namespace korvo::test

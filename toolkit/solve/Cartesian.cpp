@@ -162,10 +162,37 @@ class Choice {
   void addFamily(int free) { addMember({free, -1, 0.0, 0.0}, {query_.core.joint(free).place, -1}); }
 
   bool addMember(const Freedom& freedom, const std::array<int, 2>& freePlaces) {
+    const SolvedAngles solved = solvedAngles(query_, freedom, values_);
+    if (solved.count > 0) return addSolved(freedom, solved, {freePlaces[1], -1});
     if (!nearestMember(query_, freedom, values_)) return false;
     verifier_.flush();
     add(query_, values_, {}, singular_, freePlaces);
     return true;
+  }
+
+  bool addSolved(const Freedom& freedom, const SolvedAngles& solved,
+                 const std::array<int, 2>& freePlaces) {
+    verifier_.flush();
+    const std::size_t before = query_.out.size();
+    const auto forEachTurn = [this](int i, double degrees, const auto& visit) {
+      const Joint& joint = query_.core.joint(i);
+      const TurnRange range = turnsOf(joint, degrees, query_.start(i), query_.limits);
+      for (int k = 0; k < range.count; ++k) {
+        query_.value(i, values_) = onLimit(joint, range[k]);
+        visit();
+      }
+    };
+    const auto addCarried = [&] {
+      if (carry(query_, values_)) add(query_, values_, {}, singular_, freePlaces);
+    };
+    for (int k = 0; k < solved.count; ++k) {
+      const double degrees = solved.degrees[at(k)];
+      forEachTurn(freedom.free, degrees, [&] {
+        if (freedom.other < 0) return addCarried();
+        forEachTurn(freedom.other, freedom.offset + freedom.slope * degrees, addCarried);
+      });
+    }
+    return query_.out.size() > before;
   }
 
   struct Turns {

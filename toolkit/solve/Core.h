@@ -163,6 +163,17 @@ struct Freedom {
   double slope = 0.0;
 };
 
+/// Where a rotary joint has to stand (degrees) that a direction leaves free, because the linear
+/// joints carry the tool in fewer than three directions.
+struct SolvedAngles {
+  int count = 0;  ///< 0 where it is free.
+  std::array<double, 2> degrees{};
+};
+
+/// Where the joint alone could bring the tool, turned as `values` say, among the ways of the linear
+/// joints; where it cannot, the nearest to that.
+SolvedAngles solvedAngles(const Query& query, const Freedom& freedom, const Values& values);
+
 /// The member of a family whose free joint is nearest to its start, of all inside the limits, in
 /// `values`; false without one.
 bool nearestMember(const Query& query, const Freedom& freedom, Values& values);

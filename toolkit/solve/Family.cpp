@@ -1,5 +1,6 @@
 // Targets that leave one rotary joint free: the others follow it, and the limits cut its circle.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -11,6 +12,12 @@ namespace korvo {
 namespace {
 
 constexpr double kTurn = 360.0;
+
+/// A circle that lies in what the linear joints reach to this (mm) leaves its angle free.
+constexpr double kFreeMm = 1e-7;
+
+/// Roots nearer than this (degrees) are one.
+constexpr double kOneRoot = 1e-5;
 
 /// A root may be a hair outside what it bounds (degrees).
 constexpr double kHair = 1e-9;
@@ -30,15 +37,88 @@ struct Wave {
   Wave operator-(const Wave& o) const { return {a - o.a, b - o.b, c - o.c}; }
   Wave operator*(double s) const { return {a * s, b * s, c * s}; }
 
+  double height() const { return std::hypot(b, c); }
+
+  /// Where it is zero, in degrees, or comes nearest to it: on either side of its top.
+  std::array<double, 2> lows() const {
+    const double r = height();
+    const double middle = std::atan2(c, b) * kRadToDeg;
+    const double aside = std::atan2(std::sqrt(std::max((r - a) * (r + a), 0.0)), -a) * kRadToDeg;
+    return {middle - aside, middle + aside};
+  }
+
   /// Where it is zero, in degrees; where it only comes near zero that place, too.
   void addZeros(std::vector<double>& out) const {
-    const double r = std::hypot(b, c);
-    if (!(r > 0) || std::abs(a) > r * (1 + 1e-12)) return;
-    const double middle = std::atan2(c, b) * kRadToDeg;
-    const double aside = std::acos(std::clamp(-a / r, -1.0, 1.0)) * kRadToDeg;
-    out.push_back(middle - aside);
-    out.push_back(middle + aside);
+    if (!(height() > 0) || std::abs(a) > height() * (1 + 1e-12)) return;
+    for (const double degrees : lows()) out.push_back(degrees);
   }
+};
+
+/// The directions of the linear joints with a rotary one at some angle, and behind them the way
+/// that they have to carry the tool.
+using Ways = std::array<UVec3d, kMostAxes + 4>;
+
+/// Linear joints, made three in independent directions by some that are none: these stand at 0.
+class Slides {
+ public:
+  Slides(const SolverCore& core, const Ways& somewhere) : core_(core), ways_{} {
+    for (count_ = 0; count_ < real(); ++count_) isNew(somewhere[at(count_)], 1e-9);
+    for (const UVec3d& any :
+         {UVec3d(0.31, 0.59, 0.745), UVec3d(0.83, -0.41, 0.38), UVec3d(-0.47, 0.27, 0.84)}) {
+      if (isNew(any, 0.05)) others_[at(count_++ - real())] = any;
+    }
+  }
+
+  int count() const { return count_; }
+  int real() const { return static_cast<int>(core_.slides.size()); }
+  bool isReal(int k) const { return k < real(); }
+  bool areEnough() const { return count_ == real(); }
+
+  /// With the rotary joint at 0, 90 and 180 degrees.
+  void take(int quarter, const Ways& ways) {
+    Ways& all = ways_[at(quarter)];
+    all = ways;
+    std::copy_n(others_.begin(), count_ - real(), all.begin() + real());
+    all[at(count_)] = ways[at(real())];
+  }
+
+  /// The triple product of two directions and a third, or the way (`count()`). A turn takes each of
+  /// them along or not, so that it comes and goes once a turn.
+  Wave triple(int k, int a, int b) const {
+    const auto product = [&](int quarter) {
+      const Ways& w = ways_[at(quarter)];
+      return w[at(k)] * (w[at(a)] ^ w[at(b)]);
+    };
+    return Wave::through(product(0), product(1), product(2));
+  }
+  Wave tripleOfWay(int a, int b) const { return triple(count_, a, b); }
+
+  /// Whether a joint moves across the plane of two others.
+  bool isAcross(int k, int a, int b) const {
+    const Wave w = triple(k, a, b);
+    return k != a && k != b && std::abs(w.a) + w.height() > 1e-10;
+  }
+
+  std::array<double, 2> limits(int k) const {
+    if (!isReal(k)) return {0.0, 0.0};
+    const Joint& joint = core_.joint(core_.slides[at(k)]);
+    return {joint.min, joint.max};
+  }
+
+ private:
+  bool isNew(UVec3d direction, double least) {
+    for (int i = 0; i < rank_; ++i) direction -= base_[at(i)] * (base_[at(i)] * direction);
+    if (rank_ == 3 || !(direction.norm() > least)) return false;
+    base_[at(rank_++)] = direction.normalised();
+    return true;
+  }
+
+  const SolverCore& core_;
+  std::array<Ways, 3> ways_;
+  std::array<UVec3d, 3> others_;
+  std::array<UVec3d, 3> base_;
+  int rank_ = 0;
+  int count_ = 0;
 };
 
 class Family {
@@ -50,7 +130,22 @@ class Family {
     const double start = std::clamp(query_.start(freedom_.free), joint_.min, joint_.max);
     if (take(start, values)) return true;
     if (query_.limits == Limits::ignored) return false;
-    return query_.core.slides.size() == 3 ? fromEdges(start, values) : fromSteps(start, values);
+    return fromEdges(start, values);
+  }
+
+  SolvedAngles solved(const Values& values) const {
+    const Slides slides = slidesAt(values);
+    Wave highest;
+    for (int b = 1; b < slides.count() && !slides.areEnough(); ++b) {
+      for (int a = 0; a < b; ++a) {
+        const Wave wave = slides.tripleOfWay(a, b);
+        if (isWanted(slides, a, b) && wave.height() > highest.height()) highest = wave;
+      }
+    }
+    if (!(highest.height() > kFreeMm)) return {};
+    const auto [one, other] = highest.lows();
+    if (other - one < kOneRoot) return {1, {(one + other) / 2, 0.0}};
+    return {one + kTurn - other < kOneRoot ? 1 : 2, {one, other}};
   }
 
  private:
@@ -70,9 +165,9 @@ class Family {
     return carry(query_, values);
   }
 
-  /// What bounds the members inside the limits is an end of some joint's travel. The travels of
-  /// three linear joints are quotients of two waves in the free angle: by Cramer's rule each
-  /// triple product holds directions and ways that turn with it at most once.
+  /// The linear joints carry a tool by the ways of a body whose faces lie in the planes of two of
+  /// them, those across it at a limit each. So the members inside the limits end where the way lies
+  /// on a face, or where some joint's own travel ends.
   bool fromEdges(double start, Values& values) const {
     std::vector<double> edges;
     addLinearEdges(values, edges);
@@ -86,16 +181,6 @@ class Family {
               [start](double a, double b) { return std::abs(a - start) < std::abs(b - start); });
     return std::any_of(places.begin(), places.end(),
                        [&](double place) { return take(place, values); });
-  }
-
-  /// Without such a form: degree by degree away from the start.
-  bool fromSteps(double start, Values& values) const {
-    for (int step = 1; step <= 360; ++step) {
-      for (const double place : {start + step, start - step}) {
-        if (isInside(joint_, place) && take(place, values)) return true;
-      }
-    }
-    return false;
   }
 
   void addTurned(double degrees, double start, std::vector<double>& out) const {
@@ -118,42 +203,62 @@ class Family {
   }
 
   void addLinearEdges(const Values& values, std::vector<double>& out) const {
-    const Products at0 = productsAt(0, values), at90 = productsAt(90, values),
-                   at180 = productsAt(180, values);
-    const auto wave = [&](std::size_t i) { return Wave::through(at0[i], at90[i], at180[i]); };
-    const Wave volume = wave(3);
-    for (std::size_t i = 0; i < 3; ++i) {
-      const Joint& slide = query_.core.joint(query_.core.slides[i]);
-      for (const double limit : {slide.min, slide.max}) {
-        if (std::isfinite(limit)) (wave(i) - volume * limit).addZeros(out);
+    const Slides slides = slidesAt(values);
+    for (int b = 1; b < slides.count(); ++b) {
+      for (int a = 0; a < b; ++a) {
+        addFaces(slides, slides.tripleOfWay(a, b), 0, a, b, out);
+        for (int k = b + 1; k < slides.count(); ++k) slides.triple(k, a, b).addZeros(out);
       }
     }
-    volume.addZeros(out);
   }
 
-  /// The triple products of Cramer's rule: with the way in the place of each direction, and of the
-  /// directions alone.
-  using Products = std::array<double, 4>;
+  /// Where the way, without those joints before `k` that are at a limit, lies on a face.
+  static void addFaces(const Slides& slides, const Wave& way, int k, int a, int b,
+                       std::vector<double>& out) {
+    while (k < slides.count() && !slides.isAcross(k, a, b)) ++k;
+    if (k == slides.count()) return way.addZeros(out);
+    const auto [min, max] = slides.limits(k);
+    if (std::isfinite(min)) addFaces(slides, way - slides.triple(k, a, b) * min, k + 1, a, b, out);
+    if (max == min || !std::isfinite(max)) return;
+    addFaces(slides, way - slides.triple(k, a, b) * max, k + 1, a, b, out);
+  }
 
-  Products productsAt(double degrees, Values values) const {
+  /// Whether no joint moves across the plane of two: there the way has to lie.
+  static bool isWanted(const Slides& slides, int a, int b) {
+    for (int k = 0; k < slides.real(); ++k) {
+      if (slides.isAcross(k, a, b)) return false;
+    }
+    return true;
+  }
+
+  Slides slidesAt(const Values& values) const {
+    Slides slides(query_.core, waysAt(17.3, values));
+    for (int quarter = 0; quarter < 3; ++quarter)
+      slides.take(quarter, waysAt(90 * quarter, values));
+    return slides;
+  }
+
+  Ways waysAt(double degrees, Values values) const {
     query_.value(freedom_.free, values) = degrees;
     if (freedom_.other >= 0) {
       query_.value(freedom_.other, values) = freedom_.offset + freedom_.slope * degrees;
     }
     for (const int i : query_.core.slides) query_.value(i, values) = 0.0;
-    UVec3d u[3];
+    Ways ways;
     zgeo::UMatrix placed;
     std::size_t next = 0;
     const JointChain& chain = query_.core.chain;
     for (int i = 0; i < static_cast<int>(chain.joints.size()); ++i) {
       const Joint& joint = query_.core.joint(i);
-      if (next < 3 && query_.core.slides[next] == i) placed.applyDir(u[next++] = joint.direction);
+      if (next < query_.core.slides.size() && query_.core.slides[next] == i) {
+        placed.applyDir(ways[next++] = joint.direction);
+      }
       moveBy(joint, valueOf(joint, values), placed);
     }
     UVec3d direction = chain.toolDirection;
     placed.applyDir(direction);
-    const UVec3d way = query_.target.tip - chain.tipOf({placed * chain.toolPoint, direction});
-    return {way * (u[1] ^ u[2]), u[0] * (way ^ u[2]), u[0] * (u[1] ^ way), u[0] * (u[1] ^ u[2])};
+    ways[next] = query_.target.tip - chain.tipOf({placed * chain.toolPoint, direction});
+    return ways;
   }
 
   const Query& query_;
@@ -162,6 +267,10 @@ class Family {
 };
 
 }  // namespace
+
+SolvedAngles solvedAngles(const Query& query, const Freedom& freedom, const Values& values) {
+  return Family(query, freedom).solved(values);
+}
 
 bool nearestMember(const Query& query, const Freedom& freedom, Values& values) {
   return Family(query, freedom).nearest(values);
