@@ -292,6 +292,42 @@ TEST(SolverRedundant, TwoSpareLinearAxesOfAnyDirectionMoveByTheLeast) {
   EXPECT_GT(none, count / 20);
 }
 
+// --- a seventh joint of an arm
+
+// J2, J3 and R are parallel and carry the wrist centre in a plane alone: with J1 it is carried
+// every way, so that J2, the farthest of them from the tool, is held.
+TEST(SolverRedundant, OfSevenJointsThoseAreSolvedThatCarryTheWristEveryWay) {
+  MachineLines lines;
+  lines.head = {rotary("J1", 1, {0, 0, 1}),
+                rotary("J2", 2, {0, 1, 0}, {100, 0, 300}),
+                rotary("J3", 3, {0, 1, 0}, {100, 0, 800}),
+                rotary("R", 4, {0, 1, 0}, {400, 0, 900}),
+                rotary("J4", 5, {1, 0, 0}, {400, 0, 900}),
+                rotary("J5", 6, {0, 1, 0}, {900, 0, 900}),
+                rotary("J6", 7, {1, 0, 0}, {0, 0, 900})};
+  for (AxisLine& joint : lines.head) joint.min = -180, joint.max = 180;
+  lines.toolDirection = {-1, 0, 0};
+  lines.toolPoint = {1000, 0, 900};
+  const auto machine = lines.load();
+  const Solver solver{Machine(*machine)};
+  ASSERT_EQ(solver.kind(), SolverKind::arm);
+  for (unsigned seed = 0; seed < 50; ++seed) {
+    Dice dice(seed);
+    Values made{}, start{};
+    for (std::size_t i = 0; i < 7; ++i) {
+      made[i] = dice.between(-170, 170), start[i] = dice.between(-170, 170);
+    }
+    start[1] = made[1];
+    std::vector<Solution> found;
+    solver.solve(FrameTarget{machine->getMatrix_H2T(
+                     *positionOf(*machine, {made.begin(), made.begin() + 7}))},
+                 start, found);
+    EXPECT_TRUE(std::any_of(found.begin(), found.end(), [&](const Solution& s) {
+      return farthestApart(s.values, made) < 1e-6;
+    })) << seed;
+  }
+}
+
 // --- a third rotary axis
 
 // Every two of the three turn the tool, the third stands at its start: what a search finds that

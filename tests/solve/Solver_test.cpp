@@ -105,6 +105,44 @@ TEST(SolverRefuses, ArmsWhoseLastThreeLinesDoNotMeet) {
   expectUnserved(Solver(lines.machine()), Unserved::noBallWrist);
 }
 
+/// Lines of J4, J5 and J6 that meet at (400, 0, 700), J3 beside them.
+MachineLines ballWrist() {
+  MachineLines lines;
+  lines.head = {rotary("J1", 1, {0, 0, 1}),
+                rotary("J2", 2, {0, 1, 0}, {0, 0, 300}),
+                rotary("J3", 3, {0, 1, 0}, {0, 0, 700}),
+                rotary("J4", 4, {1, 0, 0}, {0, 0, 700}),
+                rotary("J5", 5, {0, 1, 0}, {400, 0, 700}),
+                rotary("J6", 6, {0, 0, 1}, {400, 0, 700})};
+  lines.toolPoint = {500, 0, 700};
+  return lines;
+}
+
+TEST(SolverRefuses, ArmsWhoseThirdLinePassesThroughTheWristCentre) {
+  MachineLines lines = ballWrist();
+  EXPECT_EQ(Solver(lines.machine()).kind(), SolverKind::arm);
+  lines.head[2].point = {400, 50, 700};
+  expectUnserved(Solver(lines.machine()), Unserved::wristOnThird);
+  EXPECT_STREQ(toString(Unserved::wristOnThird), "wrist-on-third");
+}
+
+TEST(SolverRefuses, LinearAxesThatPartTheLinesOfAWrist) {
+  for (const std::ptrdiff_t behind : {4, 5}) {
+    for (const UVec3d& along : {UVec3d(1, 0, 0), UVec3d(0, 1, 0), UVec3d(0, 0, 1)}) {
+      MachineLines lines = ballWrist();
+      lines.head.insert(lines.head.begin() + behind, linear("S", 7, along));
+      const Solver solver(lines.machine());
+      if (behind == 5 && along.z == 1) {  // J6 goes along itself: they meet where they met
+        EXPECT_EQ(solver.kind(), SolverKind::arm);
+      } else {
+        expectUnserved(solver, Unserved::splitWrist);
+      }
+    }
+  }
+  EXPECT_STREQ(toString(Unserved::splitWrist), "split-wrist");
+  EXPECT_STREQ(toString(Unserved::solvedSample), "solved-sample");
+}
+
 TEST(SolverRefuses, TargetsThatAreNone) {
   const Solver solver(forkHead().machine());
   const UVec3d up(0, 0, 1);

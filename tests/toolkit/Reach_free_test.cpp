@@ -115,6 +115,17 @@ TEST(FreeAxis, TheRailMovesAsFarAsTheStretchedArmNeedsIt) {
   EXPECT_NEAR(at["RAIL"], 999, 1e-8);
 }
 
+TEST(FreeAxis, TheRailWithoutLimitsMovesAsFar) {
+  Machine machine = machineOf(kRailArm);
+  machine->getElemByName("RAIL")->setMin(0, false);
+  machine->getElemByName("RAIL")->setMax(0, false);
+  Reach reach(machine);
+  expectMoved(machine, reach.nearest({{0, 30000, 600}, {0, 1, -1}}, machine.position()), "RAIL",
+              29100);
+  expectMoved(machine, reach.nearest({{0, -2000, 600}, {0, 1, -1}}, machine.position()), "RAIL",
+              -1100);
+}
+
 TEST(FreeAxis, StaysWhereItStartsWhereThatReaches) {
   const Machine machine = machineOf(kRailArm);
   const Answer answer = Reach(machine).nearest({{0, 700, 600}, {0, 1, -1}}, machine.position());

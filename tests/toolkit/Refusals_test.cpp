@@ -29,6 +29,18 @@ const double kPumaReach = std::hypot(431.8 + std::hypot(20.3, 431.8), 150.05);
 constexpr const char* kHead = "frame\npart=x,y,0,0,0\nlien=BATI\n";
 
 // J4 and J5 meet at (400, 0, 1100); the line of J6, parallel to that of J4, passes 12.5 beside it.
+constexpr const char* kWristOnThird =
+    "frame\npart=x,y,0,0,0\nlien=BATI\nrotation=J1,1,+z,0,0,0,0,0\n"
+    "rotation=J2,2,+y,0,0,100,0,600\nrotation=J3,3,+y,0,0,800,0,1400\n"
+    "rotation=J4,4,+x,0,0,800,0,1400\nrotation=J5,5,+y,0,0,800,0,1400\n"
+    "rotation=J6,6,+z,0,0,800,0,1400\ntool=-x,900,0,1400\n";
+
+constexpr const char* kSplitWrist =
+    "frame\npart=x,y,0,0,0\nlien=BATI\nrotation=J1,1,+z,0,0,0,0,0\n"
+    "rotation=J2,2,+y,0,0,100,0,600\nrotation=J3,3,+y,0,0,100,0,1300\n"
+    "rotation=J4,4,+x,0,0,800,0,1400\naxis=S,7,+z\nrotation=J5,5,+y,0,0,800,0,1400\n"
+    "rotation=J6,6,+x,0,0,800,0,1400\ntool=-x,900,0,1400\n";
+
 constexpr const char* kOffsetWrist =
     "frame\npart=x,y,0,0,0\nlien=BATI\n"
     "rotation=J1,1,+z,0,0,0,0,0\nrotation=J2,2,-y,0,0,0,0,600\nrotation=J3,3,-y,0,0,400,0,600\n"
@@ -281,6 +293,32 @@ std::vector<Refusal> refusals() {
        "nor does the library's own solver serve it",
        "aucune solution analytique pour cette machine : les axes J4, J5 et J6 ne se coupent pas en "
        "un point : écart de 12.5 mm ; le solveur de la bibliothèque ne la traite pas non plus"},
+      {"WristOnThirdAxis",
+       machineOf(kWristOnThird),
+       {},
+       {{900, 0, 1400}, {-1, 0, 0}},
+       Reason::noSolver,
+       0,
+       Unit::none,
+       "no closed form serves this machine: the line of J3 passes through the point where those of "
+       "J4, J5 and J6 meet, so that J3 does not carry it; nor does the library's own solver serve "
+       "it",
+       "aucune solution analytique pour cette machine : l'axe J3 passe par le point où se coupent "
+       "les axes J4, J5 et J6, si bien que J3 ne le déplace pas ; le solveur de la bibliothèque ne "
+       "la traite pas non plus"},
+      {"SplitWrist",
+       machineOf(kSplitWrist),
+       {},
+       {{900, 0, 1400}, {-1, 0, 0}},
+       Reason::noSolver,
+       0,
+       Unit::none,
+       "no closed form serves this machine: S moves between the axes of the wrist, J4, J5 and J6, "
+       "whose lines therefore do not always meet in one point; nor does the library's own solver "
+       "serve it",
+       "aucune solution analytique pour cette machine : S se déplace entre les axes du poignet, "
+       "J4, J5 et J6, qui ne se coupent donc pas toujours en un point ; le solveur de la "
+       "bibliothèque ne la traite pas non plus"},
   };
 }
 

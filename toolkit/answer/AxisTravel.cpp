@@ -9,6 +9,8 @@
 #include "toolkit/answer/Cones.h"
 #include "toolkit/answer/Values.h"
 
+using zgeo::UVec3d;
+
 namespace korvo {
 namespace {
 
@@ -27,6 +29,22 @@ Solver lockedSolver(const Machine& machine, SolverOptions options, int place) {
 const Joint& jointAt(const JointChain& chain, int place) {
   return *std::find_if(chain.joints.begin(), chain.joints.end(),
                        [place](const Joint& joint) { return joint.place == place; });
+}
+
+/// How far (mm) a linear axis may have to go for a target: no tip is farther from where it stands
+/// than the ways from each rotary axis to the next, there and back.
+double farthest(const JointChain& chain, const Target& target, const Values& from) {
+  double ways = 0.0;
+  const UVec3d* last = nullptr;
+  const auto add = [&](const UVec3d& point) {
+    if (last) ways += point.distanceTo(*last);
+    last = &point;
+  };
+  for (const Joint& joint : chain.joints) {
+    if (joint.motion == Joint::Motion::turn) add(joint.point);
+  }
+  add(chain.toolPoint);
+  return chain.tipOf(chain.pose(from)).distanceTo(target.tip) + 2 * (ways + chain.toolLength);
 }
 
 }  // namespace
@@ -56,8 +74,12 @@ class AxisTravel::Search {
     const Joint& joint = travel.joint_;
     const double start = std::clamp(from[at(joint.place)], joint.min, joint.max);
     const bool isTurn = joint.motion == Joint::Motion::turn;
-    low_ = isTurn ? std::max(joint.min, start - kTurn) : joint.min;
-    high_ = isTurn ? std::min(joint.max, start + kTurn) : joint.max;
+    const bool isEndless = !std::isfinite(joint.max - joint.min);
+    const double most = isTurn      ? kTurn
+                        : isEndless ? farthest(travel.solver_.chain(), target, from)
+                                    : joint.max - joint.min;
+    low_ = std::max(joint.min, start - most);
+    high_ = std::min(joint.max, start + most);
     apart_ = isTurn ? kDegreesApart : (high_ - low_) / kPlaces;
     if (std::isfinite(apart_)) tried_ = {tryAt(start)};
   }

@@ -26,7 +26,8 @@ class AxisTravel {
     std::optional<Candidate> miss;    ///< Without that: what comes nearest.
   };
 
-  /// Nothing of a linear axis that lacks a limit: its travel has no places.
+  /// A linear axis that lacks a limit is tried as far as it could bring a target within the reach
+  /// of what it carries.
   Found explore(const Target& target, const Values& from) const;
 
   /// Whether the target is reached with the axis where `from` has it.

@@ -107,6 +107,15 @@ inline constexpr Text kNoBallWrist{"the lines of {0} miss each other by {1}",
                                    "les axes {0} ne se coupent pas en un point : écart de {1}"};
 inline constexpr Text kNoWristPoint{"the lines of {0} have no point in common",
                                     "les axes {0} n'ont aucun point commun"};
+inline constexpr Text kWristOnThird{
+    "the line of {0} passes through the point where those of {1} meet, so that {0} does not carry "
+    "it",
+    "l'axe {0} passe par le point où se coupent les axes {1}, si bien que {0} ne le déplace pas"};
+inline constexpr Text kSplitWrist{
+    "{0} moves between the axes of the wrist, {1}, whose lines therefore do not always meet in one "
+    "point",
+    "{0} se déplace entre les axes du poignet, {1}, qui ne se coupent donc pas toujours en un "
+    "point"};
 inline constexpr Text kSolvedSample{
     "a target does not leave {0} free to choose: an axis that is solved for is not sampled",
     "une cible ne laisse pas {0} au choix : un axe que le calcul détermine ne s'échantillonne pas"};

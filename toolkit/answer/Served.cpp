@@ -128,6 +128,10 @@ class Saying {
         return askLibrary(filled(sentences::kFewJoints, {static_cast<int>(slides.size()),
                                                          static_cast<int>(turns.size())}));
       }
+      case Unserved::wristOnThird:
+        return askLibrary(wristOnThird(turns));
+      case Unserved::splitWrist:
+        return askLibrary(splitWrist(chain, turns));
       default:
         return askLibrary(noBallWrist(chain, turns));
     }
@@ -157,6 +161,21 @@ class Saying {
     served_.apartMm = apart.value_or(0.0);
     if (!apart) return filled(sentences::kNoWristPoint, {names(served_.unsuited)});
     return filled(sentences::kNoBallWrist, {names(served_.unsuited), millimetres(*apart)});
+  }
+
+  Words wristOnThird(const Joints& turns) const {
+    served_.unsuited = {(*(turns.end() - 4))->place};
+    return filled(sentences::kWristOnThird,
+                  {names(served_.unsuited), names(placesOf({turns.end() - 3, turns.end()}))});
+  }
+
+  Words splitWrist(const JointChain& chain, const Joints& turns) const {
+    const Joint* const first = *(turns.end() - 3);
+    for (const Joint* slide : axesOf(chain, Joint::Motion::slide)) {
+      if (slide > first && slide < turns.back()) served_.unsuited.push_back(slide->place);
+    }
+    return filled(sentences::kSplitWrist,
+                  {names(served_.unsuited), names(placesOf({turns.end() - 3, turns.end()}))});
   }
 
   // The library's arm solver asks for more of an arm than the closed form.

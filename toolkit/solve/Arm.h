@@ -8,6 +8,7 @@
 #include "platform/rotations/ThreeAxes.h"
 #include "toolkit/model/JointChain.h"
 #include "toolkit/solve/Cone.h"
+#include "toolkit/solve/Solver.h"
 
 namespace korvo {
 
@@ -15,13 +16,18 @@ namespace korvo {
 /// maker states is a hundred times larger.
 inline constexpr double kMeeting = rotations::kCoincidentDistance;
 
-/// Six rotary joints of a chain whose last three lines meet in one point, the wrist centre, which
-/// does not lie on the third line: of all such six those nearest the tool. All other joints of the
-/// chain are held while these are solved.
+/// Six rotary joints of a chain: the last three are neighbours whose lines meet in one point, the
+/// wrist centre, and the first three carry it, which the third does not where the centre lies on
+/// its line. Of all such six those nearest the tool whose first three carry the centre every way,
+/// else those nearest the tool. All other joints of the chain are held while these are solved.
 class ArmShape {
  public:
-  /// Nothing when no three lines of successive rotary joints, behind three others, meet.
+  /// Nothing when no three lines of successive rotary joints, behind three others, meet wherever
+  /// the other joints stand.
   static std::optional<ArmShape> of(const JointChain& chain);
+
+  /// Why there is none of a chain of six rotary joints or more, by the three nearest the tool.
+  static Unserved whyNot(const JointChain& chain);
 
   /// How far (mm) the lines of the last three rotary joints miss one point; nothing with fewer than
   /// six, or where two neighbours among them are parallel.

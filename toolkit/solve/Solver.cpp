@@ -142,7 +142,7 @@ SolverCore::SolverCore(const JointChain& c, const SolverOptions& o) : chain(c), 
   } else if (rotary >= 6 && (arm = ArmShape::of(chain))) {
     kind = SolverKind::arm;
   } else if (linear < 3 && rotary > 2) {
-    unserved = rotary < 6 ? Unserved::fewJoints : Unserved::noBallWrist;
+    unserved = rotary < 6 ? Unserved::fewJoints : ArmShape::whyNot(chain);
   } else {
     constexpr SolverKind kinds[] = {SolverKind::linear, SolverKind::oneRotary,
                                     SolverKind::twoRotary};
@@ -222,8 +222,9 @@ const char* toString(SolverKind kind) {
 }
 
 const char* toString(Unserved reason) {
-  static constexpr const char* kNames[] = {"served",     "no-tool",       "coupled-axes",
-                                           "few-joints", "no-ball-wrist", "solved-sample"};
+  static constexpr const char* kNames[] = {"served",      "no-tool",       "coupled-axes",
+                                           "few-joints",  "no-ball-wrist", "wrist-on-third",
+                                           "split-wrist", "solved-sample"};
   return kNames[static_cast<std::size_t>(reason)];
 }
 

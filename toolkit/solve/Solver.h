@@ -32,14 +32,16 @@ enum class Unserved {
   coupledAxes,   ///< One value moves two joints.
   fewJoints,     ///< Neither three linear axes nor six joints, and three rotary axes or more.
   noBallWrist,   ///< Six joints or more, whose last three do not meet in one point.
+  wristOnThird,  ///< They meet on the line of the joint in front of them, which carries it nowhere.
+  splitWrist,    ///< They meet only where a linear axis between them stands at zero.
   solvedSample,  ///< The options sample an axis that a target does not leave free to choose.
 };
 
 /// "none", "linear", "one-rotary", "two-rotary", "more-rotary", "arm".
 KORVO_TOOLKIT_API const char* toString(SolverKind kind);
 
-/// "served", "no-tool", "coupled-axes", "few-joints", "no-ball-wrist",
-/// "solved-sample".
+/// "served", "no-tool", "coupled-axes", "few-joints", "no-ball-wrist", "wrist-on-third",
+/// "split-wrist", "solved-sample".
 KORVO_TOOLKIT_API const char* toString(Unserved reason);
 
 /// What an axis does that a target leaves free to choose: a second linear axis beside another, a
@@ -55,7 +57,8 @@ struct Redundancy {
 
   Rule rule = Rule::start;
   double value = 0.0;  ///< mm or degrees.
-  int samples = 2;     ///< At least 2; an axis without both limits has its start alone.
+  int samples = 2;     ///< At least 2; an axis without both limits has its start alone,
+                       ///< one without travel between them that place.
 };
 
 struct SolverOptions {
