@@ -39,7 +39,7 @@ constexpr const char* kSplitWrist =
     "frame\npart=x,y,0,0,0\nlien=BATI\nrotation=J1,1,+z,0,0,0,0,0\n"
     "rotation=J2,2,+y,0,0,100,0,600\nrotation=J3,3,+y,0,0,100,0,1300\n"
     "rotation=J4,4,+x,0,0,800,0,1400\naxis=S,7,+z\nrotation=J5,5,+y,0,0,800,0,1400\n"
-    "rotation=J6,6,+x,0,0,800,0,1400\ntool=-x,900,0,1400\n";
+    "rotation=J6,6,+x,0,0,800,0,1400\ntool=-x,800,0,1400\n";
 
 constexpr const char* kOffsetWrist =
     "frame\npart=x,y,0,0,0\nlien=BATI\n"
@@ -309,7 +309,7 @@ std::vector<Refusal> refusals() {
       {"SplitWrist",
        machineOf(kSplitWrist),
        {},
-       {{900, 0, 1400}, {-1, 0, 0}},
+       {{800, 0, 1400}, {-1, 0, 0}},
        Reason::noSolver,
        0,
        Unit::none,

@@ -131,7 +131,8 @@ class Saying {
       case Unserved::wristOnThird:
         return askLibrary(wristOnThird(turns));
       case Unserved::splitWrist:
-        return askLibrary(splitWrist(chain, turns));
+        // The library's arm solver takes the wrist for whole, and misses.
+        return filled(sentences::kNorLibrary, {splitWrist(chain, turns)});
       default:
         return askLibrary(noBallWrist(chain, turns));
     }

@@ -134,9 +134,10 @@ class Family {
   }
 
   SolvedAngles solved(const Values& values) const {
+    if (somewhere(values).areEnough()) return {};
     const Slides slides = slidesAt(values);
     Wave highest;
-    for (int b = 1; b < slides.count() && !slides.areEnough(); ++b) {
+    for (int b = 1; b < slides.count(); ++b) {
       for (int a = 0; a < b; ++a) {
         const Wave wave = slides.tripleOfWay(a, b);
         if (isWanted(slides, a, b) && wave.height() > highest.height()) highest = wave;
@@ -231,8 +232,11 @@ class Family {
     return true;
   }
 
+  /// At an angle that is like almost all others.
+  Slides somewhere(const Values& values) const { return {query_.core, waysAt(17.3, values)}; }
+
   Slides slidesAt(const Values& values) const {
-    Slides slides(query_.core, waysAt(17.3, values));
+    Slides slides = somewhere(values);
     for (int quarter = 0; quarter < 3; ++quarter)
       slides.take(quarter, waysAt(90 * quarter, values));
     return slides;
