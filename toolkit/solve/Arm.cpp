@@ -6,6 +6,7 @@
 #include <limits>
 #include <numbers>
 
+#include "toolkit/solve/ArmFamily.h"
 #include "toolkit/solve/Cone.h"
 #include "toolkit/solve/Core.h"
 #include "toolkit/solve/PairArm.h"
@@ -100,6 +101,7 @@ class ArmTask {
   void solve() {
     if (query_.frame) return byFrame(*query_.frame, {-1, -1});
     if (isCoaxial()) return byDirection();
+    if (!query_.takesMissed) return byTurns();
     forEachFrame([this](const UMatrix& frame) { byFrame(frame, {place(5), -1}); });
   }
 
@@ -130,11 +132,12 @@ class ArmTask {
     return standing_.behind * (chain.toolPoint - chain.toolDirection * chain.toolLength);
   }
 
-  /// Whether the last joint turns the tool about itself.
+  /// Whether the last joint turns the tool about itself, as near as counts as reached.
   bool isCoaxial() const {
     const UVec3d& z = axis(5);
-    return (z ^ toolDirection()).norm() <= rotations::kOnAxis &&
-           ((tip() - standing_.centre) ^ z).norm() <= 1e-12 * query_.core.arm->shoulder().size();
+    const UVec3d way = tip() - standing_.centre;
+    const double aside = (z ^ toolDirection()).norm();
+    return aside <= kReachedRad / 2 && (way ^ z).norm() + aside * way.norm() <= kReachedMm / 2;
   }
 
   // --- the wrist centre
@@ -158,17 +161,18 @@ class ArmTask {
   template <typename Visit>
   void forEachReached(const UVec3d& centre, Visit visit) {
     const rotations::ThreeAnglesList list = axes().solve(plain(centre));
-    const auto visitAs = [&](const rotations::ThreeAngles& a) {
-      Reached reached{a, {}, {}};
-      reached.branch.shoulder = static_cast<std::int8_t>(a.shoulder);
-      reached.branch.elbow = static_cast<std::int8_t>(a.elbow);
-      reached.singular.elbowRad = a.elbowRad;
-      reached.singular.shoulderMm = a.shoulderMm;
-      visit(reached);
-    };
-    for (const rotations::ThreeAngles& a : list) visitAs(a);
+    for (const rotations::ThreeAngles& a : list) visit(reachedBy(a));
     const bool isMissed = list.count == 0 && list.reach != rotations::Reach::undefined;
-    if (isMissed && query_.takesMissed) visitAs(axes().nearest(plain(centre)).angles);
+    if (isMissed && query_.takesMissed) visit(reachedBy(axes().nearest(plain(centre)).angles));
+  }
+
+  static Reached reachedBy(const rotations::ThreeAngles& a) {
+    Reached reached{a, {}, {}};
+    reached.branch.shoulder = static_cast<std::int8_t>(a.shoulder);
+    reached.branch.elbow = static_cast<std::int8_t>(a.elbow);
+    reached.singular.elbowRad = a.elbowRad;
+    reached.singular.shoulderMm = a.shoulderMm;
+    return reached;
   }
 
   static std::array<double, 3> anglesOf(const rotations::ThreeAngles& a) {
@@ -311,7 +315,7 @@ class ArmTask {
   }
 
   void byFrame(const UMatrix& frame, const std::array<int, 2>& freePlaces) {
-    if (!query_.frame && solveRegular(query_, values_, frame, freePlaces)) return;
+    if (!query_.frame && !isFreeOnly_ && solveRegular(query_, values_, frame, freePlaces)) return;
     const UMatrix motion = motionTo(frame);
     forEachReached(motion * standing_.centre, [&](const Reached& reached) {
       forEachShoulder(reached, [&](int free) {
@@ -336,6 +340,7 @@ class ArmTask {
         isAdded |= addStraight(pair.a2, wrist, reached.branch, singular, freePlaces);
         continue;
       }
+      if (isFreeOnly_ && freePlaces[1] < 0) continue;
       Branch branch = reached.branch;
       if (pairs.count == 2) branch.wrist = sideOf(pair.a2);
       isAdded |=
@@ -446,10 +451,8 @@ class ArmTask {
     return query_.out.size() > before;
   }
 
-  /// The tool may be turned about its direction: as the start has it, turned the shortest way, and
-  /// by even steps from there. What is free is named by the last joint.
-  template <typename Visit>
-  void forEachFrame(Visit visit) const {
+  /// The tool as the start has it, turned the shortest way.
+  UMatrix shortestFrame() const {
     const JointChain& chain = query_.core.chain;
     UMatrix start = chain.motion(query_.from);
     start.setOrigin({});
@@ -458,19 +461,119 @@ class ArmTask {
     const double angle = angleBetween(from, query_.direction);
     UMatrix shortest;
     turnBy(normal.norm() > 1e-12 ? normal : squareTo(from), {}, angle, shortest);
+    return shortest * start;
+  }
+
+  UMatrix turnedFrame(const UMatrix& shortest, double angle) const {
+    UMatrix about;
+    turnBy(query_.direction, {}, angle, about);
+    UMatrix frame = about * shortest;
+    frame.setOrigin(query_.target.tip);
+    return frame;
+  }
+
+  template <typename Visit>
+  void forEachFrame(Visit visit) const {
+    const UMatrix shortest = shortestFrame();
     const int turns = std::max(query_.core.options.toolTurns, 1);
     for (int k = 0; k < turns; ++k) {
-      UMatrix about;
-      turnBy(query_.direction, {}, 2 * std::numbers::pi * k / turns, about);
-      UMatrix frame = about * shortest * start;
-      frame.setOrigin(query_.target.tip);
-      visit(frame);
+      visit(turnedFrame(shortest, 2 * std::numbers::pi * k / turns));
+    }
+  }
+
+  // --- curves
+
+  ArmCircle circleOf(int free) const {
+    ArmCircle circle;
+    circle.free = free;
+    circle.steps = query_.core.options.toolTurns;
+    for (int k = 0; k < 6; ++k) {
+      const Joint joint = pinned(k);
+      const auto [low, high] = listedRange(joint, start(k));
+      const bool isEndless = query_.limits == Limits::ignored && !joint.isLocked;
+      circle.ranges[at(k)] = {low, high, start(k), isEndless};
+    }
+    return circle;
+  }
+
+  void addMembers(const ArmMembers& members, const std::array<int, 2>& freePlaces) {
+    for (const ArmMember& member : members.list) {
+      for (int k = 0; k < 6; ++k) value(k) = member.way.degrees[at(k)];
+      add(query_, values_, member.way.branch, member.way.singular, freePlaces);
+    }
+  }
+
+  /// The tool may be turned about its direction, and the last joint follows: it is what is free.
+  void byTurns() {
+    thread_local ArmMembers members;
+    const UMatrix shortest = shortestFrame();
+    ArmCircle circle = circleOf(5);
+    circle.waysAt = [this, &shortest](double angle) {
+      return waysAt(turnedFrame(shortest, angle));
+    };
+    followCircle(circle, members);
+    addMembers(members, {place(5), -1});
+    isFreeOnly_ = true;
+    for (const double angle : members.singular) {
+      byFrame(turnedFrame(shortest, angle), {place(5), -1});
+    }
+  }
+
+  /// All ways for a frame that leave no joint free.
+  ArmWays waysAt(const UMatrix& frame) {
+    const UMatrix motion = motionTo(frame);
+    const rotations::ThreeAnglesList list = axes().solve(plain(motion * standing_.centre));
+    ArmWays ways;
+    ways.missing[4] = list.count > 0 ? 0.0 : list.missMm / axes().size();
+    for (const rotations::ThreeAngles& angles : list) {
+      const std::array<double, 3> three = anglesOf(angles);
+      if (std::count(three.begin(), three.end(), kFreeAngle) > 0) {
+        setSingular(angles, ways);
+        continue;
+      }
+      for (int k = 0; k < 3; ++k) value(k) = three[at(k)] * kRadToDeg;
+      addWays(reachedBy(angles), rigidInverse(shoulderTurn()) * motion, ways);
+    }
+    return ways;
+  }
+
+  static std::size_t sideOf(const rotations::ThreeAngles& a) {
+    return (a.shoulder < 0 ? 2u : 0u) + (a.elbow < 0 ? 1u : 0u);
+  }
+
+  static void setSingular(const rotations::ThreeAngles& angles, ArmWays& ways) {
+    ways.isSingular = true;
+    ways.clear[sideOf(angles)] = 0.0;
+  }
+
+  /// The first three joints stand in `values_`.
+  void addWays(const Reached& reached, const UMatrix& wrist, ArmWays& ways) {
+    const UVec3d to = turned(wrist, axis(5));
+    const rotations::TwoAnglesList pairs = wristPairs(to);
+    ArmWay way;
+    for (int k = 0; k < 3; ++k) way.degrees[at(k)] = value(k);
+    way.branch = reached.branch;
+    way.singular = singularOf(reached, to);
+    const std::size_t side = sideOf(reached.angles);
+    ways.missing[side] = pairs.count > 0 ? 0.0 : wristBand().missing(angleBetween(axis(3), to));
+    ways.clear[side] = std::min(way.singular.directionRad, way.singular.shoulderMm / axes().size());
+    for (const rotations::TwoAngles& pair : pairs) {
+      if (pair.a1 == kFreeAngle) {
+        setSingular(reached.angles, ways);
+        continue;
+      }
+      if (pairs.count == 2) way.branch.wrist = sideOf(pair.a2);
+      way.degrees[3] = pair.a1 * kRadToDeg;
+      way.degrees[4] = pair.a2 * kRadToDeg;
+      way.degrees[5] = lastTurn(pair.a1, pair.a2, wrist);
+      ways.add(way);
     }
   }
 
   const Query& query_;
   Values& values_;
   Standing standing_;
+  bool isFreeOnly_ = false;  ///< Of a frame only what leaves a joint free.
 };
 
 void solveStanding(const Query& query, Values& values) {
