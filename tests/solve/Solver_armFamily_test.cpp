@@ -90,7 +90,7 @@ TEST(SolverArmFamily, CountsAToolBesideTheLineByLessThanIsReachedAsOnIt) {
   std::vector<std::size_t> counts;
   for (const double aside : {0.0, 1e-7}) {
     const auto machine = torch({}, {-1, 0, 0}, {1000, 0, 1400 + aside});
-    const Target target = tipAt(*machine, {0, 10, -10, 20, 50, 0});
+    const Target target = tipAt(*machine, {5, 10, -10, 20, 50, 0});
     const auto found = solutionsOf(Solver(Machine(*machine)), target, start);
     counts.push_back(found.size());
     for (const Solution& s : found) {
@@ -140,11 +140,9 @@ FamilyAsked familyOf(Kind kind, Dice& dice) {
   asked.arm = sphericalArm(dice, wishes);
   asked.machine = asked.arm.load();
   for (int i = 0; i < 6; ++i) {
-    const KMachineElem& axis = axisOf(*asked.machine, i);
-    const auto any = [&] {
-      return dice.between(wishes.hasLimits ? axis.getMin() : -180,
-                          wishes.hasLimits ? axis.getMax() : 180);
-    };
+    KMachineElem& axis = axisOf(*asked.machine, i);
+    if (!wishes.hasLimits) limit(axis, -200, 200);
+    const auto any = [&] { return dice.between(axis.getMin(), axis.getMax()); };
     asked.made[static_cast<std::size_t>(i)] = any();
     asked.start[static_cast<std::size_t>(i)] = any();
   }

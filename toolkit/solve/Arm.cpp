@@ -149,7 +149,7 @@ class ArmTask {
   static bool isShorter(const Shortfall& a, const Shortfall& b) { return a.mm < b.mm; }
 
   Shortfall shortfallAt(const UVec3d& centre) const {
-    if (axes().solve(plain(centre)).count > 0) return {};
+    if (axes().solutions(plain(centre)).count > 0) return {};
     const rotations::NearestAngles nearest = axes().nearest(plain(centre));
     UMatrix m;
     const std::array<double, 3> angles = anglesOf(nearest.angles);
@@ -160,7 +160,7 @@ class ArmTask {
 
   template <typename Visit>
   void forEachReached(const UVec3d& centre, Visit visit) {
-    const rotations::ThreeAnglesList list = axes().solve(plain(centre));
+    const rotations::ThreeAnglesList list = axes().solutions(plain(centre));
     for (const rotations::ThreeAngles& a : list) visit(reachedBy(a));
     const bool isMissed = list.count == 0 && list.reach != rotations::Reach::undefined;
     if (isMissed && query_.takesMissed) visit(reachedBy(axes().nearest(plain(centre)).angles));
@@ -508,8 +508,8 @@ class ArmTask {
     thread_local ArmMembers members;
     const UMatrix shortest = shortestFrame();
     ArmCircle circle = circleOf(5);
-    circle.waysAt = [this, &shortest](double angle) {
-      return waysAt(turnedFrame(shortest, angle));
+    circle.waysAt = [this, &shortest](double angle, const Branch* side) {
+      return waysAt(turnedFrame(shortest, angle), side);
     };
     followCircle(circle, members);
     addMembers(members, {place(5), -1});
@@ -519,13 +519,15 @@ class ArmTask {
     }
   }
 
-  /// All ways for a frame that leave no joint free.
-  ArmWays waysAt(const UMatrix& frame) {
+  /// All ways for a frame that leave no joint free; see ArmCircle.
+  ArmWays waysAt(const UMatrix& frame, const Branch* side) {
     const UMatrix motion = motionTo(frame);
-    const rotations::ThreeAnglesList list = axes().solve(plain(motion * standing_.centre));
+    const rotations::Vec3 centre = plain(motion * standing_.centre);
+    const rotations::ThreeAnglesList list = side ? axes().solutions(centre) : axes().solve(centre);
     ArmWays ways;
-    ways.missing[4] = list.count > 0 ? 0.0 : list.missMm / axes().size();
+    ways.missing[4] = list.missMm / axes().size();
     for (const rotations::ThreeAngles& angles : list) {
+      if (side && (angles.shoulder != side->shoulder || angles.elbow != side->elbow)) continue;
       const std::array<double, 3> three = anglesOf(angles);
       if (std::count(three.begin(), three.end(), kFreeAngle) > 0) {
         setSingular(angles, ways);

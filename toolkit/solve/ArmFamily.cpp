@@ -133,6 +133,7 @@ struct Stop {
   double x = 0.0;
   Angles degrees{};
   Angles slopes{};  ///< For each 1 of x.
+  SingularDistance singular;
 };
 
 /// Storage that a thread keeps.
@@ -170,7 +171,7 @@ class Follower {
  private:
   // --- places of the circle
 
-  ArmWays waysAt(double t) const { return circle_.waysAt(t); }
+  ArmWays waysAt(double t, const Branch* side = nullptr) const { return circle_.waysAt(t, side); }
 
   Node nodeAt(double t) const {
     Node node;
@@ -204,8 +205,12 @@ class Follower {
       const Node& before = s_.nodes[i == 0 ? last - 1 : i - 1];
       const Node& after = s_.nodes[i + 1];
       const double here = value(s_.nodes[i].ways);
-      if (!(here > 0 && here <= value(before.ways) && here <= value(after.ways))) continue;
-      if (std::isfinite(here)) visit(i == 0 ? before.t - kWholeCircle : before.t, after.t);
+      const double lower = value(before.ways), upper = value(after.ways);
+      if (!(here > 0 && here <= lower && here <= upper && std::isfinite(here))) continue;
+      // Not every low can go down to nothing: its square is nearly a parabola.
+      const double steepest = std::max(std::abs(upper - here), std::abs(lower - here));
+      if (here > steepest) continue;
+      visit(i == 0 ? before.t - kWholeCircle : before.t, after.t);
     }
   }
 
@@ -261,20 +266,18 @@ class Follower {
 
   /// Places between nodes where the wrist is straight or its centre over the first joint.
   void addSingular() {
-    constexpr double kFar = 0.4;
     for (std::size_t i = 0; i + 1 < s_.nodes.size(); ++i) {
       if (s_.nodes[i].ways.isSingular) out_.singular.push_back(s_.nodes[i].t);
     }
     for (std::size_t k = 0; k < 4; ++k) {
       const auto clear = [k](const ArmWays& ways) { return ways.clear[k]; };
-      forEachLow([&](const ArmWays& ways) { return clear(ways) < kFar ? clear(ways) : kFar; },
-                 [&](double a, double b) {
-                   const double t = lowestBetween(a, b, [&](double x) {
-                     const double here = clear(waysAt(x));
-                     return std::isfinite(here) ? here : 0.0;
-                   });
-                   if (waysAt(t).isSingular) addSingular(onCircle(t));
-                 });
+      forEachLow(clear, [&](double a, double b) {
+        const double t = lowestBetween(a, b, [&](double x) {
+          const double here = clear(waysAt(x));
+          return std::isfinite(here) ? here : 0.0;
+        });
+        if (waysAt(t).isSingular) addSingular(onCircle(t));
+      });
     }
   }
 
@@ -314,7 +317,8 @@ class Follower {
   void walkThrough(const Node& a, const Node& b, const ArmWay& way, const ArmWay& end,
                    bool isFirst) {
     const Run run{a.t, b.t, -1, way};
-    Stop from{0.0, way.degrees, {}}, to{1.0, lifted(end.degrees, way.degrees), {}};
+    Stop from{0.0, way.degrees, {}, way.singular};
+    Stop to{1.0, lifted(end.degrees, way.degrees), {}, end.singular};
     const bool isWide = b.t - a.t > 100 * kSlopeStep;
     const double step = kSlopeStep / (b.t - a.t);
     if (!isWide || !slopeBy(a.after, way, step, from)) setSlopes(run, from, 1.0);
@@ -336,13 +340,13 @@ class Follower {
   }
 
   void begin(const Run& run, const Stop& from, bool isFirst) {
-    touch(run, from.degrees);
+    touch(run, from);
     if (isFirst && run.fold != 0) s_.first.insert(s_.first.end(), s_.now.begin(), s_.now.end());
   }
 
   /// The last place towards `to` where a way is; two that meet end at one.
   double endOf(const ArmWay& way, double from, double to) {
-    const auto isAt = [&](double t) { return matchOf(waysAt(t), way) >= 0; };
+    const auto isAt = [&](double t) { return matchOf(waysAt(t, &way.branch), way) >= 0; };
     const auto isWithin = [&](double t) { return (t - from) * (to - t) >= 0; };
     if (isWithin(end_) && isWithin(beyond_) && isAt(end_) && !isAt(beyond_)) return end_;
     double is = from, isNot = to;
@@ -359,13 +363,14 @@ class Follower {
   // --- along one way
 
   bool stopAt(const Run& run, double x, const Angles& near, Stop& out) const {
-    const ArmWays ways = waysAt(run.at(x));
+    const ArmWays ways = waysAt(run.at(x), &run.way.branch);
     ArmWay here = run.way;
     here.degrees = near;
     const int i = matchOf(ways, here);
     if (i < 0) return false;
     out.x = x;
     out.degrees = lifted(ways.list[at(i)].degrees, near);
+    out.singular = ways.list[at(i)].singular;
     return true;
   }
 
@@ -399,7 +404,7 @@ class Follower {
     if (std::abs(run.at(b.x) - run.at(a.x)) < kShortest ||
         !stopAt(run, std::midpoint(a.x, b.x), middle, m)) {
       s_.now.clear();
-      return touch(run, b.degrees);
+      return touch(run, b);
     }
     setSlopes(run, m, b.x - a.x);
     walkRun(run, a, m);
@@ -434,7 +439,7 @@ class Follower {
     sortStops();
     for (std::size_t i = 1; i < s_.stops.size(); ++i) {
       pass(s_.stops[i - 1].degrees, s_.stops[i].degrees);
-      touch(run, s_.stops[i].degrees);
+      touch(run, s_.stops[i]);
     }
   }
 
@@ -543,16 +548,16 @@ class Follower {
   }
 
   /// The members at a place: those of pieces that come here, and where new ones begin.
-  void touch(const Run& run, const Angles& degrees) {
+  void touch(const Run& run, const Stop& stop) {
     s_.later.clear();
-    forEachTurn(degrees, degrees, [&](const Angles& turns) {
-      const Angles here = sum(degrees, turns);
+    forEachTurn(stop.degrees, stop.degrees, [&](const Angles& turns) {
+      const Angles here = sum(stop.degrees, turns);
       std::optional<std::size_t> piece = pieceAt(s_.now, here);
       if (!piece) {
         piece = s_.pieces.size();
         s_.pieces.push_back({*piece, {}});
       }
-      offer(*piece, run.way, here);
+      offer(*piece, {here, run.way.branch, stop.singular});
       s_.later.push_back({*piece, here});
     });
     std::swap(s_.now, s_.later);
@@ -607,11 +612,11 @@ class Follower {
     if (nearer > kSameAway || isAsNear) best = member;
   }
 
-  void offer(std::size_t piece, const ArmWay& way, const Angles& degrees) {
+  void offer(std::size_t piece, const ArmWay& way) {
     ArmMember member{way, 0.0, 0.0};
     for (std::size_t j = 0; j < 6; ++j) {
       const ArmRange& range = circle_.ranges[j];
-      double value = range.start + apart(j, degrees[j], range.start);
+      double value = range.start + apart(j, way.degrees[j], range.start);
       if (!range.isEndless) value = std::clamp(value, range.min, range.max);
       if (j == free_ && std::abs(value - range.start) <= kOnLimit) value = range.start;
       member.way.degrees[j] = value;

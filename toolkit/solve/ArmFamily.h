@@ -41,7 +41,9 @@ struct ArmRange {
 
 /// A target that an arm reaches along curves: every place of a circle (radians) has some ways.
 struct ArmCircle {
-  std::function<ArmWays(double)> waysAt;
+  /// All of them, or those on the same side of shoulder and elbow as one, and of these neither what
+  /// is missing nor how clear they are.
+  std::function<ArmWays(double, const Branch*)> waysAt;
   std::array<ArmRange, 6> ranges;
   int free = 5;    ///< The joint whose nearness to its start decides.
   int steps = 72;  ///< Into how many the circle is cut at least; the first begins at 0.
