@@ -32,7 +32,7 @@ struct TorchLimits {
   std::array<double, 2> j4{-200, 200}, j6{-400, 400};
 };
 
-std::unique_ptr<KMachine> torch(const TorchLimits& limits, const UVec3d& tool, const UVec3d& tip) {
+MachineLines torchLines(const TorchLimits& limits, const UVec3d& tool, const UVec3d& tip) {
   MachineLines lines;
   const UVec3d x(1, 0, 0), y(0, 1, 0), z(0, 0, 1), wrist(800, 0, 1400);
   lines.head = {rotary("J1", 1, z, {}, -180, 180),
@@ -43,11 +43,11 @@ std::unique_ptr<KMachine> torch(const TorchLimits& limits, const UVec3d& tool, c
                 rotary("J6", 6, x, wrist, limits.j6[0], limits.j6[1])};
   lines.toolDirection = tool;
   lines.toolPoint = tip;
-  return lines.load();
+  return lines;
 }
 
 std::unique_ptr<KMachine> torch(const TorchLimits& limits = {}) {
-  return torch(limits, {-1, 0, -1}, {1000, 0, 1300});
+  return torchLines(limits, {-1, 0, -1}, {1000, 0, 1300}).load();
 }
 
 /// Next to the stretched elbow: what the tool may be turned by is less than a degree or two.
@@ -89,7 +89,7 @@ TEST(SolverArmFamily, CountsAToolBesideTheLineByLessThanIsReachedAsOnIt) {
   const Values start{10, 20, -15, 30, 40, 50};
   std::vector<std::size_t> counts;
   for (const double aside : {0.0, 1e-7}) {
-    const auto machine = torch({}, {-1, 0, 0}, {1000, 0, 1400 + aside});
+    const auto machine = torchLines({}, {-1, 0, 0}, {1000, 0, 1400 + aside}).load();
     const Target target = tipAt(*machine, {5, 10, -10, 20, 50, 0});
     const auto found = solutionsOf(Solver(Machine(*machine)), target, start);
     counts.push_back(found.size());
@@ -112,6 +112,42 @@ TEST(SolverArmFamily, StaysWhereItStandsWithTheWristStraight) {
     return std::all_of(s.values.begin(), s.values.end(),
                        [](double v) { return std::abs(v) < 1e-9; });
   }));
+}
+
+// The axis of the wrist's fifth joint has three turns inside its limits.
+TEST(SolverArmFamily, GivesEveryTurnOfTheFifthJointOfAStraightWrist) {
+  MachineLines lines = torchLines({}, {-1, 0, 0}, {1000, 0, 1400});
+  lines.head[4].min = -400, lines.head[4].max = 400;
+  const auto machine = lines.load();
+  const auto found = solutionsOf(Solver(Machine(*machine)), tipAt(*machine, Values{}), {});
+  std::vector<double> fifth;
+  for (const Solution& s : found) {
+    if (s.branch.shoulder == 0 || std::abs(s.values[0]) > 1) continue;
+    if (std::abs(s.values[1]) < 1e-6) fifth.push_back(s.values[4]);
+  }
+  ASSERT_EQ(fifth.size(), 3u);
+  for (std::size_t k = 0; k < 3; ++k) EXPECT_NEAR(fifth[k], -360.0 + 360.0 * double(k), 1e-9);
+}
+
+// The wrist over the first axis: as that one turns, the fourth joint passes its narrow limits
+// between two whole degrees of it.
+TEST(SolverArmFamily, FollowsTheFirstJointUnderTheWrist) {
+  for (const double low : {10.4, 10.5, 11.5, 11.6}) {
+    MachineLines lines = torchLines({{low, low + 0.05}, {-400, 400}}, {-1, 0, 0}, {800, 0, 1400});
+    lines.head[2].min = -180, lines.head[2].max = 180;
+    const auto machine = lines.load();
+    const Target target{{0, 0, 1500}, {0.3, 0.2, 1}};
+    for (const double start : {0.0, 100.0}) {
+      const Values from{start, 0, 0, low, 0, 0};
+      const auto found = solutionsOf(Solver(Machine(*machine)), target, from);
+      for (const Solution& s : found) {
+        EXPECT_GE(s.values[3], low);
+        EXPECT_LE(s.values[3], low + 0.05);
+        EXPECT_LT(tipAt(*machine, s.values).tip.distanceTo(target.tip), 1e-9);
+      }
+      EXPECT_FALSE(found.empty()) << low;
+    }
+  }
 }
 
 // --- any arm
@@ -148,7 +184,7 @@ FamilyAsked familyOf(Kind kind, Dice& dice) {
   }
   const int narrow = kind == Kind::narrowLast ? 5 : 3;
   const double at = asked.made[static_cast<std::size_t>(narrow)];
-  if (isNarrow) limit(axisOf(*asked.machine, narrow), at - dice.between(0, 2), at + 0.02);
+  if (isNarrow) limit(axisOf(*asked.machine, narrow), at - dice.between(0, 5), at + 0.05);
   return asked;
 }
 
@@ -283,8 +319,11 @@ TEST_P(SolverArmFamilies, AreAsManyAsAScanOfTheTurnCounts) {
     if (!pieces || pieces != Scan(asked, 3500).pieces()) continue;
     const Solver solver{Machine(*asked.machine)};
     const Target target = tipAt(*asked.machine, asked.made);
+    const std::size_t found = solutionsOf(solver, target, asked.start).size();
     ++counted;
-    EXPECT_EQ(solutionsOf(solver, target, asked.start).size(), *pieces) << i;
+    // What is shorter than a step the scan may miss; a finer one then decides.
+    if (found == *pieces) continue;
+    EXPECT_EQ(found, Scan(asked, 40000).pieces().value_or(found)) << i;
   }
   EXPECT_GT(counted, arms / 4);
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <utility>
 
 #include "toolkit/solve/ArmFamily.h"
 #include "toolkit/solve/Cone.h"
@@ -179,6 +180,11 @@ class ArmTask {
     return {a.a1, a.a2, a.a3};
   }
 
+  /// Which of the first three joints has no effect; -1 for none.
+  static int freeOf(const rotations::ThreeAngles& a) {
+    return a.a1 == kFreeAngle ? 0 : a.a2 == kFreeAngle ? 1 : a.a3 == kFreeAngle ? 2 : -1;
+  }
+
   /// The first three joints in `values_`, and visits for every turn of theirs with the rotation
   /// that they make. A free one stands where it starts, or at the next degree from where `visit`
   /// succeeds.
@@ -318,6 +324,7 @@ class ArmTask {
     if (!query_.frame && !isFreeOnly_ && solveRegular(query_, values_, frame, freePlaces)) return;
     const UMatrix motion = motionTo(frame);
     forEachReached(motion * standing_.centre, [&](const Reached& reached) {
+      if (isFollowed(reached)) return followFrame(reached, motion, freePlaces);
       forEachShoulder(reached, [&](int free) {
         return turnWristTo(reached, rigidInverse(shoulderTurn()) * motion, with(freePlaces, free));
       });
@@ -340,7 +347,7 @@ class ArmTask {
         isAdded |= addStraight(pair.a2, wrist, reached.branch, singular, freePlaces);
         continue;
       }
-      if (isFreeOnly_ && freePlaces[1] < 0) continue;
+      if (isFreeOnly_) continue;
       Branch branch = reached.branch;
       if (pairs.count == 2) branch.wrist = sideOf(pair.a2);
       isAdded |=
@@ -360,16 +367,32 @@ class ArmTask {
     std::vector<double> places;
     addPlaces(pinned(3), start(3), start(3), places);
     const Joint last = pinned(5);
-    for (const double limit : {last.min, last.max}) {
+    for (const double limit : {last.min, last.max, start(5)}) {
       if (std::isfinite(limit)) addPlaces(pinned(3), (limit - a6) / sense, start(3), places);
     }
-    const double from = start(3);
-    std::sort(places.begin(), places.end(),
-              [from](double a, double b) { return std::abs(a - from) < std::abs(b - from); });
-    return std::any_of(places.begin(), places.end(), [&](double a4) {
-      return addMember({a4, a5 * kRadToDeg, a6 + sense * a4}, branch, singular,
-                       with(freePlaces, 3));
+    const bool isLastFirst = freePlaces[0] == place(5);
+    const auto away = [&](double a4) {
+      if (!isLastFirst) return std::abs(a4 - start(3));
+      return std::abs(std::remainder(a6 + sense * a4 - start(5), kTurn));
+    };
+    std::sort(places.begin(), places.end(), [&](double a, double b) { return away(a) < away(b); });
+    return forEachFifth(a5, [&] {
+      return std::any_of(places.begin(), places.end(), [&](double a4) {
+        return addMember(a4, a6 + sense * a4, branch, singular, with(freePlaces, 3));
+      });
     });
+  }
+
+  /// The fifth joint at each of its turns; whether `visit` was successful at one.
+  template <typename Visit>
+  bool forEachFifth(double a5, Visit visit) {
+    const TurnRange range = turnsOf(pinned(4), a5 * kRadToDeg, start(4), query_.limits);
+    bool isAdded = false;
+    for (int k = 0; k < range.count; ++k) {
+      value(4) = onLimit(pinned(4), range[k]);
+      isAdded |= visit();
+    }
+    return isAdded;
   }
 
   /// Turns of one place of a joint inside its limits, and its limits where the place is the start.
@@ -380,21 +403,22 @@ class ArmTask {
     for (int k = 0; k < range.count; ++k) out.push_back(onLimit(joint, range[k]));
   }
 
-  /// One member of a family: the fourth joint as given, the others at the turn nearest their start.
-  bool addMember(const std::array<double, 3>& degrees, const Branch& branch,
-                 const SingularDistance& singular, const std::array<int, 2>& freePlaces) {
-    value(3) = degrees[0];
-    for (int k = 1; k < 3; ++k) {
-      const Joint joint = pinned(3 + k);
-      const TurnRange range = turnsOf(joint, degrees[at(k)], start(3 + k), query_.limits);
-      if (range.count == 0) return false;
-      const double nearest = std::round((start(3 + k) - range.first) / kTurn);
-      const int turn = static_cast<int>(std::clamp(nearest, 0.0, range.count - 1.0));
-      value(3 + k) = onLimit(joint, range[turn]);
-    }
+  /// One member of a family: the fourth joint as given, the last one at the turn nearest to its
+  /// start.
+  bool addMember(double fourth, double last, const Branch& branch, const SingularDistance& singular,
+                 const std::array<int, 2>& freePlaces) {
+    const TurnRange range = turnsOf(pinned(5), last, start(5), query_.limits);
+    if (range.count == 0) return false;
+    value(3) = fourth;
+    value(5) = onLimit(pinned(5), nearestTurn(range, start(5)));
     const std::size_t before = query_.out.size();
     add(query_, values_, branch, singular, freePlaces);
     return query_.out.size() > before;
+  }
+
+  static double nearestTurn(const TurnRange& range, double start) {
+    const double turn = std::round((start - range.first) / kTurn);
+    return range[static_cast<int>(std::clamp(turn, 0.0, range.count - 1.0))];
   }
 
   // --- a point and a direction
@@ -409,6 +433,7 @@ class ArmTask {
     const UVec3d direction = turnedBack(standing_.front, query_.direction);
     const double sense = toolDirection() * axis(5) < 0 ? -1.0 : 1.0;
     forEachReached(centreByDirection(), [&](const Reached& reached) {
+      if (isFollowed(reached)) return followDirection(reached, direction * sense);
       forEachShoulder(reached, [&](int free) {
         return pointWrist(reached, turnedBack(shoulderTurn(), direction * sense), free);
       });
@@ -425,10 +450,12 @@ class ArmTask {
       Branch branch = reached.branch;
       if (pair.a1 == kFreeAngle) {
         const double fourth = std::clamp(start(3), pinned(3).min, pinned(3).max);
-        isAdded |= addMember({fourth, pair.a2 * kRadToDeg, last}, branch, singular,
-                             with({place(3), place(5)}, free));
+        isAdded |= forEachFifth(pair.a2, [&] {
+          return addMember(fourth, last, branch, singular, with({place(3), place(5)}, free));
+        });
         continue;
       }
+      if (isFreeOnly_) continue;
       if (pairs.count == 2) branch.wrist = sideOf(pair.a2);
       isAdded |= addTurnsOfTwo(pair, last, branch, singular, freePlaces);
     }
@@ -528,11 +555,11 @@ class ArmTask {
     ways.missing[4] = list.missMm / axes().size();
     for (const rotations::ThreeAngles& angles : list) {
       if (side && (angles.shoulder != side->shoulder || angles.elbow != side->elbow)) continue;
-      const std::array<double, 3> three = anglesOf(angles);
-      if (std::count(three.begin(), three.end(), kFreeAngle) > 0) {
+      if (freeOf(angles) >= 0) {
         setSingular(angles, ways);
         continue;
       }
+      const std::array<double, 3> three = anglesOf(angles);
       for (int k = 0; k < 3; ++k) value(k) = three[at(k)] * kRadToDeg;
       addWays(reachedBy(angles), rigidInverse(shoulderTurn()) * motion, ways);
     }
@@ -556,9 +583,9 @@ class ArmTask {
     for (int k = 0; k < 3; ++k) way.degrees[at(k)] = value(k);
     way.branch = reached.branch;
     way.singular = singularOf(reached, to);
-    const std::size_t side = sideOf(reached.angles);
-    ways.missing[side] = pairs.count > 0 ? 0.0 : wristBand().missing(angleBetween(axis(3), to));
-    ways.clear[side] = std::min(way.singular.directionRad, way.singular.shoulderMm / axes().size());
+    const bool isShoulderFree = freeOf(reached.angles) >= 0;
+    const double clear = isShoulderFree ? kTurn : way.singular.shoulderMm / axes().size();
+    setClear(reached, to, pairs, std::min(way.singular.directionRad, clear), ways);
     for (const rotations::TwoAngles& pair : pairs) {
       if (pair.a1 == kFreeAngle) {
         setSingular(reached.angles, ways);
@@ -570,6 +597,98 @@ class ArmTask {
       way.degrees[5] = lastTurn(pair.a1, pair.a2, wrist);
       ways.add(way);
     }
+  }
+
+  bool isFollowed(const Reached& reached) const {
+    return freeOf(reached.angles) >= 0 && !query_.takesMissed;
+  }
+
+  /// One of the first three joints may stand anywhere, and the wrist follows.
+  void followFrame(const Reached& reached, const UMatrix& motion,
+                   const std::array<int, 2>& freePlaces) {
+    const int free = freeOf(reached.angles);
+    const auto wrist = [&] { return rigidInverse(shoulderTurn()) * motion; };
+    followShoulder(
+        reached, free, with(freePlaces, free),
+        [&](ArmWays& ways) { addWays(reached, wrist(), ways); },
+        [&](const std::array<int, 2>& places) { turnWristTo(reached, wrist(), places); });
+  }
+
+  /// The same where the last joint stays where it starts.
+  void followDirection(const Reached& reached, const UVec3d& direction) {
+    const int free = freeOf(reached.angles);
+    const auto to = [&] { return turnedBack(shoulderTurn(), direction); };
+    followShoulder(
+        reached, free, with({place(5), -1}, free),
+        [&](ArmWays& ways) { addPointing(reached, to(), ways); },
+        [&](const std::array<int, 2>&) { pointWrist(reached, to(), free); });
+  }
+
+  /// `waysHere` gives the ways with the first three joints in `values_`, `addHere` adds what leaves
+  /// a joint of the wrist free as well.
+  template <typename WaysHere, typename AddHere>
+  void followShoulder(const Reached& reached, int free, const std::array<int, 2>& freePlaces,
+                      WaysHere waysHere, AddHere addHere) {
+    thread_local ArmMembers members;
+    const auto standAt = [&](double angle) {
+      const std::array<double, 3> three = anglesOf(reached.angles);
+      for (int k = 0; k < 3; ++k) value(k) = three[at(k)] * kRadToDeg;
+      value(free) = start(free) + angle * kRadToDeg;
+    };
+    const auto waysAt = [&](double angle) {
+      ArmWays ways;
+      standAt(angle);
+      waysHere(ways);
+      return ways;
+    };
+    ArmCircle circle = circleOf(free);
+    circle.waysAt = [&waysAt](double angle, const Branch*) { return waysAt(angle); };
+    followCircle(circle, members);
+    addMembers(members, freePlaces);
+    const bool wasFreeOnly = std::exchange(isFreeOnly_, true);
+    for (const double angle : members.singular) {
+      standAt(angle);
+      if (standInside()) addHere(freePlaces);
+    }
+    isFreeOnly_ = wasFreeOnly;
+  }
+
+  /// The first three joints at their turns nearest to the start; false where one has none.
+  bool standInside() {
+    for (int k = 0; k < 3; ++k) {
+      const TurnRange range = turnsOf(pinned(k), value(k), start(k), query_.limits);
+      if (range.count == 0) return false;
+      value(k) = onLimit(pinned(k), nearestTurn(range, start(k)));
+    }
+    return true;
+  }
+
+  /// With the last joint where it starts.
+  void addPointing(const Reached& reached, const UVec3d& to, ArmWays& ways) {
+    const rotations::TwoAnglesList pairs = wristPairs(to);
+    ArmWay way;
+    for (int k = 0; k < 3; ++k) way.degrees[at(k)] = value(k);
+    way.degrees[5] = std::clamp(start(5), pinned(5).min, pinned(5).max);
+    way.branch = reached.branch;
+    way.singular = singularOf(reached, to);
+    setClear(reached, to, pairs, way.singular.directionRad, ways);
+    for (const rotations::TwoAngles& pair : pairs) {
+      if (pair.a1 == kFreeAngle) {
+        setSingular(reached.angles, ways);
+        continue;
+      }
+      if (pairs.count == 2) way.branch.wrist = sideOf(pair.a2);
+      way.degrees[3] = pair.a1 * kRadToDeg;
+      way.degrees[4] = pair.a2 * kRadToDeg;
+      ways.add(way);
+    }
+  }
+
+  void setClear(const Reached& reached, const UVec3d& to, const rotations::TwoAnglesList& pairs,
+                double clear, ArmWays& ways) const {
+    const std::size_t side = sideOf(reached.angles);
+    ways.missing[side] = pairs.count > 0 ? 0.0 : wristBand().missing(angleBetween(axis(3), to));
+    ways.clear[side] = clear;
   }
 
   const Query& query_;
