@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "toolkit/solve/ArmFamily.h"
+#include "toolkit/solve/ArmStanding.h"
 #include "toolkit/solve/Cone.h"
 #include "toolkit/solve/Core.h"
 #include "toolkit/solve/PairArm.h"
@@ -23,69 +24,6 @@ using rotations::kFreeAngle;
 
 constexpr double kTurn = 360.0;
 
-UVec3d turned(const UMatrix& m, UVec3d v) {
-  m.applyDir(v);
-  return v;
-}
-
-UMatrix rigidInverse(const UMatrix& m) {
-  UMatrix inverse;
-  for (int i = 0; i < 3; ++i) {
-    for (int j = 0; j < 3; ++j) inverse(i, j) = m(j, i);
-  }
-  inverse.setOrigin(UVec3d() - turnedBack(m, m.getOrigin()));
-  return inverse;
-}
-
-/// A direction square to a unit one.
-UVec3d squareTo(const UVec3d& v) {
-  const UVec3d other = std::abs(v.x) < 0.5 ? UVec3d(1, 0, 0) : UVec3d(0, 1, 0);
-  return (v ^ other).normalised();
-}
-
-/// The six lines as the held joints have moved them, and what these do to the tool: motion of the
-/// tool = front * turns about the lines * behind. Of an arm that is one body `behind` is the
-/// identity and the lines are those of the zero position.
-struct Standing {
-  std::array<Joint, 6> lines;
-  UVec3d centre;
-  UMatrix front;
-  UMatrix behind;
-  std::optional<rotations::ThreeAxes> moved;  ///< Of an arm that is not one body.
-};
-
-void moveLine(const UMatrix& by, Joint& line) {
-  line.point = by * line.point;
-  by.applyDir(line.direction);
-}
-
-Standing standing(const Query& query, const Values& values) {
-  const JointChain& chain = query.core.chain;
-  const ArmShape& arm = *query.core.arm;
-  Standing s;
-  UMatrix held;  // behind the first joint
-  int next = 0;
-  for (int i = 0; i < static_cast<int>(chain.joints.size()); ++i) {
-    if (next < 6 && arm.joint(next) == i) {
-      Joint& line = s.lines[at(next++)];
-      line = query.core.joint(i);
-      if (!arm.isOneBody()) moveLine(held, line);
-      if (next == 4) s.centre = held * arm.centre();
-    } else {
-      moveBy(query.core.joint(i), valueOf(query.core.joint(i), values), next == 0 ? s.front : held);
-    }
-  }
-  s.behind = held;
-  for (Joint& line : s.lines) line.direction.normalise();
-  if (!arm.isOneBody()) {
-    const auto lineOf = [&](std::size_t k) {
-      return rotations::Line{plain(s.lines[k].direction), plain(s.lines[k].point)};
-    };
-    s.moved.emplace(plain(s.centre), lineOf(0), lineOf(1), lineOf(2));
-  }
-  return s;
-}
-
 /// One way of carrying the wrist centre.
 struct Reached {
   rotations::ThreeAngles angles;
@@ -97,7 +35,7 @@ struct Reached {
 class ArmTask {
  public:
   ArmTask(const Query& query, Values& values)
-      : query_(query), values_(values), standing_(standing(query, values)) {}
+      : query_(query), values_(values), standing_(standingOf(query, values)) {}
 
   void solve() {
     if (query_.frame) return byFrame(*query_.frame, {-1, -1});
@@ -693,7 +631,7 @@ class ArmTask {
 
   const Query& query_;
   Values& values_;
-  Standing standing_;
+  ArmStanding standing_;
   bool isFreeOnly_ = false;  ///< Of a frame only what leaves a joint free.
 };
 

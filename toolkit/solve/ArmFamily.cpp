@@ -6,6 +6,8 @@
 #include <numeric>
 #include <utility>
 
+#include "toolkit/solve/Between.h"
+
 namespace korvo {
 namespace {
 
@@ -16,7 +18,8 @@ constexpr double kWholeCircle = 2 * std::numbers::pi;
 constexpr double kSlopeStep = 1e-5;  ///< rad between the places of which slopes are made.
 constexpr double kShortest = 1e-10;  ///< rad: what changes within this is a jump.
 constexpr double kMostTurned = 30;   ///< Degrees in one step.
-constexpr double kStill = 1e-6;      ///< Degrees in one step that count as none.
+constexpr int kFewestSteps = 16;
+constexpr double kStill = 1e-6;  ///< Degrees in one step that count as none.
 
 /// A joint within this (degrees) of a limit stands on it: a root is no surer next to a fold. The
 /// residual decides.
@@ -59,44 +62,6 @@ Angles lifted(const Angles& degrees, const Angles& near) {
   return out;
 }
 
-/// A zero of a continuous function between two places where it has different signs: false position,
-/// with the value halved of an end that stays (Illinois).
-template <typename Value>
-double zeroBetween(double a, double b, double atA, double atB, double small, Value value) {
-  double x = a;
-  for (int i = 0; i < 60 && std::abs(b - a) > 1e-15; ++i) {
-    x = std::clamp(b - atB * (b - a) / (atB - atA), std::min(a, b), std::max(a, b));
-    const double here = value(x);
-    if (!(std::abs(here) > small)) break;
-    if ((here < 0) != (atB < 0)) {
-      a = b, atA = atB;
-    } else {
-      atA /= 2;
-    }
-    b = x, atB = here;
-  }
-  return x;
-}
-
-/// Where a function that changes by less than a thousand for each 1 is least, by golden section;
-/// left as soon as it is 0 or cannot be anywhere between.
-template <typename Value>
-double lowestBetween(double a, double b, Value value) {
-  constexpr double kGolden = 0.6180339887498949;
-  double c = b - kGolden * (b - a), d = a + kGolden * (b - a);
-  double atC = value(c), atD = value(d);
-  while (b - a > std::max(1e-15, 1e-3 * std::min(atC, atD)) && std::min(atC, atD) > 0) {
-    if (atC < atD) {
-      b = d, d = c, atD = atC;
-      c = b - kGolden * (b - a), atC = value(c);
-    } else {
-      a = c, c = d, atC = atD;
-      d = a + kGolden * (b - a), atD = value(d);
-    }
-  }
-  return atC < atD ? c : d;
-}
-
 /// A place of the circle, with its ways next to it on both sides.
 struct Node {
   double t = 0.0;
@@ -136,10 +101,16 @@ struct Stop {
   SingularDistance singular;
 };
 
+/// The last place where a way is, and the next one, where it is not.
+struct End {
+  double is, isNot;
+};
+
 /// Storage that a thread keeps.
 struct Scratch {
   std::vector<Node> nodes;
   std::vector<double> found;
+  std::vector<End> ends;
   std::vector<Piece> pieces;
   std::vector<Touch> first, open, next, now, later;
   std::vector<Stop> stops;
@@ -156,6 +127,7 @@ class Follower {
     placeNodes();
     addWindows();
     addGaps();
+    addFolds();
     addSingular();
     s_.pieces.clear();
     s_.first.clear();
@@ -184,7 +156,8 @@ class Follower {
 
   void placeNodes() {
     s_.nodes.clear();
-    const int count = std::max(circle_.steps, 4) / 2;
+    s_.ends.clear();
+    const int count = std::max(circle_.steps, kFewestSteps) / 2;
     for (int i = 0; i < count; ++i) s_.nodes.push_back(nodeAt(kWholeCircle * i / count));
     s_.nodes.push_back(s_.nodes.front());
     s_.nodes.back().t = kWholeCircle;
@@ -264,6 +237,36 @@ class Follower {
     if (between(t) == 0.0) s_.found.push_back(t);
   }
 
+  /// Ways between two nodes that end where another one does, or where one changes its branch.
+  void addFolds() {
+    for (std::size_t i = 0; i + 1 < s_.nodes.size(); ++i) {
+      const Node &a = s_.nodes[i], &b = s_.nodes[i + 1];
+      for (int k = 0; k < a.ways.count; ++k) addFold(a, b, a.ways.list[at(k)]);
+      for (int k = 0; k < b.ways.count; ++k) addFold(b, a, b.ways.list[at(k)]);
+    }
+    addFound();
+  }
+
+  void addFold(const Node& from, const Node& to, const ArmWay& way) {
+    if (matchOf(to.ways, way) >= 0) return;
+    const End end = endOf(way, from.t, to.t);
+    for (const double t : {end.is + 1e-3 * (from.t - end.is), end.isNot}) {
+      const ArmWays ways = waysAt(t);
+      const bool isNew =
+          std::any_of(ways.list.begin(), ways.list.begin() + ways.count, [&](const ArmWay& other) {
+            const int before = countOf(from.ways, other.branch);
+            const int after = countOf(to.ways, other.branch);
+            return other.branch.wrist != 0 && countOf(ways, other.branch) > std::max(before, after);
+          });
+      if (isNew) s_.found.push_back(t);
+    }
+  }
+
+  static int countOf(const ArmWays& ways, const Branch& branch) {
+    return static_cast<int>(std::count_if(ways.list.begin(), ways.list.begin() + ways.count,
+                                          [&](const ArmWay& way) { return way.branch == branch; }));
+  }
+
   /// Places between nodes where the wrist is straight or its centre over the first joint.
   void addSingular() {
     for (std::size_t i = 0; i + 1 < s_.nodes.size(); ++i) {
@@ -302,14 +305,14 @@ class Follower {
         walkThrough(a, b, way, b.ways.list[at(j)], isFirst);
         s_.next.insert(s_.next.end(), s_.now.begin(), s_.now.end());
       } else {
-        walkToFold({a.t, endOf(way, a.t, b.t), 1, way}, isFirst);
+        walkToFold({a.t, endOf(way, a.t, b.t).is, 1, way}, isFirst);
       }
     }
     for (int j = 0; j < b.ways.count; ++j) {
       if (isReached[at(j)]) continue;
       const ArmWay& way = b.ways.list[at(j)];
       s_.now.clear();
-      walkToFold({endOf(way, b.t, a.t), b.t, 0, way}, false);
+      walkToFold({endOf(way, b.t, a.t).is, b.t, 0, way}, false);
       s_.next.insert(s_.next.end(), s_.now.begin(), s_.now.end());
     }
   }
@@ -344,20 +347,22 @@ class Follower {
     if (isFirst && run.fold != 0) s_.first.insert(s_.first.end(), s_.now.begin(), s_.now.end());
   }
 
-  /// The last place towards `to` where a way is; two that meet end at one.
-  double endOf(const ArmWay& way, double from, double to) {
+  /// Where a way ends towards `to`, which has none of its branch. Two that meet have one end.
+  End endOf(const ArmWay& way, double from, double to) {
     const auto isAt = [&](double t) { return matchOf(waysAt(t, &way.branch), way) >= 0; };
     const auto isWithin = [&](double t) { return (t - from) * (to - t) >= 0; };
-    if (isWithin(end_) && isWithin(beyond_) && isAt(end_) && !isAt(beyond_)) return end_;
-    double is = from, isNot = to;
-    while (std::abs(isNot - is) > 1e-15) {
-      const double middle = std::midpoint(is, isNot);
-      if (middle == is || middle == isNot) break;
-      (isAt(middle) ? is : isNot) = middle;
+    const auto known = std::find_if(s_.ends.begin(), s_.ends.end(), [&](const End& end) {
+      return isWithin(end.is) && isWithin(end.isNot) && isAt(end.is) && !isAt(end.isNot);
+    });
+    if (known != s_.ends.end()) return *known;
+    End end{from, to};
+    while (std::abs(end.isNot - end.is) > 1e-15) {
+      const double middle = std::midpoint(end.is, end.isNot);
+      if (middle == end.is || middle == end.isNot) break;
+      (isAt(middle) ? end.is : end.isNot) = middle;
     }
-    end_ = is;
-    beyond_ = isNot;
-    return is;
+    s_.ends.push_back(end);
+    return end;
   }
 
   // --- along one way
@@ -649,7 +654,6 @@ class Follower {
   std::size_t free_;
   Scratch& s_;
   ArmMembers& out_;
-  double end_ = -1.0, beyond_ = -1.0;
 };
 
 }  // namespace
