@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numbers>
 #include <utility>
 
@@ -44,19 +43,6 @@ class ArmTask {
     forEachFrame([this](const UMatrix& frame) { byFrame(frame, {place(5), -1}); });
   }
 
-  std::optional<Shortfall> shortfall() {
-    Shortfall least{std::numeric_limits<double>::infinity(), {}};
-    const auto take = [&](const UVec3d& centre) {
-      if (least.mm > 0) least = std::min(least, shortfallAt(centre), isShorter);
-    };
-    if (isCoaxial()) {
-      take(centreByDirection());
-    } else {
-      forEachFrame([&](const UMatrix& frame) { take(motionTo(frame) * standing_.centre); });
-    }
-    return least.mm > 0 ? std::optional(least) : std::nullopt;
-  }
-
  private:
   const UVec3d& axis(int k) const { return standing_.lines[at(k)].direction; }
   const Joint& joint(int k) const { return query_.core.joint(query_.core.arm->joint(k)); }
@@ -83,18 +69,6 @@ class ArmTask {
 
   const rotations::ThreeAxes& axes() const {
     return standing_.moved ? *standing_.moved : query_.core.arm->shoulder();
-  }
-
-  static bool isShorter(const Shortfall& a, const Shortfall& b) { return a.mm < b.mm; }
-
-  Shortfall shortfallAt(const UVec3d& centre) const {
-    if (axes().solutions(plain(centre)).count > 0) return {};
-    const rotations::NearestAngles nearest = axes().nearest(plain(centre));
-    UMatrix m;
-    const std::array<double, 3> angles = anglesOf(nearest.angles);
-    for (int k = 0; k < 3; ++k) turnBy(axis(k), standing_.lines[at(k)].point, angles[at(k)], m);
-    const UVec3d reached = m * standing_.centre;
-    return {nearest.missMm, query_.target.tip + turned(standing_.front, reached - centre)};
   }
 
   template <typename Visit>
@@ -641,11 +615,6 @@ void solveStanding(const Query& query, Values& values) {
 }
 
 }  // namespace
-
-std::optional<Shortfall> shortfallOfArm(const Query& query) {
-  Values values = query.from;
-  return ArmTask(query, values).shortfall();
-}
 
 void solveArm(const Query& query) { solvePlaced(query, solveStanding); }
 

@@ -157,9 +157,6 @@ void solveCartesian(const Query& query);
 /// All solutions of arms.
 void solveArm(const Query& query);
 
-/// How much an arm's first three joints miss the wrist centre; nothing where they reach it.
-std::optional<Shortfall> shortfallOfArm(const Query& query);
-
 /// How a rotary joint that stays free, `free`, turns another one with it: other = offset + slope *
 /// free (degrees); slope 0 or 1 or -1.
 struct Freedom {

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -112,12 +111,6 @@ struct Solution {
   bool isFamily() const { return freePlaces[0] >= 0; }
 };
 
-/// How much an arm is too short, or too long, for a target.
-struct Shortfall {
-  double mm = 0.0;  ///< From the wrist centre wanted to the nearest place it can be carried.
-  zgeo::UVec3d nearestTip;  ///< The tip with the tool directed as wanted, the wrist centre there.
-};
-
 enum class Limits {
   kept,
   ignored,  ///< Every branch once, with the turns nearest to the start.
@@ -167,10 +160,6 @@ class KORVO_TOOLKIT_API Solver {
   /// the frame is no rotation (to 1e-9).
   void solve(const FrameTarget& target, const Values& from, std::vector<Solution>& out,
              Limits limits = Limits::kept) const;
-
-  /// Of an arm: how much its first three joints are too short for the target, whatever the limits;
-  /// nothing where they reach it, and of other machines.
-  std::optional<Shortfall> shortfall(const Target& target, const Values& from) const;
 
   /// What comes nearest, for who asks why nothing reaches: every branch, limits ignored, the tip
   /// carried as near to the target's as it can be, which may be beside it. An arm whose wrist does
