@@ -211,12 +211,6 @@ void ThreeAxes::addAtLimits(const Shoulder& s, double distance, ThreeAnglesList&
   }
 }
 
-ThreeAnglesList ThreeAxes::without(Reach why, ThreeAnglesList list, const Vec3& to) const {
-  list.reach = why;
-  list.missMm = nearest(to).missMm;
-  return list;
-}
-
 /// Both sides are out of reach: by the one that is nearer.
 Reach ThreeAxes::whyNot(const Shoulder& s) const {
   const double front = bent(s.planar1, s.aside - offsetNormal_).outMm;
@@ -239,7 +233,8 @@ ThreeAnglesList ThreeAxes::solveUsual(const Vec3& to) const {
   const double asideSq = distanceSq - across * across;
   if (asideSq < 0) {
     const double shortMm = sine_ * (std::fabs(across) - distance);
-    if (shortMm > kReachOfSize * size_) return without(Reach::tooCloseToAxis1, list, to);
+    list.reach = Reach::tooCloseToAxis1;
+    if (shortMm > kReachOfSize * size_) return list;
     across = std::copysign(distance, across);
   }
   const double aside = std::sqrt(std::max(asideSq, 0.0));
@@ -248,8 +243,7 @@ ThreeAnglesList ThreeAxes::solveUsual(const Vec3& to) const {
                           across,           distance <= kOnLineOfSize * size_};
   addSides(shoulder, list);
   if (list.count == 0 && distance > 0) addAtLimits(shoulder, distance, list);
-  if (list.count == 0) return without(whyNot(shoulder), list, to);
-  list.reach = Reach::reached;
+  list.reach = list.count > 0 ? Reach::reached : whyNot(shoulder);
   return list;
 }
 
@@ -269,14 +263,19 @@ ThreeAnglesList ThreeAxes::solveAny(const Vec3& to) const {
   const CirclePair circles = circlesTo(to);
   ThreeAnglesList list = solveCircles(circles);
   list.fromAxis1Mm = length(circles.y.e);
-  if (list.count == 0) return without(Reach::outOfReach, list, to);
-  list.reach = Reach::reached;
+  list.reach = list.count > 0 ? Reach::reached : Reach::outOfReach;
   return list;
 }
 
-ThreeAnglesList ThreeAxes::solve(const Vec3& to) const {
+ThreeAnglesList ThreeAxes::solutions(const Vec3& to) const {
   if (!isValid_ || !isFinite(to)) return {};
   return isUsual_ ? solveUsual(to) : solveAny(to);
+}
+
+ThreeAnglesList ThreeAxes::solve(const Vec3& to) const {
+  ThreeAnglesList list = solutions(to);
+  if (list.count == 0) list.missMm = nearest(to).missMm;
+  return list;
 }
 
 NearestAngles ThreeAxes::nearest(const Vec3& to) const {

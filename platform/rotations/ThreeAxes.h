@@ -136,6 +136,9 @@ class ThreeAxes {
 
   ThreeAnglesList solve(const Vec3& to) const;
 
+  /// The same without missMm, which takes most of the time where nothing reaches.
+  ThreeAnglesList solutions(const Vec3& to) const;
+
   /// The triple that comes nearest to any target: a local search from a grid of all a1 and a3.
   NearestAngles nearest(const Vec3& to) const;
 
@@ -156,7 +159,6 @@ class ThreeAxes {
   void addSides(const Shoulder& shoulder, ThreeAnglesList& list) const;
   void addAtLimits(const Shoulder& shoulder, double distance, ThreeAnglesList& list) const;
   Reach whyNot(const Shoulder& shoulder) const;
-  ThreeAnglesList without(Reach why, ThreeAnglesList list, const Vec3& to) const;
   ThreeAnglesList solveUsual(const Vec3& to) const;
   ThreeAnglesList solveAny(const Vec3& to) const;
   detail::CirclePair circlesTo(const Vec3& to) const;

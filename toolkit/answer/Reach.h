@@ -25,8 +25,8 @@ class WhyNot;
 ///
 /// Why not, in this order, the first that holds:
 ///   1. noDirection: the target is null, or it or the start is not finite.
-///   2. noSolver: no closed form serves the machine (Solver::unserved); `conditions` says what of
-///      it. `by` where the last three joints miss each other.
+///   2. noSolver: no closed form serves the machine (Solver::unserved); `by` where the last
+///      three joints miss each other.
 ///   3. lockedAxis: with one locked axis free the target would be reached inside the limits (of
 ///      several such axes by the position nearest to the start), else with all of them free.
 ///      `wanted` says where they would have to stand: of one axis that may stand at many places at

@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numbers>
+#include <utility>
 
+#include "toolkit/solve/ArmFamily.h"
+#include "toolkit/solve/ArmStanding.h"
 #include "toolkit/solve/Cone.h"
 #include "toolkit/solve/Core.h"
 #include "toolkit/solve/PairArm.h"
@@ -21,69 +23,6 @@ using rotations::kFreeAngle;
 
 constexpr double kTurn = 360.0;
 
-UVec3d turned(const UMatrix& m, UVec3d v) {
-  m.applyDir(v);
-  return v;
-}
-
-UMatrix rigidInverse(const UMatrix& m) {
-  UMatrix inverse;
-  for (int i = 0; i < 3; ++i) {
-    for (int j = 0; j < 3; ++j) inverse(i, j) = m(j, i);
-  }
-  inverse.setOrigin(UVec3d() - turnedBack(m, m.getOrigin()));
-  return inverse;
-}
-
-/// A direction square to a unit one.
-UVec3d squareTo(const UVec3d& v) {
-  const UVec3d other = std::abs(v.x) < 0.5 ? UVec3d(1, 0, 0) : UVec3d(0, 1, 0);
-  return (v ^ other).normalised();
-}
-
-/// The six lines as the held joints have moved them, and what these do to the tool: motion of the
-/// tool = front * turns about the lines * behind. Of an arm that is one body `behind` is the
-/// identity and the lines are those of the zero position.
-struct Standing {
-  std::array<Joint, 6> lines;
-  UVec3d centre;
-  UMatrix front;
-  UMatrix behind;
-  std::optional<rotations::ThreeAxes> moved;  ///< Of an arm that is not one body.
-};
-
-void moveLine(const UMatrix& by, Joint& line) {
-  line.point = by * line.point;
-  by.applyDir(line.direction);
-}
-
-Standing standing(const Query& query, const Values& values) {
-  const JointChain& chain = query.core.chain;
-  const ArmShape& arm = *query.core.arm;
-  Standing s;
-  UMatrix held;  // behind the first joint
-  int next = 0;
-  for (int i = 0; i < static_cast<int>(chain.joints.size()); ++i) {
-    if (next < 6 && arm.joint(next) == i) {
-      Joint& line = s.lines[at(next++)];
-      line = query.core.joint(i);
-      if (!arm.isOneBody()) moveLine(held, line);
-      if (next == 4) s.centre = held * arm.centre();
-    } else {
-      moveBy(query.core.joint(i), valueOf(query.core.joint(i), values), next == 0 ? s.front : held);
-    }
-  }
-  s.behind = held;
-  for (Joint& line : s.lines) line.direction.normalise();
-  if (!arm.isOneBody()) {
-    const auto lineOf = [&](std::size_t k) {
-      return rotations::Line{plain(s.lines[k].direction), plain(s.lines[k].point)};
-    };
-    s.moved.emplace(plain(s.centre), lineOf(0), lineOf(1), lineOf(2));
-  }
-  return s;
-}
-
 /// One way of carrying the wrist centre.
 struct Reached {
   rotations::ThreeAngles angles;
@@ -95,25 +34,13 @@ struct Reached {
 class ArmTask {
  public:
   ArmTask(const Query& query, Values& values)
-      : query_(query), values_(values), standing_(standing(query, values)) {}
+      : query_(query), values_(values), standing_(standingOf(query, values)) {}
 
   void solve() {
     if (query_.frame) return byFrame(*query_.frame, {-1, -1});
     if (isCoaxial()) return byDirection();
+    if (!query_.takesMissed) return byTurns();
     forEachFrame([this](const UMatrix& frame) { byFrame(frame, {place(5), -1}); });
-  }
-
-  std::optional<Shortfall> shortfall() {
-    Shortfall least{std::numeric_limits<double>::infinity(), {}};
-    const auto take = [&](const UVec3d& centre) {
-      if (least.mm > 0) least = std::min(least, shortfallAt(centre), isShorter);
-    };
-    if (isCoaxial()) {
-      take(centreByDirection());
-    } else {
-      forEachFrame([&](const UMatrix& frame) { take(motionTo(frame) * standing_.centre); });
-    }
-    return least.mm > 0 ? std::optional(least) : std::nullopt;
   }
 
  private:
@@ -130,11 +57,12 @@ class ArmTask {
     return standing_.behind * (chain.toolPoint - chain.toolDirection * chain.toolLength);
   }
 
-  /// Whether the last joint turns the tool about itself.
+  /// Whether the last joint turns the tool about itself, as near as counts as reached.
   bool isCoaxial() const {
     const UVec3d& z = axis(5);
-    return (z ^ toolDirection()).norm() <= rotations::kOnAxis &&
-           ((tip() - standing_.centre) ^ z).norm() <= 1e-12 * query_.core.arm->shoulder().size();
+    const UVec3d way = tip() - standing_.centre;
+    const double aside = (z ^ toolDirection()).norm();
+    return aside <= kReachedRad / 2 && (way ^ z).norm() + aside * way.norm() <= kReachedMm / 2;
   }
 
   // --- the wrist centre
@@ -143,36 +71,30 @@ class ArmTask {
     return standing_.moved ? *standing_.moved : query_.core.arm->shoulder();
   }
 
-  static bool isShorter(const Shortfall& a, const Shortfall& b) { return a.mm < b.mm; }
-
-  Shortfall shortfallAt(const UVec3d& centre) const {
-    if (axes().solve(plain(centre)).count > 0) return {};
-    const rotations::NearestAngles nearest = axes().nearest(plain(centre));
-    UMatrix m;
-    const std::array<double, 3> angles = anglesOf(nearest.angles);
-    for (int k = 0; k < 3; ++k) turnBy(axis(k), standing_.lines[at(k)].point, angles[at(k)], m);
-    const UVec3d reached = m * standing_.centre;
-    return {nearest.missMm, query_.target.tip + turned(standing_.front, reached - centre)};
-  }
-
   template <typename Visit>
   void forEachReached(const UVec3d& centre, Visit visit) {
-    const rotations::ThreeAnglesList list = axes().solve(plain(centre));
-    const auto visitAs = [&](const rotations::ThreeAngles& a) {
-      Reached reached{a, {}, {}};
-      reached.branch.shoulder = static_cast<std::int8_t>(a.shoulder);
-      reached.branch.elbow = static_cast<std::int8_t>(a.elbow);
-      reached.singular.elbowRad = a.elbowRad;
-      reached.singular.shoulderMm = a.shoulderMm;
-      visit(reached);
-    };
-    for (const rotations::ThreeAngles& a : list) visitAs(a);
+    const rotations::ThreeAnglesList list = axes().solutions(plain(centre));
+    for (const rotations::ThreeAngles& a : list) visit(reachedBy(a));
     const bool isMissed = list.count == 0 && list.reach != rotations::Reach::undefined;
-    if (isMissed && query_.takesMissed) visitAs(axes().nearest(plain(centre)).angles);
+    if (isMissed && query_.takesMissed) visit(reachedBy(axes().nearest(plain(centre)).angles));
+  }
+
+  static Reached reachedBy(const rotations::ThreeAngles& a) {
+    Reached reached{a, {}, {}};
+    reached.branch.shoulder = static_cast<std::int8_t>(a.shoulder);
+    reached.branch.elbow = static_cast<std::int8_t>(a.elbow);
+    reached.singular.elbowRad = a.elbowRad;
+    reached.singular.shoulderMm = a.shoulderMm;
+    return reached;
   }
 
   static std::array<double, 3> anglesOf(const rotations::ThreeAngles& a) {
     return {a.a1, a.a2, a.a3};
+  }
+
+  /// Which of the first three joints has no effect; -1 for none.
+  static int freeOf(const rotations::ThreeAngles& a) {
+    return a.a1 == kFreeAngle ? 0 : a.a2 == kFreeAngle ? 1 : a.a3 == kFreeAngle ? 2 : -1;
   }
 
   /// The first three joints in `values_`, and visits for every turn of theirs with the rotation
@@ -311,9 +233,10 @@ class ArmTask {
   }
 
   void byFrame(const UMatrix& frame, const std::array<int, 2>& freePlaces) {
-    if (!query_.frame && solveRegular(query_, values_, frame, freePlaces)) return;
+    if (!query_.frame && !isFreeOnly_ && solveRegular(query_, values_, frame, freePlaces)) return;
     const UMatrix motion = motionTo(frame);
     forEachReached(motion * standing_.centre, [&](const Reached& reached) {
+      if (isFollowed(reached)) return followFrame(reached, motion, freePlaces);
       forEachShoulder(reached, [&](int free) {
         return turnWristTo(reached, rigidInverse(shoulderTurn()) * motion, with(freePlaces, free));
       });
@@ -336,6 +259,7 @@ class ArmTask {
         isAdded |= addStraight(pair.a2, wrist, reached.branch, singular, freePlaces);
         continue;
       }
+      if (isFreeOnly_) continue;
       Branch branch = reached.branch;
       if (pairs.count == 2) branch.wrist = sideOf(pair.a2);
       isAdded |=
@@ -355,16 +279,32 @@ class ArmTask {
     std::vector<double> places;
     addPlaces(pinned(3), start(3), start(3), places);
     const Joint last = pinned(5);
-    for (const double limit : {last.min, last.max}) {
+    for (const double limit : {last.min, last.max, start(5)}) {
       if (std::isfinite(limit)) addPlaces(pinned(3), (limit - a6) / sense, start(3), places);
     }
-    const double from = start(3);
-    std::sort(places.begin(), places.end(),
-              [from](double a, double b) { return std::abs(a - from) < std::abs(b - from); });
-    return std::any_of(places.begin(), places.end(), [&](double a4) {
-      return addMember({a4, a5 * kRadToDeg, a6 + sense * a4}, branch, singular,
-                       with(freePlaces, 3));
+    const bool isLastFirst = freePlaces[0] == place(5);
+    const auto away = [&](double a4) {
+      if (!isLastFirst) return std::abs(a4 - start(3));
+      return std::abs(std::remainder(a6 + sense * a4 - start(5), kTurn));
+    };
+    std::sort(places.begin(), places.end(), [&](double a, double b) { return away(a) < away(b); });
+    return forEachFifth(a5, [&] {
+      return std::any_of(places.begin(), places.end(), [&](double a4) {
+        return addMember(a4, a6 + sense * a4, branch, singular, with(freePlaces, 3));
+      });
     });
+  }
+
+  /// The fifth joint at each of its turns; whether `visit` was successful at one.
+  template <typename Visit>
+  bool forEachFifth(double a5, Visit visit) {
+    const TurnRange range = turnsOf(pinned(4), a5 * kRadToDeg, start(4), query_.limits);
+    bool isAdded = false;
+    for (int k = 0; k < range.count; ++k) {
+      value(4) = onLimit(pinned(4), range[k]);
+      isAdded |= visit();
+    }
+    return isAdded;
   }
 
   /// Turns of one place of a joint inside its limits, and its limits where the place is the start.
@@ -375,21 +315,22 @@ class ArmTask {
     for (int k = 0; k < range.count; ++k) out.push_back(onLimit(joint, range[k]));
   }
 
-  /// One member of a family: the fourth joint as given, the others at the turn nearest their start.
-  bool addMember(const std::array<double, 3>& degrees, const Branch& branch,
-                 const SingularDistance& singular, const std::array<int, 2>& freePlaces) {
-    value(3) = degrees[0];
-    for (int k = 1; k < 3; ++k) {
-      const Joint joint = pinned(3 + k);
-      const TurnRange range = turnsOf(joint, degrees[at(k)], start(3 + k), query_.limits);
-      if (range.count == 0) return false;
-      const double nearest = std::round((start(3 + k) - range.first) / kTurn);
-      const int turn = static_cast<int>(std::clamp(nearest, 0.0, range.count - 1.0));
-      value(3 + k) = onLimit(joint, range[turn]);
-    }
+  /// One member of a family: the fourth joint as given, the last one at the turn nearest to its
+  /// start.
+  bool addMember(double fourth, double last, const Branch& branch, const SingularDistance& singular,
+                 const std::array<int, 2>& freePlaces) {
+    const TurnRange range = turnsOf(pinned(5), last, start(5), query_.limits);
+    if (range.count == 0) return false;
+    value(3) = fourth;
+    value(5) = onLimit(pinned(5), nearestTurn(range, start(5)));
     const std::size_t before = query_.out.size();
     add(query_, values_, branch, singular, freePlaces);
     return query_.out.size() > before;
+  }
+
+  static double nearestTurn(const TurnRange& range, double start) {
+    const double turn = std::round((start - range.first) / kTurn);
+    return range[static_cast<int>(std::clamp(turn, 0.0, range.count - 1.0))];
   }
 
   // --- a point and a direction
@@ -404,6 +345,7 @@ class ArmTask {
     const UVec3d direction = turnedBack(standing_.front, query_.direction);
     const double sense = toolDirection() * axis(5) < 0 ? -1.0 : 1.0;
     forEachReached(centreByDirection(), [&](const Reached& reached) {
+      if (isFollowed(reached)) return followDirection(reached, direction * sense);
       forEachShoulder(reached, [&](int free) {
         return pointWrist(reached, turnedBack(shoulderTurn(), direction * sense), free);
       });
@@ -420,10 +362,12 @@ class ArmTask {
       Branch branch = reached.branch;
       if (pair.a1 == kFreeAngle) {
         const double fourth = std::clamp(start(3), pinned(3).min, pinned(3).max);
-        isAdded |= addMember({fourth, pair.a2 * kRadToDeg, last}, branch, singular,
-                             with({place(3), place(5)}, free));
+        isAdded |= forEachFifth(pair.a2, [&] {
+          return addMember(fourth, last, branch, singular, with({place(3), place(5)}, free));
+        });
         continue;
       }
+      if (isFreeOnly_) continue;
       if (pairs.count == 2) branch.wrist = sideOf(pair.a2);
       isAdded |= addTurnsOfTwo(pair, last, branch, singular, freePlaces);
     }
@@ -446,10 +390,8 @@ class ArmTask {
     return query_.out.size() > before;
   }
 
-  /// The tool may be turned about its direction: as the start has it, turned the shortest way, and
-  /// by even steps from there. What is free is named by the last joint.
-  template <typename Visit>
-  void forEachFrame(Visit visit) const {
+  /// The tool as the start has it, turned the shortest way.
+  UMatrix shortestFrame() const {
     const JointChain& chain = query_.core.chain;
     UMatrix start = chain.motion(query_.from);
     start.setOrigin({});
@@ -458,19 +400,213 @@ class ArmTask {
     const double angle = angleBetween(from, query_.direction);
     UMatrix shortest;
     turnBy(normal.norm() > 1e-12 ? normal : squareTo(from), {}, angle, shortest);
+    return shortest * start;
+  }
+
+  UMatrix turnedFrame(const UMatrix& shortest, double angle) const {
+    UMatrix about;
+    turnBy(query_.direction, {}, angle, about);
+    UMatrix frame = about * shortest;
+    frame.setOrigin(query_.target.tip);
+    return frame;
+  }
+
+  template <typename Visit>
+  void forEachFrame(Visit visit) const {
+    const UMatrix shortest = shortestFrame();
     const int turns = std::max(query_.core.options.toolTurns, 1);
     for (int k = 0; k < turns; ++k) {
-      UMatrix about;
-      turnBy(query_.direction, {}, 2 * std::numbers::pi * k / turns, about);
-      UMatrix frame = about * shortest * start;
-      frame.setOrigin(query_.target.tip);
-      visit(frame);
+      visit(turnedFrame(shortest, 2 * std::numbers::pi * k / turns));
     }
+  }
+
+  // --- curves
+
+  ArmCircle circleOf(int free) const {
+    ArmCircle circle;
+    circle.free = free;
+    circle.steps = query_.core.options.toolTurns;
+    for (int k = 0; k < 6; ++k) {
+      const Joint joint = pinned(k);
+      const auto [low, high] = listedRange(joint, start(k));
+      const bool isEndless = query_.limits == Limits::ignored && !joint.isLocked;
+      circle.ranges[at(k)] = {low, high, start(k), isEndless};
+    }
+    return circle;
+  }
+
+  void addMembers(const ArmMembers& members, const std::array<int, 2>& freePlaces) {
+    for (const ArmMember& member : members.list) {
+      for (int k = 0; k < 6; ++k) value(k) = member.way.degrees[at(k)];
+      add(query_, values_, member.way.branch, member.way.singular, freePlaces);
+    }
+  }
+
+  /// The tool may be turned about its direction, and the last joint follows: it is what is free.
+  void byTurns() {
+    thread_local ArmMembers members;
+    const UMatrix shortest = shortestFrame();
+    ArmCircle circle = circleOf(5);
+    circle.waysAt = [this, &shortest](double angle, const Branch* side) {
+      return waysAt(turnedFrame(shortest, angle), side);
+    };
+    followCircle(circle, members);
+    addMembers(members, {place(5), -1});
+    isFreeOnly_ = true;
+    for (const double angle : members.singular) {
+      byFrame(turnedFrame(shortest, angle), {place(5), -1});
+    }
+  }
+
+  /// All ways for a frame that leave no joint free; see ArmCircle.
+  ArmWays waysAt(const UMatrix& frame, const Branch* side) {
+    const UMatrix motion = motionTo(frame);
+    const rotations::Vec3 centre = plain(motion * standing_.centre);
+    const rotations::ThreeAnglesList list = side ? axes().solutions(centre) : axes().solve(centre);
+    ArmWays ways;
+    ways.missing[4] = list.missMm / axes().size();
+    for (const rotations::ThreeAngles& angles : list) {
+      if (side && (angles.shoulder != side->shoulder || angles.elbow != side->elbow)) continue;
+      if (freeOf(angles) >= 0) {
+        setSingular(angles, ways);
+        continue;
+      }
+      const std::array<double, 3> three = anglesOf(angles);
+      for (int k = 0; k < 3; ++k) value(k) = three[at(k)] * kRadToDeg;
+      addWays(reachedBy(angles), rigidInverse(shoulderTurn()) * motion, ways);
+    }
+    return ways;
+  }
+
+  static std::size_t sideOf(const rotations::ThreeAngles& a) {
+    return (a.shoulder < 0 ? 2u : 0u) + (a.elbow < 0 ? 1u : 0u);
+  }
+
+  static void setSingular(const rotations::ThreeAngles& angles, ArmWays& ways) {
+    ways.isSingular = true;
+    ways.clear[sideOf(angles)] = 0.0;
+  }
+
+  /// The first three joints stand in `values_`.
+  void addWays(const Reached& reached, const UMatrix& wrist, ArmWays& ways) {
+    const UVec3d to = turned(wrist, axis(5));
+    const rotations::TwoAnglesList pairs = wristPairs(to);
+    ArmWay way;
+    for (int k = 0; k < 3; ++k) way.degrees[at(k)] = value(k);
+    way.branch = reached.branch;
+    way.singular = singularOf(reached, to);
+    const bool isShoulderFree = freeOf(reached.angles) >= 0;
+    const double clear = isShoulderFree ? kTurn : way.singular.shoulderMm / axes().size();
+    setClear(reached, to, pairs, std::min(way.singular.directionRad, clear), ways);
+    for (const rotations::TwoAngles& pair : pairs) {
+      if (pair.a1 == kFreeAngle) {
+        setSingular(reached.angles, ways);
+        continue;
+      }
+      if (pairs.count == 2) way.branch.wrist = sideOf(pair.a2);
+      way.degrees[3] = pair.a1 * kRadToDeg;
+      way.degrees[4] = pair.a2 * kRadToDeg;
+      way.degrees[5] = lastTurn(pair.a1, pair.a2, wrist);
+      ways.add(way);
+    }
+  }
+
+  bool isFollowed(const Reached& reached) const {
+    return freeOf(reached.angles) >= 0 && !query_.takesMissed;
+  }
+
+  /// One of the first three joints may stand anywhere, and the wrist follows.
+  void followFrame(const Reached& reached, const UMatrix& motion,
+                   const std::array<int, 2>& freePlaces) {
+    const int free = freeOf(reached.angles);
+    const auto wrist = [&] { return rigidInverse(shoulderTurn()) * motion; };
+    followShoulder(
+        reached, free, with(freePlaces, free),
+        [&](ArmWays& ways) { addWays(reached, wrist(), ways); },
+        [&](const std::array<int, 2>& places) { turnWristTo(reached, wrist(), places); });
+  }
+
+  /// The same where the last joint stays where it starts.
+  void followDirection(const Reached& reached, const UVec3d& direction) {
+    const int free = freeOf(reached.angles);
+    const auto to = [&] { return turnedBack(shoulderTurn(), direction); };
+    followShoulder(
+        reached, free, with({place(5), -1}, free),
+        [&](ArmWays& ways) { addPointing(reached, to(), ways); },
+        [&](const std::array<int, 2>&) { pointWrist(reached, to(), free); });
+  }
+
+  /// `waysHere` gives the ways with the first three joints in `values_`, `addHere` adds what leaves
+  /// a joint of the wrist free as well.
+  template <typename WaysHere, typename AddHere>
+  void followShoulder(const Reached& reached, int free, const std::array<int, 2>& freePlaces,
+                      WaysHere waysHere, AddHere addHere) {
+    thread_local ArmMembers members;
+    const auto standAt = [&](double angle) {
+      const std::array<double, 3> three = anglesOf(reached.angles);
+      for (int k = 0; k < 3; ++k) value(k) = three[at(k)] * kRadToDeg;
+      value(free) = start(free) + angle * kRadToDeg;
+    };
+    const auto waysAt = [&](double angle) {
+      ArmWays ways;
+      standAt(angle);
+      waysHere(ways);
+      return ways;
+    };
+    ArmCircle circle = circleOf(free);
+    circle.waysAt = [&waysAt](double angle, const Branch*) { return waysAt(angle); };
+    followCircle(circle, members);
+    addMembers(members, freePlaces);
+    const bool wasFreeOnly = std::exchange(isFreeOnly_, true);
+    for (const double angle : members.singular) {
+      standAt(angle);
+      if (standInside()) addHere(freePlaces);
+    }
+    isFreeOnly_ = wasFreeOnly;
+  }
+
+  /// The first three joints at their turns nearest to the start; false where one has none.
+  bool standInside() {
+    for (int k = 0; k < 3; ++k) {
+      const TurnRange range = turnsOf(pinned(k), value(k), start(k), query_.limits);
+      if (range.count == 0) return false;
+      value(k) = onLimit(pinned(k), nearestTurn(range, start(k)));
+    }
+    return true;
+  }
+
+  /// With the last joint where it starts.
+  void addPointing(const Reached& reached, const UVec3d& to, ArmWays& ways) {
+    const rotations::TwoAnglesList pairs = wristPairs(to);
+    ArmWay way;
+    for (int k = 0; k < 3; ++k) way.degrees[at(k)] = value(k);
+    way.degrees[5] = std::clamp(start(5), pinned(5).min, pinned(5).max);
+    way.branch = reached.branch;
+    way.singular = singularOf(reached, to);
+    setClear(reached, to, pairs, way.singular.directionRad, ways);
+    for (const rotations::TwoAngles& pair : pairs) {
+      if (pair.a1 == kFreeAngle) {
+        setSingular(reached.angles, ways);
+        continue;
+      }
+      if (pairs.count == 2) way.branch.wrist = sideOf(pair.a2);
+      way.degrees[3] = pair.a1 * kRadToDeg;
+      way.degrees[4] = pair.a2 * kRadToDeg;
+      ways.add(way);
+    }
+  }
+
+  void setClear(const Reached& reached, const UVec3d& to, const rotations::TwoAnglesList& pairs,
+                double clear, ArmWays& ways) const {
+    const std::size_t side = sideOf(reached.angles);
+    ways.missing[side] = pairs.count > 0 ? 0.0 : wristBand().missing(angleBetween(axis(3), to));
+    ways.clear[side] = clear;
   }
 
   const Query& query_;
   Values& values_;
-  Standing standing_;
+  ArmStanding standing_;
+  bool isFreeOnly_ = false;  ///< Of a frame only what leaves a joint free.
 };
 
 void solveStanding(const Query& query, Values& values) {
@@ -479,11 +615,6 @@ void solveStanding(const Query& query, Values& values) {
 }
 
 }  // namespace
-
-std::optional<Shortfall> shortfallOfArm(const Query& query) {
-  Values values = query.from;
-  return ArmTask(query, values).shortfall();
-}
 
 void solveArm(const Query& query) { solvePlaced(query, solveStanding); }
 

@@ -28,6 +28,12 @@ inline std::size_t at(int i) { return static_cast<std::size_t>(i); }
 /// tool that is a metre away by less than 1e-9 mm.
 inline constexpr double kOnLimit = 5e-11;
 
+/// The same of a locked joint, which has one place alone: next to a fold what is solved is no surer
+/// than this. Whether the tool still reaches its target the residual says.
+inline constexpr double kOnLock = 1e-7;
+
+inline double slackOf(const Joint& joint) { return joint.isLocked ? kOnLock : kOnLimit; }
+
 /// Below this the sine of an angle is the angle, to rounding.
 inline constexpr double kSmallSine = 1.5e-8;
 
@@ -110,8 +116,8 @@ TurnRange turnsOf(const Joint& joint, double degrees, double start, Limits limit
 
 /// The value itself, or the limit that it misses by rounding alone.
 inline double onLimit(const Joint& joint, double value) {
-  if (value < joint.min && joint.min - value <= kOnLimit) return joint.min;
-  if (value > joint.max && value - joint.max <= kOnLimit) return joint.max;
+  if (value < joint.min && joint.min - value <= slackOf(joint)) return joint.min;
+  if (value > joint.max && value - joint.max <= slackOf(joint)) return joint.max;
   return value;
 }
 
@@ -150,9 +156,6 @@ void solveCartesian(const Query& query);
 
 /// All solutions of arms.
 void solveArm(const Query& query);
-
-/// How much an arm's first three joints miss the wrist centre; nothing where they reach it.
-std::optional<Shortfall> shortfallOfArm(const Query& query);
 
 /// How a rotary joint that stays free, `free`, turns another one with it: other = offset + slope *
 /// free (degrees); slope 0 or 1 or -1.

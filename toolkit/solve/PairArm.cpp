@@ -52,7 +52,7 @@ class PairArm {
   }
 
   bool solve() {
-    const rotations::ThreeAnglesList list = arm_.shoulder().solve(plain(centre()));
+    const rotations::ThreeAnglesList list = arm_.shoulder().solutions(plain(centre()));
     if (!bound() || !stand(list)) return false;
     to_ = PairPlaced::bothAt(frame_);
     for (std::size_t i = 0; i < count_; i += 2) {

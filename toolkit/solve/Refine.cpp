@@ -1,5 +1,6 @@
 #include "toolkit/solve/Refine.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -99,10 +100,14 @@ Column stepOf(const Linear& linear, double damping) {
   return solved(rows, right);
 }
 
+/// What was inside the limits stays there.
 Values stepped(const Query& query, Values values, const Column& step) {
   for (std::size_t k = 0; k < 6; ++k) {
     const Joint& joint = query.core.joint(query.core.arm->joint(static_cast<int>(k)));
-    values[at(joint.place)] = onLimit(joint, values[at(joint.place)] + step[k] * kRadToDeg);
+    double& value = values[at(joint.place)];
+    const double to = onLimit(joint, value + step[k] * kRadToDeg);
+    const bool isKept = query.limits == Limits::kept && isInside(joint, value);
+    value = isKept ? std::clamp(to, joint.min, joint.max) : to;
   }
   return values;
 }

@@ -185,13 +185,6 @@ void Solver::solve(const FrameTarget& target, const Values& from, std::vector<So
   solveArm({*core_, {tip, direction}, direction, from, limits, out, &target.frame});
 }
 
-std::optional<Shortfall> Solver::shortfall(const Target& target, const Values& from) const {
-  const UVec3d direction = target.direction.normalised();
-  if (core_->kind != SolverKind::arm || !isQuestion(target.tip, direction, from)) return {};
-  std::vector<Solution> none;
-  return shortfallOfArm({*core_, target, direction, from, Limits::ignored, none});
-}
-
 void Solver::approach(const Target& target, const Values& from, std::vector<Solution>& out) const {
   out.clear();
   const UVec3d direction = target.direction.normalised();

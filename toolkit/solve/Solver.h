@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -64,8 +63,11 @@ struct Redundancy {
 struct SolverOptions {
   std::array<Redundancy, kMostAxes> redundancy;  ///< By place.
 
-  /// Of an arm whose tool does not turn about its own direction with the last joint: how many turns
-  /// of the tool about its direction are tried beside that of the start.
+  /// Of an arm whose tool does not turn about its own direction with the last joint: how finely its
+  /// positions are followed while the tool turns once about its direction; at least 16. What lies
+  /// between is met where it shows at neighbouring turns: ways that meet or part, limits that are
+  /// touched. Two ways that come and go between two turns while the shoulder's other side reaches
+  /// the target are not. To `approach` it is how many turns are tried.
   int toolTurns = 72;
 };
 
@@ -105,16 +107,11 @@ struct Solution {
   int marginPlace = -1;  ///< Of the axis with the least margin; -1 where no axis has a limit.
 
   /// Places of axes that may stand anywhere while others follow: this is one of a family, the
-  /// member whose first free axis is nearest to the start of all that are inside the limits.
+  /// member whose first free axis is nearest to the start of all that are inside the limits. Of an
+  /// arm every branch has as many members as its limits leave separate pieces of the family.
   std::array<int, 2> freePlaces{-1, -1};
 
   bool isFamily() const { return freePlaces[0] >= 0; }
-};
-
-/// How much an arm is too short, or too long, for a target.
-struct Shortfall {
-  double mm = 0.0;  ///< From the wrist centre wanted to the nearest place it can be carried.
-  zgeo::UVec3d nearestTip;  ///< The tip with the tool directed as wanted, the wrist centre there.
 };
 
 enum class Limits {
@@ -156,7 +153,9 @@ class KORVO_TOOLKIT_API Solver {
   /// @frames  Machine frame.
   /// @errors  Empty when nothing reaches the target, when target or start is not finite or the
   ///          direction null, and when no closed form serves the machine.
-  /// @cost    Closed forms and one forward walk a solution; no allocation once `out` has grown.
+  /// @cost    Closed forms and one forward walk a solution; of an arm with its tool beside the last
+  ///          joint's line a thousand times the closed form. No allocation once `out`, and what a
+  ///          thread keeps for that, have grown.
   void solve(const Target& target, const Values& from, std::vector<Solution>& out,
              Limits limits = Limits::kept) const;
 
@@ -164,10 +163,6 @@ class KORVO_TOOLKIT_API Solver {
   /// the frame is no rotation (to 1e-9).
   void solve(const FrameTarget& target, const Values& from, std::vector<Solution>& out,
              Limits limits = Limits::kept) const;
-
-  /// Of an arm: how much its first three joints are too short for the target, whatever the limits;
-  /// nothing where they reach it, and of other machines.
-  std::optional<Shortfall> shortfall(const Target& target, const Values& from) const;
 
   /// What comes nearest, for who asks why nothing reaches: every branch, limits ignored, the tip
   /// carried as near to the target's as it can be, which may be beside it. An arm whose wrist does

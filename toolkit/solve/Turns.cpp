@@ -21,8 +21,8 @@ TurnRange turnsOf(const Joint& joint, double degrees, double start, Limits limit
     return {degrees + kTurn * std::round((start - degrees) / kTurn), 1};
   }
   const auto [low, high] = listedRange(joint, start);
-  const double first = std::ceil((low - kOnLimit - degrees) / kTurn);
-  const double last = std::floor((high + kOnLimit - degrees) / kTurn);
+  const double first = std::ceil((low - slackOf(joint) - degrees) / kTurn);
+  const double last = std::floor((high + slackOf(joint) - degrees) / kTurn);
   return {degrees + kTurn * first, last < first ? 0 : static_cast<int>(last - first) + 1};
 }
 
