@@ -1,5 +1,5 @@
 # The few commands of this repository. Each installs first what it needs and lacks (Debian 12).
-.PHONY: help demo test test-long bench fuzz coverage reference format install
+.PHONY: help demo test test-long bench bench-check bench-record fuzz coverage reference format install
 
 PREFIX ?= /usr/local
 FUZZ_SECONDS ?= 1200
@@ -8,7 +8,8 @@ help:
 	@echo "make demo       build, ask the command line about two example machines, write one as GLB"
 	@echo "make test       build with warnings as errors and run every test"
 	@echo "make test-long  the same, with twenty times as many cases in each property"
-	@echo "make bench      run the benchmarks"
+	@echo "make bench      run the benchmarks, write benchmarks/results.md; some minutes on a quiet machine"
+	@echo "make bench-check   compare instruction counts with the record; bench-record makes a new one"
 	@echo "make fuzz       run each fuzz target for FUZZ_SECONDS ($(FUZZ_SECONDS))"
 	@echo "make coverage   line coverage of kinematics/ and platform/"
 	@echo "make reference  the Doxygen reference"
@@ -32,6 +33,16 @@ bench:
 	scripts/install-deps build bench
 	cmake --workflow --preset bench
 	scripts/bench
+
+bench-check:
+	scripts/install-deps build bench
+	cmake --workflow --preset bench
+	scripts/bench-check
+
+bench-record:
+	scripts/install-deps build bench
+	cmake --workflow --preset bench
+	scripts/bench-check --record
 
 fuzz:
 	scripts/install-deps build test clang

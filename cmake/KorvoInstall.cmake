@@ -23,10 +23,11 @@ set(KORVO_INTERFACE
   toolkit/Describe.h toolkit/Export.h toolkit/Format.h toolkit/Language.h toolkit/Machine.h
   toolkit/Position.h
   toolkit/RotarySense.h toolkit/Text.h
-  toolkit/answer/Answer.h toolkit/check/Check.h toolkit/check/Diagnostic.h
+  toolkit/answer/Answer.h toolkit/answer/Reach.h toolkit/answer/Served.h toolkit/check/Check.h toolkit/check/Diagnostic.h
   toolkit/check/Fixes.h toolkit/check/Hover.h
   toolkit/export/Bodies.h toolkit/export/WholeFile.h toolkit/export/Write.h
-  toolkit/geometry/Measure.h)
+  toolkit/geometry/Measure.h
+  toolkit/model/JointChain.h toolkit/solve/Solver.h toolkit/solve/Target.h)
 foreach(header ${KORVO_INTERFACE})
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})

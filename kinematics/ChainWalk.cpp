@@ -3,88 +3,39 @@
 #include <algorithm>
 #include <unordered_map>
 
-#include "platform/rotations/RotationMatrix.h"
-
 using zgeo::UMatrix;
-using zgeo::UVec3d;
 
 namespace zkin {
 
 ChainWalk::ChainWalk(const std::vector<KMachineElem>& elements, const KMachineElem* e) {
-  for (; e; e = elementOf(elements, e->getPrevIndex())) addBefore(e);
-  if (heap_.empty()) {
-    first_ = fixed_ + (kChainFixed - size_);
-  } else {
-    std::reverse(heap_.begin(), heap_.end());
-    first_ = heap_.data();
-  }
+  const KMachineElem** first = std::end(fixed_);
+  for (; e && first != fixed_; e = elementOf(elements, e->getPrevIndex())) *--first = e;
+  first_ = first;
+  size_ = static_cast<std::size_t>(std::end(fixed_) - first);
+  if (e) takeLong(elements, e);
 }
 
-void ChainWalk::addBefore(const KMachineElem* e) {
-  if (size_ == kChainFixed) heap_.assign(std::rbegin(fixed_), std::rend(fixed_));
-  if (size_ >= kChainFixed) {
-    heap_.push_back(e);
-  } else {
-    fixed_[kChainFixed - 1 - size_] = e;
-  }
-  ++size_;
-}
-
-// Deliberate: an axis of the frame's index, or beyond the numbers, stays (test:
-// KMachineForward.AxisWithoutAPlaceInThePositionStays); one in a gap of the numbers reads the first
-// value (KMachineForward.AxisAddedInAGapOfTheNumbersMovesByTheFirstValue).
-double axisValue(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& axis) {
-  const std::size_t k = static_cast<std::size_t>(axis.getElemIndex()) - 1;
-  if (axis.getElemIndex() < 1 || k >= machine.axisValueIndex.size()) return 0.0;
-  return v[machine.axisValueIndex[k]];
-}
-
-namespace {
-
-// `placed` after a slide: what it carries starts from another point.
-void slide(UMatrix& placed, const UVec3d& by) { placed.setOrigin(placed * by); }
-
-// `placed * _rotation(axis, point, angle)`, inline and without the products with the last rows:
-// the rotation stays in registers.
-void turn(UMatrix& placed, const UVec3d& axis, const UVec3d& point, double angle) {
-  const auto [x, y, z] = korvo::rotations::rotationMatrix({axis.x, axis.y, axis.z}, angle);
-  const auto times = [&point](const korvo::rotations::Vec3& row) {
-    return row[0] * point.x + row[1] * point.y + row[2] * point.z;
-  };
-  placed.setOrigin(placed * (point - UVec3d(times(x), times(y), times(z))));
-  for (int i = 0; i < 3; ++i) {
-    const double a = placed(i, 0), b = placed(i, 1), c = placed(i, 2);
-    for (int j = 0; j < 3; ++j) placed(i, j) = a * x[j] + b * y[j] + c * z[j];
-  }
-}
-
-}  // namespace
-
-void moveByOwn(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& e,
-               UMatrix& placed) {
-  switch (e.getElemType()) {
-    case KMachineElem::KMET_TYPE_AROT:
-      return turn(placed, e.getElemAxis(), e.getElemPivot(), axisValue(machine, v, e) * kDegToRad);
-    case KMachineElem::KMET_TYPE_ALIN:
-      return slide(placed, e.getElemAxis() * axisValue(machine, v, e));
-    case KMachineElem::KMET_TYPE_DGUN:
-      return slide(placed, e.getElemAxis() * e.getTHELength());
-    default:
-      return;
-  }
+void ChainWalk::takeLong(const std::vector<KMachineElem>& elements, const KMachineElem* e) {
+  heap_.assign(std::rbegin(fixed_), std::rend(fixed_));
+  for (; e; e = elementOf(elements, e->getPrevIndex())) heap_.push_back(e);
+  std::reverse(heap_.begin(), heap_.end());
+  first_ = heap_.data();
+  size_ = heap_.size();
 }
 
 // Deliberate: an inverted element moves in its declared sense what hangs on it; only as the target
 // it leaves its own motion out. Tests: KMachineForward.InvertedTargetLeavesOutItsOwnMotion and
 // .InvertedAxisTurnsWhatHangsOnItInItsDeclaredSense.
 UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v, const KMachineElem* e) {
-  UMatrix motion;
-  if (!e) return motion;
-  for (const KMachineElem* c : ChainWalk(machine.elements, e)) {
-    if (c == e && e->isInverted()) break;  // moved only by what carries it
-    moveByOwn(machine, v, *c, motion);
+  Placement motion;
+  const AxisValues values(machine, v);
+  const ChainWalk chain(machine.elements, e);
+  ChainTurns turns(values, chain.end());
+  for (const KMachineElem* const* at = chain.begin(); at != chain.end(); ++at) {
+    if (*at == e && e->isInverted()) break;  // moved only by what carries it
+    moveByOwn(values, **at, motion, [&] { return turns.at(at); });
   }
-  return motion;
+  return motion.matrix();
 }
 
 namespace {
@@ -129,13 +80,16 @@ std::vector<std::size_t> rootsFirst(const std::vector<std::size_t>& previous) {
 void motionsOf(const MachineView& machine, const KMachineValueBase& v, std::vector<UMatrix>& out) {
   const std::vector<KMachineElem>& elements = machine.elements;
   const std::vector<std::size_t> previous = predecessors(elements);
-  std::vector<UMatrix> after(elements.size());
-  out.assign(elements.size(), UMatrix());
+  const AxisValues values(machine, v);
+  std::vector<Placement> after(elements.size());
+  out.resize(elements.size());
   for (const std::size_t r : rootsFirst(previous)) {
-    if (previous[r] != kNoRank) after[r] = after[previous[r]];
-    out[r] = after[r];
-    moveByOwn(machine, v, elements[r], after[r]);
-    if (!elements[r].isInverted()) out[r] = after[r];
+    Placement placed = previous[r] == kNoRank ? Placement() : after[previous[r]];
+    if (elements[r].isInverted()) out[r] = placed.matrix();
+    moveByOwn(values, elements[r], placed,
+              [&] { return korvo::rotations::sinCos(values[elements[r]] * kDegToRad); });
+    if (!elements[r].isInverted()) out[r] = placed.matrix();
+    after[r] = placed;
   }
 }
 

@@ -1,11 +1,16 @@
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "kinematics/KMachineElem.h"
 #include "kinematics/KMachineValue.h"
+#include "kinematics/Placement.h"
 #include "kinematics/tolerances.h"
+#include "platform/rotations/SinCos.h"
 #include "platform/zgeo/UMatrix.h"
 
 namespace zkin {
@@ -40,33 +45,97 @@ class ChainWalk {
   std::size_t size() const { return size_; }
 
  private:
-  void addBefore(const KMachineElem* e);
+  void takeLong(const std::vector<KMachineElem>& elements, const KMachineElem* e);
 
   const KMachineElem* fixed_[kChainFixed];  // filled from its end, so the root comes first
-  std::vector<const KMachineElem*> heap_;   // the whole chain, tip first, once it outgrows fixed_
+  std::vector<const KMachineElem*> heap_;   // the whole chain once it outgrows fixed_
   const KMachineElem* const* first_ = nullptr;
   std::size_t size_ = 0;
 };
 
-/// The value of an axis at a position; 0 for an axis without a place.
-double axisValue(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& axis);
+/// The values of the axes at a position.
+class AxisValues {
+ public:
+  AxisValues(const MachineView& machine, const KMachineValueBase& v)
+      : places_(machine.axisValueIndex), values_(v.get()), last_(v.size() - 1) {}
+
+  // Deliberate: an axis of the frame's index, or beyond the numbers, stays (test:
+  // KMachineForward.AxisWithoutAPlaceInThePositionStays); one in a gap of the numbers reads the
+  // first value (KMachineForward.AxisAddedInAGapOfTheNumbersMovesByTheFirstValue).
+  double operator[](const KMachineElem& axis) const {
+    const std::size_t k = static_cast<std::size_t>(axis.getElemIndex()) - 1;
+    return k < places_.size() ? values_[std::clamp(places_[k], 0, last_)] : 0.0;
+  }
+
+ private:
+  const std::vector<int>& places_;
+  const double* values_;
+  int last_;
+};
+
+/// What the rotary axes of a chain turn by, asked for in the order of the chain and computed two
+/// at once: bit by bit the sines and cosines of each alone.
+class ChainTurns {
+ public:
+  ChainTurns(const AxisValues& values, const KMachineElem* const* end)
+      : values_(values), end_(end) {}
+
+  korvo::rotations::SinCos at(const KMachineElem* const* axis) {
+    using namespace korvo::rotations;
+    if (std::exchange(hasNext_, false)) return next_;
+    const KMachineElem* const* other = std::find_if(axis + 1, end_, turns);
+    const double angle = angleOf(*axis), further = other == end_ ? kMostSinCos : angleOf(*other);
+    if (!(std::fabs(angle) < kMostSinCos && std::fabs(further) < kMostSinCos)) {
+      return sinCos(angle);
+    }
+    const auto [sine, cosine, versine] = sinCosWithin(Pair{angle, further});
+    next_ = {sine[1], cosine[1], versine[1]};
+    hasNext_ = true;
+    return {sine[0], cosine[0], versine[0]};
+  }
+
+ private:
+  static bool turns(const KMachineElem* e) {
+    return e->getElemType() == KMachineElem::KMET_TYPE_AROT;
+  }
+  double angleOf(const KMachineElem* axis) const { return values_[*axis] * kDegToRad; }
+
+  const AxisValues& values_;
+  const KMachineElem* const* end_;
+  korvo::rotations::SinCos next_{};
+  bool hasNext_ = false;
+};
 
 /// Moves `placed`, the placement of what carries the element, on by the element's own motion about
-/// or along its axis line as `placed` has moved it: it turns by its value (degrees), slides by its
+/// or along its axis line as `placed` has moved it: it turns by what `turn()` gives, slides by its
 /// value (mm) or, a gun, by its length. Other elements move nothing.
-void moveByOwn(const MachineView& machine, const KMachineValueBase& v, const KMachineElem& e,
-               zgeo::UMatrix& placed);
+template <typename Turn>
+void moveByOwn(const AxisValues& values, const KMachineElem& e, Placement& placed, Turn turn) {
+  switch (e.getElemType()) {
+    case KMachineElem::KMET_TYPE_AROT:
+      return placed.turn(e.getElemAxis(), e.getElemPivot(), turn());
+    case KMachineElem::KMET_TYPE_ALIN:
+      return placed.slide(e.getElemAxis() * values[e]);
+    case KMachineElem::KMET_TYPE_DGUN:
+      return placed.slide(e.getElemAxis() * e.getTHELength());
+    default:
+      return;
+  }
+}
 
-/// Calls `visit(element, motion)` for every element of a chain, root first, with its motion matrix:
-/// bit by bit what `motionOf` gives for it.
+/// Calls `visit(element, motion)` for every element of a chain, root first, with its motion: bit by
+/// bit what `motionOf` gives for it.
 template <typename Visit>
 void walkMotions(const MachineView& machine, const KMachineValueBase& v, const ChainWalk& chain,
                  Visit visit) {
-  zgeo::UMatrix placed;
-  for (const KMachineElem* e : chain) {
-    if (e->isInverted()) visit(*e, placed);  // moved only by what carries it
-    moveByOwn(machine, v, *e, placed);
-    if (!e->isInverted()) visit(*e, placed);
+  const AxisValues values(machine, v);
+  ChainTurns turns(values, chain.end());
+  Placement placed;
+  for (const KMachineElem* const* at = chain.begin(); at != chain.end(); ++at) {
+    const KMachineElem& e = **at;
+    if (e.isInverted()) visit(e, placed);  // moved only by what carries it
+    moveByOwn(values, e, placed, [&] { return turns.at(at); });
+    if (!e.isInverted()) visit(e, placed);
   }
 }
 

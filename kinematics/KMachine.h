@@ -62,9 +62,9 @@ class KORVO_KINEMATICS_API KMachine {
   ///          after two turns of each element; the links may then be a cycle, see above.
   ///          Collision pairs, strategy, mode, current tool, records and legacy offset of a former
   ///          load stay.
-  /// @cost    Linear in the file, but for look-ups by name and index, each linear in the elements
-  ///          read so far, and for the pairs that its collision lines name: the lengths of both
-  ///          groups multiplied, line by line. Every tool's chain is analysed twice.
+  /// @cost    Linear in the file, but for the pairs that its collision lines name: the lengths of
+  ///          both groups multiplied, line by line; and for its tools: every tool's chain is
+  ///          analysed twice, each time looked up among all elements.
   int readDataFile();
 
   // --- KMachine_graph.cpp: accessors, values, lookups, building, chains, tools, collision pairs

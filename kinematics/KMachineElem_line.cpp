@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "kinematics/KMachineElem.h"
-#include "platform/os/Files.h"
+#include "kinematics/read/Operands.h"
+#include "platform/os/Names.h"
 #include "platform/text/Keywords.h"
-#include "platform/text/Number.h"
 #include "platform/zgeo/UTools.h"
 
 using korvo::text::Keyword;
@@ -14,16 +14,6 @@ using zgeo::UVec3d;
 
 namespace zkin {
 namespace {
-
-using Tokens = std::vector<std::wstring>;
-
-bool hasToken(const Tokens& tokens, int pos, int count = 1) {
-  return pos >= 0 && pos <= static_cast<int>(tokens.size()) - count;
-}
-
-bool sameWord(const std::wstring& a, const wchar_t* b) {
-  return korvo::os::_wcsicmp(a.c_str(), b) == 0;
-}
 
 // Deliberate: squeezes out the blanks by moving the rest forward, then erases one character only,
 // so a line of k blanks keeps its last k - 1 characters behind the squeezed text.
@@ -38,9 +28,9 @@ std::wstring squeezed(std::wstring line) {
 
 // A name's place in a list of axis names, from 1; 0 when it is not there.
 template <std::size_t N>
-int placeIn(const wchar_t* const (&names)[N], const std::wstring& name) {
+int placeIn(const wchar_t* const (&names)[N], std::wstring_view name) {
   for (std::size_t i = 0; i < N; ++i) {
-    if (sameWord(name, names[i])) return static_cast<int>(i) + 1;
+    if (isWord(name, names[i])) return static_cast<int>(i) + 1;
   }
   return 0;
 }
@@ -48,37 +38,37 @@ int placeIn(const wchar_t* const (&names)[N], const std::wstring& name) {
 // Version 2: the name says the axis number.
 // Deliberate: other names give 0, the frame's index, since version 2 knows these six axes only:
 // what follows such an element hangs on the frame. Redundant axes need version 1.
-int indexByName(const std::wstring& name, bool rotary) {
+int indexByName(std::wstring_view name, bool rotary) {
   static constexpr const wchar_t* kLinear[] = {L"X", L"Y", L"Z"};
   static constexpr const wchar_t* kRotary[] = {L"A", L"B", L"C"};
   const int place = placeIn(rotary ? kRotary : kLinear, name);
   return place > 0 && rotary ? place + 3 : place;
 }
 
-void skipInt(const Tokens& tokens, int& pos) {
+void skipInt(const Operands& tokens, int& pos) {
   int unused = 0;
-  KMachineElem::_readValue(tokens, pos, unused);
+  readValue(tokens, pos, unused);
 }
 
-void readGeometry(KMachineElem& e, const Tokens& tokens, int& pos) {
+void readGeometry(KMachineElem& e, const Operands& tokens, int& pos) {
   std::wstring file;
   int rgb[3] = {0, 0, 0};
-  if (!KMachineElem::_readGeomFile(tokens, pos, file, rgb)) return;
+  if (!readGeomFile(tokens, pos, file, rgb)) return;
   e.setGeomFile(file);
   e.setGeomRGB(rgb[0], rgb[1], rgb[2]);
 }
 
-void readFrame(KMachineElem& e, const Tokens& tokens, int version) {
+void readFrame(KMachineElem& e, const Operands& tokens, int version) {
   int pos = 0;
-  if (version == 2) KMachineElem::_readVector(tokens, pos, e.getElemAxis());
+  if (version == 2) readVector(tokens, pos, e.getElemAxis());
   readGeometry(e, tokens, pos);
 }
 
-void readPart(KMachineElem& e, const Tokens& tokens, int version) {
+void readPart(KMachineElem& e, const Operands& tokens, int version) {
   int pos = 0;
   UVec3d x, y, unused;
-  KMachineElem::_readVector(tokens, pos, x);
-  KMachineElem::_readVector(tokens, pos, y);
+  readVector(tokens, pos, x);
+  readVector(tokens, pos, y);
   // Deliberate: read and replaced, since a version-2 part lies along the machine's axes.
   if (version == 2) x.set(1, 0, 0), y.set(0, 1, 0);
   x.normalise();
@@ -86,43 +76,43 @@ void readPart(KMachineElem& e, const Tokens& tokens, int version) {
   e.setElemAxisX(x);
   e.setElemAxis((x ^ y).normalised());
   // Deliberate: a part position may stand in the file, but the part's point is always the origin.
-  KMachineElem::_readVector(tokens, pos, unused);
+  readVector(tokens, pos, unused);
   readGeometry(e, tokens, pos);
 }
 
-void readTool(KMachineElem& e, const Tokens& tokens) {
+void readTool(KMachineElem& e, const Operands& tokens) {
   int pos = 0;
-  KMachineElem::_readVector(tokens, pos, e.getElemAxis());
+  readVector(tokens, pos, e.getElemAxis());
   e.getElemAxis().normalise();
-  KMachineElem::_readVector(tokens, pos, e.getElemPivot());
+  readVector(tokens, pos, e.getElemPivot());
   readGeometry(e, tokens, pos);
 }
 
 // Sets name and index; returns the position of the first operand after them.
-int readAxisName(KMachineElem& e, const Tokens& tokens, int version) {
-  std::wstring name = tokens.empty() ? std::wstring() : tokens[0];
+int readAxisName(KMachineElem& e, const Operands& tokens, int version) {
+  std::wstring name(tokens.empty() ? std::wstring_view() : tokens[0]);
   int pos = 1, index = 0;
   if (version == 2) {
     name = UTools::_removeFrom(UTools::_up(name), L"AXE_");
     index = indexByName(name, e.getElemType() == KMachineElem::KMET_TYPE_AROT);
   } else {
-    KMachineElem::_readValue(tokens, pos, index);
+    readValue(tokens, pos, index);
   }
   e.setElemName(name);
   e.setElemIndex(index);
   return pos;
 }
 
-void readAxis(KMachineElem& e, const Tokens& tokens, int version) {
+void readAxis(KMachineElem& e, const Operands& tokens, int version) {
   int pos = readAxisName(e, tokens, version);
-  KMachineElem::_readVector(tokens, pos, e.getElemAxis());
+  readVector(tokens, pos, e.getElemAxis());
   e.getElemAxis().normalise();
   if (e.getElemType() == KMachineElem::KMET_TYPE_AROT) {
     // Deliberate: lines may hold two integers here that mean nothing to us. Without them the first
     // numbers of the point are taken for them, so "0,0,100" gives no point.
     skipInt(tokens, pos);
     skipInt(tokens, pos);
-    KMachineElem::_readVector(tokens, pos, e.getElemPivot());
+    readVector(tokens, pos, e.getElemPivot());
   }
   readGeometry(e, tokens, pos);
 }
@@ -145,15 +135,21 @@ constexpr Kind kKinds[] = {
     {Keyword::rotaryAxis, KMachineElem::KMET_TYPE_AROT, L"", 0},
 };
 
-const Kind* kindOf(const std::wstring& word) {
-  const Keyword keyword = korvo::text::keywordOf(word);
+const Kind* kindOf(Keyword keyword) {
   for (const Kind& kind : kKinds) {
     if (kind.keyword == keyword) return &kind;
   }
   return nullptr;
 }
 
-void readOperands(KMachineElem& e, Keyword keyword, const Tokens& tokens, int version) {
+}  // namespace
+
+void readElement(KMachineElem& e, Keyword keyword, const Operands& tokens, int version) {
+  const Kind* kind = kindOf(keyword);
+  if (!kind) return;
+  e.setElemType(kind->type);
+  e.setElemName(kind->name);
+  e.setElemIndex(kind->index);
   int pos = 0;
   switch (keyword) {
     case Keyword::frame:
@@ -171,72 +167,57 @@ void readOperands(KMachineElem& e, Keyword keyword, const Tokens& tokens, int ve
   }
 }
 
-// A direction word: an optional sign and an axis letter.
-bool axisWord(const std::wstring& token, UVec3d& v) {
+bool readAxisWord(std::wstring_view text, UVec3d& v) {
   static constexpr const wchar_t* kLetters[] = {L"x", L"y", L"z"};
-  const bool hasSign = !token.empty() && (token[0] == L'+' || token[0] == L'-');
-  const int place = placeIn(kLetters, hasSign ? token.substr(1) : token);
+  const bool hasSign = !text.empty() && (text[0] == L'+' || text[0] == L'-');
+  const int place = placeIn(kLetters, hasSign ? text.substr(1) : text);
   if (place == 0) return false;
-  const double s = token[0] == L'-' ? -1.0 : 1.0;
+  const double s = text[0] == L'-' ? -1.0 : 1.0;
   v.set(place == 1 ? s : 0.0, place == 2 ? s : 0.0, place == 3 ? s : 0.0);
   return true;
 }
 
-}  // namespace
+bool isWord(std::wstring_view text, const wchar_t* word) {
+  return std::ranges::equal(text.substr(0, text.find(L'\0')), std::wstring_view(word), {},
+                            korvo::os::lowered, korvo::os::lowered);
+}
+
+void splitAt(std::wstring_view text, wchar_t separator, bool keepEmpty, Operands& parts) {
+  parts.clear();
+  for (std::size_t start = 0; start <= text.size();) {
+    const std::size_t end = std::min(text.find(separator, start), text.size());
+    if (keepEmpty || end > start) parts.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+}
 
 bool KMachineElem::setFromLine(const std::wstring& line, int version) {
   reset();
-  const Tokens parts =
-      UTools::_split(squeezed(UTools::_simplified(line, false, false)), L'=', false);
-  const Kind* kind = parts.empty() ? nullptr : kindOf(parts[0]);
-  if (!kind) return false;
-  type_ = kind->type;
-  name_ = kind->name;
-  elemIndex_ = kind->index;
-  const Tokens tokens = parts.size() < 2 ? Tokens() : UTools::_split(parts[1], L',', true);
-  readOperands(*this, kind->keyword, tokens, version);
+  const std::wstring clean = squeezed(UTools::_simplified(line, false, false));
+  Operands parts, operands;
+  splitAt(clean, L'=', false, parts);
+  const Keyword keyword = parts.empty() ? Keyword::none : korvo::text::keywordOf(parts[0]);
+  if (!korvo::text::isElementKeyword(keyword)) return false;
+  if (parts.size() > 1) splitAt(parts[1], L',', true, operands);
+  readElement(*this, keyword, operands, version);
   return true;
 }
 
-bool KMachineElem::_readValue(const Tokens& tokens, int& pos, int& value) {
-  if (!hasToken(tokens, pos) || !korvo::text::scanInt(tokens[pos], value)) return false;
-  ++pos;
-  return true;
+bool KMachineElem::_readValue(const std::vector<std::wstring>& tokens, int& pos, int& value) {
+  return readValue(tokens, pos, value);
 }
 
-bool KMachineElem::_readValue(const Tokens& tokens, int& pos, double& value) {
-  if (!hasToken(tokens, pos) || !korvo::text::scanDouble(tokens[pos], value)) return false;
-  ++pos;
-  return true;
+bool KMachineElem::_readValue(const std::vector<std::wstring>& tokens, int& pos, double& value) {
+  return readValue(tokens, pos, value);
 }
 
-bool KMachineElem::_readVector(const Tokens& tokens, int& pos, UVec3d& v) {
-  if (!hasToken(tokens, pos)) return false;
-  if (axisWord(tokens[pos], v)) return ++pos, true;
-  if (!hasToken(tokens, pos, 3)) return false;
-  UVec3d read;
-  int next = pos;
-  if (!_readValue(tokens, next, read.x) || !_readValue(tokens, next, read.y) ||
-      !_readValue(tokens, next, read.z)) {
-    return false;
-  }
-  v = read;
-  pos = next;
-  return true;
+bool KMachineElem::_readVector(const std::vector<std::wstring>& tokens, int& pos, UVec3d& v) {
+  return readVector(tokens, pos, v);
 }
 
-bool KMachineElem::_readGeomFile(const Tokens& tokens, int& pos, std::wstring& file,
-                                 int* const rgb) {
-  if (!hasToken(tokens, pos)) return false;
-  file = tokens[pos++];
-  if (hasToken(tokens, pos, 3)) {
-    // Deliberate: a component that does not scan leaves its token to the next one, like every
-    // other operand.
-    for (int i = 0; i < 3; ++i) _readValue(tokens, pos, rgb[i]);
-  } else {
-    std::fill_n(rgb, 3, 200);
-  }
-  return !file.empty();
+bool KMachineElem::_readGeomFile(const std::vector<std::wstring>& tokens, int& pos,
+                                 std::wstring& file, int* const rgb) {
+  return readGeomFile(tokens, pos, file, rgb);
 }
 
 }  // namespace zkin

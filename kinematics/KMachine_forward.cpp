@@ -98,10 +98,10 @@ bool KMachine::setTHELength(double length, int tool) const {
 // Deliberate: elements hooked to one of the chain are stored for the host and get nothing.
 // Test: KMachineForward.HookedElementsGetNothingFromUpdateDHm.
 void KMachine::updateDHm(const KMachineValueBase& v, int tool) const {
-  const MachineView machine{elements_, axisValueIndex_};
+  const AxisValues values({elements_, axisValueIndex_}, v);
   const KMachineElem* e = toolElem(tool);
   for (const KMachineElem* c : ChainWalk(elements_, e)) {
-    if (c->isActive() && c->getElemIndex() > 0) c->setUMVValue(axisValue(machine, v, *c));
+    if (c->isActive() && c->getElemIndex() > 0) c->setUMVValue(values[*c]);
   }
 }
 

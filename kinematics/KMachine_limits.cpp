@@ -16,14 +16,16 @@ namespace zkin {
 
 int KMachine::countOutside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&),
                            std::vector<int>* out) const {
+  const double* const values = v.get();
+  const int size = v.size();
   int count = 0;
   for (const int rank : axisElems_) {
     const KMachineElem& e = elements_[rank];
     const int place = e.getValueIndex();
     if (!isChecked(e) || place < 0) continue;
-    const int side = sideOfLimits(e, v[place]);
+    const int side = sideOfLimits(e, values[std::min(place, size - 1)]);
     count += side != 0;
-    if (out && place < v.size()) (*out)[place] = side;
+    if (out && place < size) (*out)[place] = side;
   }
   return count;
 }

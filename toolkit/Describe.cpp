@@ -4,6 +4,7 @@
 #include <map>
 
 #include "toolkit/DhBase.h"
+#include "toolkit/Sentence.h"
 #include "toolkit/Text.h"
 
 using zkin::KMachine;
@@ -74,7 +75,7 @@ RotaryBody bodyOf(const KMachineElem& axis, bool isArm) {
   return isArm ? RotaryBody::arm : RotaryBody::head;
 }
 
-AxisInfo axisOf(const KMachineElem& e, bool isArm) {
+AxisInfo axisOf(const KMachineElem& e, bool isArm, Language language) {
   AxisInfo info{toUtf8(e.getElemName()),
                 e.getElemType() == KMachineElem::KMET_TYPE_AROT,
                 e.getElemIndex(),
@@ -88,16 +89,18 @@ AxisInfo axisOf(const KMachineElem& e, bool isArm) {
                 std::nullopt};
   if (e.hasMin()) info.min = e.getMin();
   if (e.hasMax()) info.max = e.getMax();
-  if (info.isRotary) info.sense = rotarySense(info.name, e.getElemAxis(), bodyOf(e, isArm));
+  if (info.isRotary) {
+    info.sense = rotarySense(info.name, e.getElemAxis(), bodyOf(e, isArm), language);
+  }
   return info;
 }
 
 // Two elements of one axis number share a value; each is shown.
-std::vector<AxisInfo> axesOf(const KMachine& machine, bool isArm) {
+std::vector<AxisInfo> axesOf(const KMachine& machine, bool isArm, Language language) {
   std::vector<AxisInfo> axes;
   for (int value = 0; value < machine.getAxisNum(); ++value) {
     for (const KMachineElem* e : elementsOf(machine)) {
-      if (e->getValueIndex() == value) axes.push_back(axisOf(*e, isArm));
+      if (e->getValueIndex() == value) axes.push_back(axisOf(*e, isArm, language));
     }
   }
   return axes;
@@ -111,6 +114,12 @@ int countRotary(const std::vector<const KMachineElem*>& chain, bool underPart) {
   }));
 }
 
+int countLinear(const std::vector<const KMachineElem*>& chain) {
+  return static_cast<int>(std::count_if(chain.begin(), chain.end(), [](const KMachineElem* e) {
+    return e->getElemType() == KMachineElem::KMET_TYPE_ALIN;
+  }));
+}
+
 std::vector<DhRow> dhTableOf(const KMachine& machine, int tool) {
   std::vector<DhRow> rows;
   for (const KMachineElem* e : machine.getToolChain(true, tool)) {
@@ -119,17 +128,23 @@ std::vector<DhRow> dhTableOf(const KMachine& machine, int tool) {
   return rows;
 }
 
-void describeKinematics(ToolInfo& info, const KMachine& machine, const KMachine::_sUKine& kine) {
+void describeKinematics(ToolInfo& info, const KMachine& machine, const KMachine::_sUKine& kine,
+                        Language language) {
   const auto chain = machine.getToolChain(false, info.number);
   info.kine = kine;
   info.kinematicClass =
-      kinematicClassText(kine, countRotary(chain, false), countRotary(chain, true));
-  info.armShape = armShapeText(kine);
+      kinematicClassText(kine, countRotary(chain, false), countRotary(chain, true), language);
+  const int slides = countLinear(chain);
+  if (kine.kinematicClass != 5 && slides > 3) {
+    info.kinematicClass +=
+        filled({"; {0} linear axes in all", " ; {0} axes linéaires en tout"}, {slides}, language);
+  }
+  info.armShape = armShapeText(kine, language);
   info.dhTable = dhTableOf(machine, info.number);
   info.dhBase = dhBase(machine, info.number);
 }
 
-ToolInfo toolOf(const KMachine& machine, int tool, int lastTool) {
+ToolInfo toolOf(const KMachine& machine, int tool, int lastTool, Language language) {
   const KMachineElem* e = machine.getElemByIndex(KMachineElem::_getToolIndex(tool));
   ToolInfo info;
   info.number = tool;
@@ -138,21 +153,21 @@ ToolInfo toolOf(const KMachine& machine, int tool, int lastTool) {
   info.nose = e->getElemPivot();
   info.direction = e->getElemAxis().normalised();
   if (tool == lastTool) {
-    describeKinematics(info, machine, machine.analysis(tool));
+    describeKinematics(info, machine, machine.analysis(tool), language);
   } else {  // shared elements hold what the last tool stored
     KMachine copy(machine);
     const KMachine::_sUKine kine = copy.initDHm(tool);
-    describeKinematics(info, copy, kine);
+    describeKinematics(info, copy, kine, language);
   }
   return info;
 }
 
-std::vector<ToolInfo> toolsOf(const KMachine& machine) {
+std::vector<ToolInfo> toolsOf(const KMachine& machine, Language language) {
   const int last = machine.getToolNumber();
   std::vector<ToolInfo> tools;
   for (int t = 1; t <= last; ++t) {
     if (machine.getElemByIndex(KMachineElem::_getToolIndex(t))) {
-      tools.push_back(toolOf(machine, t, last));
+      tools.push_back(toolOf(machine, t, last, language));
     }
   }
   return tools;
@@ -178,10 +193,67 @@ std::vector<GeometryFile> geometryOf(const KMachine& machine) {
   return files;
 }
 
-std::string placesText(int inHead, int underPart) {
-  if (!underPart) return inHead == 1 ? "in the head" : "all in the head";
-  if (!inHead) return underPart == 1 ? "under the part" : "all under the part";
-  return std::to_string(inHead) + " in the head, " + std::to_string(underPart) + " under the part";
+Words placesText(int inHead, int underPart) {
+  if (!underPart) {
+    return inHead == 1 ? Words("in the head", "dans la tête")
+                       : Words("all in the head", "tous dans la tête");
+  }
+  if (!inHead) {
+    return underPart == 1 ? Words("under the part", "sous la pièce")
+                          : Words("all under the part", "tous sous la pièce");
+  }
+  return filled({"{0} in the head, {1} under the part", "{0} dans la tête, {1} sous la pièce"},
+                {inHead, underPart});
+}
+
+Text classText(int kinematicClass) {
+  switch (kinematicClass) {
+    case 1:
+      return {"three linear axes, no rotary axis", "trois axes linéaires, aucun axe rotatif"};
+    case 2:
+      return {"three linear axes and one rotary axis ({0})",
+              "trois axes linéaires et un axe rotatif ({0})"};
+    case 3:
+      return {"three linear axes and two rotary axes ({0})",
+              "trois axes linéaires et deux axes rotatifs ({0})"};
+    case 4:
+      return {"three linear axes and three or more rotary axes ({0})",
+              "trois axes linéaires et au moins trois axes rotatifs ({0})"};
+    case 5:
+      return {"no three independent linear axes (articulated arm or unknown layout)",
+              "pas trois axes linéaires indépendants (bras articulé ou disposition inconnue)"};
+    default:
+      return {"not classified", "non classée"};
+  }
+}
+
+Words shapeText(int armType) {
+  switch (armType) {
+    case 1:
+      return {"arm with a rotary axis after its first one",
+              "bras avec un axe rotatif après le premier"};
+    case 3:
+      return {"arm with a linear, then a rotary axis after its first rotary one",
+              "bras avec un axe linéaire, puis un axe rotatif après le premier axe rotatif"};
+    case 4:
+      return {"arm with two linear axes after its first rotary one",
+              "bras avec deux axes linéaires après le premier axe rotatif"};
+    default:
+      return {"no known arm shape", "forme de bras inconnue"};
+  }
+}
+
+Words wristText(int wristType) {
+  switch (wristType) {
+    case 2:
+      return {"ball wrist with the tool on its last axis",
+              "poignet sphérique, l'outil sur son dernier axe"};
+    case 4:
+      return {"ball wrist with the tool off its last axis",
+              "poignet sphérique, l'outil hors de son dernier axe"};
+    default:
+      return {"no ball wrist", "pas de poignet sphérique"};
+  }
 }
 
 }  // namespace
@@ -192,44 +264,24 @@ std::string elementName(const KMachineElem& e) {
   return tool ? "tool " + std::to_string(tool) : toUtf8(e.getElemName());
 }
 
-std::string kinematicClassText(const zkin::KMachine::_sUKine& kine, int inHead, int underPart) {
-  const std::string places = " (" + placesText(inHead, underPart) + ")";
-  switch (kine.kinematicClass) {
-    case 1:
-      return "three linear axes, no rotary axis";
-    case 2:
-      return "three linear axes and one rotary axis" + places;
-    case 3:
-      return "three linear axes and two rotary axes" + places;
-    case 4:
-      return "three linear axes and three or more rotary axes" + places;
-    case 5:
-      return "no three independent linear axes (articulated arm or unknown layout)";
-    default:
-      return "not classified";
-  }
+std::string kinematicClassText(const zkin::KMachine::_sUKine& kine, int inHead, int underPart,
+                               Language language) {
+  return filled(classText(kine.kinematicClass), {placesText(inHead, underPart)}, language);
 }
 
-std::string armShapeText(const zkin::KMachine::_sUKine& kine) {
+std::string armShapeText(const zkin::KMachine::_sUKine& kine, Language language) {
   if (kine.kinematicClass != 5) return "";
-  const std::string shape = kine.armType == 1 ? "a rotary axis after the first rotary axis"
-                            : kine.armType == 3
-                                ? "a linear, then a rotary axis after the first rotary axis"
-                            : kine.armType == 4 ? "two linear axes after the first rotary axis"
-                                                : "no known arm shape";
-  const std::string wrist = kine.wristType == 2   ? "ball wrist with the tool on its last axis"
-                            : kine.wristType == 4 ? "ball wrist with the tool off its last axis"
-                                                  : "no ball wrist";
-  return shape + "; " + wrist;
+  return filled({"{0}; {1}", "{0} ; {1}"}, {shapeText(kine.armType), wristText(kine.wristType)},
+                language);
 }
 
-MachineInfo describe(const Machine& machine) {
+MachineInfo describe(const Machine& machine, Language language) {
   MachineInfo info;
   info.file = toUtf8(machine->getDataFilePNE());
   info.tree = treeOf(*machine);
-  info.tools = toolsOf(*machine);
+  info.tools = toolsOf(*machine, language);
   const bool isArm = !info.tools.empty() && info.tools.front().kine.kinematicClass == 5;
-  info.axes = axesOf(*machine, isArm);
+  info.axes = axesOf(*machine, isArm, language);
   info.collisions = collisionsOf(*machine);
   info.geometry = geometryOf(*machine);
   return info;

@@ -8,6 +8,7 @@
 #include "kinematics/KMachine.h"
 #include "platform/zgeo/UVec3d.h"
 #include "toolkit/Export.h"
+#include "toolkit/Language.h"
 #include "toolkit/Machine.h"
 #include "toolkit/RotarySense.h"
 
@@ -90,16 +91,19 @@ struct MachineInfo {
 /// @errors  The Denavit-Hartenberg table of a tool is the one that the library holds right after
 ///          it derived that tool's; elements shared by several tools keep the last one's.
 /// @cost    Copies the machine once per tool but the last.
-KORVO_TOOLKIT_API MachineInfo describe(const Machine& machine);
+KORVO_TOOLKIT_API MachineInfo describe(const Machine& machine,
+                                       Language language = Language::english);
 
 /// Name of an element for people, UTF-8: "tool 1" for a tool, else the library's own.
 KORVO_TOOLKIT_API std::string elementName(const zkin::KMachineElem& e);
 
 /// Kinematic class in words, with the rotary axes in the head and under the part counted.
 KORVO_TOOLKIT_API std::string kinematicClassText(const zkin::KMachine::_sUKine& kine, int inHead,
-                                                 int underPart);
+                                                 int underPart,
+                                                 Language language = Language::english);
 
 /// Shape of an arm and of its wrist in words; empty for kinematic classes 1 to 4.
-KORVO_TOOLKIT_API std::string armShapeText(const zkin::KMachine::_sUKine& kine);
+KORVO_TOOLKIT_API std::string armShapeText(const zkin::KMachine::_sUKine& kine,
+                                           Language language = Language::english);
 
 }  // namespace korvo

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "toolkit/Sentence.h"
+
 namespace korvo {
 namespace {
 
@@ -43,22 +45,32 @@ std::string viewpoint(const zgeo::UVec3d& positive, int axis) {
          shortNumber(positive.z) + ")";
 }
 
-const char* wayText(bool counter) { return counter ? "counter-clockwise" : "clockwise"; }
+Words wayText(bool counter) {
+  return counter ? Words("counter-clockwise", "dans le sens inverse des aiguilles d'une montre")
+                 : Words("clockwise", "dans le sens des aiguilles d'une montre");
+}
 
-std::string sentence(const RotarySense& s, bool toolCounter) {
-  const std::string from = " seen from " + s.seenFrom;
-  const std::string iso = s.isIso841 ? "the sense of ISO 841" : "against the sense of ISO 841";
-  if (s.body != RotaryBody::table) {
-    const std::string body = s.body == RotaryBody::arm ? "the arm" : "the head";
-    return "at +90 " + body + " turns " + wayText(s.bodyTurnsCounter) + from + ": " + iso;
-  }
-  return std::string("at +90 the table turns ") + wayText(s.bodyTurnsCounter) + from +
-         ", so the tool " + wayText(toolCounter) + " about the part: " + iso;
+constexpr Text kBodyTurns{"at +90 {0} turns {1} seen from {2}: {3}",
+                          "à +90 {0} tourne {1}, vu depuis {2} : {3}"};
+constexpr Text kTableTurns{
+    "at +90 the table turns {1} seen from {2}, so the tool {4} about the part: {3}",
+    "à +90 la table tourne {1}, vu depuis {2}, donc l'outil {4} autour de la pièce : {3}"};
+
+std::string sentence(const RotarySense& s, bool toolCounter, Language language) {
+  const Words iso = s.isIso841
+                        ? Words("the sense of ISO 841", "le sens de l'ISO 841")
+                        : Words("against the sense of ISO 841", "contre le sens de l'ISO 841");
+  const Words body =
+      s.body == RotaryBody::arm ? Words("the arm", "le bras") : Words("the head", "la tête");
+  return filled(s.body == RotaryBody::table ? kTableTurns : kBodyTurns,
+                {body, wayText(s.bodyTurnsCounter), s.seenFrom, iso, wayText(toolCounter)},
+                language);
 }
 
 }  // namespace
 
-RotarySense rotarySense(const std::string& name, const zgeo::UVec3d& direction, RotaryBody body) {
+RotarySense rotarySense(const std::string& name, const zgeo::UVec3d& direction, RotaryBody body,
+                        Language language) {
   const zgeo::UVec3d unit = direction.normalised();
   const int axis = referenceAxis(name, unit);
   const bool isPositive = component(unit, axis) > 0.0;
@@ -67,7 +79,7 @@ RotarySense rotarySense(const std::string& name, const zgeo::UVec3d& direction, 
   sense.seenFrom = viewpoint(isPositive ? unit : -unit, axis);
   sense.isIso841 = isPositive;
   sense.bodyTurnsCounter = body == RotaryBody::table ? !isPositive : isPositive;
-  sense.text = sentence(sense, isPositive);
+  sense.text = sentence(sense, isPositive, language);
   return sense;
 }
 

@@ -4,6 +4,7 @@
 
 #include "platform/zgeo/UVec3d.h"
 #include "toolkit/Export.h"
+#include "toolkit/Language.h"
 
 namespace korvo {
 
@@ -34,6 +35,6 @@ struct RotarySense {
 ///          screws advancing along +X, +Y, +Z, that is counter-clockwise seen from the positive
 ///          end; a workpiece-carrying member moves the opposite way.
 KORVO_TOOLKIT_API RotarySense rotarySense(const std::string& name, const zgeo::UVec3d& direction,
-                                          RotaryBody body);
+                                          RotaryBody body, Language language = Language::english);
 
 }  // namespace korvo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "toolkit/Language.h"
@@ -32,8 +33,8 @@ Counts countsOf(const std::vector<CheckedFile>& files);
 const char* tagOf(Language language);
 
 /// One of two texts.
-inline std::string in(Language language, const char* english, const char* french) {
-  return language == Language::french ? french : english;
+inline std::string in(Language language, std::string_view english, std::string_view french) {
+  return std::string(language == Language::french ? french : english);
 }
 
 }  // namespace korvo::tools

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <set>
 
+#include "tools/Checked.h"
 #include "tools/Failure.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
@@ -35,21 +36,31 @@ std::size_t skipBlanks(std::string_view line, std::size_t at) {
 }
 
 // What stands where a number should end.
-std::string badCell(std::string_view cell, char separator) {
+std::string badCell(std::string_view cell, const CsvHeader& header) {
   const std::string_view text = trimmed(cell);
-  if (text.empty()) return "expected a number, found nothing";
-  if (separator == ';' && text.find(',') != std::string_view::npos) {
-    return "expected a number with a decimal point, found a decimal comma in " + inQuotes(text);
+  if (text.empty()) {
+    return in(header.language, "expected a number, found nothing", "nombre attendu, trouvé : rien");
   }
-  return "expected a finite decimal number, found " + inQuotes(text);
+  if (header.separator == ';' && text.find(',') != std::string_view::npos) {
+    return in(header.language, "expected a number with a decimal point, found a decimal comma in ",
+              "nombre à point décimal attendu, trouvé : une virgule décimale dans ") +
+           inQuotes(text);
+  }
+  return in(header.language, "expected a finite decimal number, found ",
+            "nombre décimal fini attendu, trouvé : ") +
+         inQuotes(text);
 }
 
 std::string badCount(std::string_view line, const CsvHeader& header) {
   std::size_t found = 1;
   for (const char c : line) found += c == header.separator;
   const bool isComma = header.separator == ',' && found > header.places.size();
-  return "expected " + std::to_string(header.places.size()) + " values, found " +
-         std::to_string(found) + (isComma ? " (no decimal commas, please)" : "");
+  const std::string wanted = std::to_string(header.places.size());
+  const std::string hint =
+      in(header.language, " (no decimal commas, please)", " (sans virgule décimale)");
+  return in(header.language, "expected " + wanted + " values, found ",
+            wanted + " valeurs attendues, trouvé : ") +
+         std::to_string(found) + (isComma ? hint : "");
 }
 
 }  // namespace
@@ -140,7 +151,8 @@ char separatorOf(std::string_view line) {
 // Columns of the tables that `inverse` writes, beside the axes.
 bool isAnswerColumn(std::string_view name) {
   static constexpr std::string_view kNames[] = {
-      "line", "status", "point_error", "direction_error", "outside_limits", "reason", "by"};
+      "line", "status", "point_error", "direction_error", "outside_limits", "reason",
+      "by",   "branch", "free_axes",   "margin",          "margin_axis",    "singular"};
   return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
 }
 
@@ -154,12 +166,36 @@ int targetPlace(std::string_view name) {
   return -1;
 }
 
-[[noreturn]] void failTargets(const LineBlocks& lines, const std::string& found) {
-  throw Failure(Exit::refused, lines.name() + ":" + std::to_string(lines.number()) +
-                                   ": expected a header with tip_x, tip_y, tip_z (or x, y, z), i, "
-                                   "j, k, each once, found " +
-                                   found);
+std::string lowered(std::string_view text) {
+  std::string low(text);
+  for (char& c : low) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return low;
 }
+
+// What is wrong with the columns of targets: a name again, or the first that is missing.
+struct TargetColumns {
+  const LineBlocks& lines;
+  Language language;
+
+  [[noreturn]] void fail(const std::string& found) const {
+    throw Failure(Exit::refused,
+                  lines.name() + ":" + std::to_string(lines.number()) + ": " +
+                      in(language,
+                         "expected a header with tip_x, tip_y, tip_z (or x, y, z), i, j, k, each "
+                         "once, found ",
+                         "en-tête attendu avec tip_x, tip_y, tip_z (ou x, y, z), i, j, k, chacun "
+                         "une fois, trouvé : ") +
+                      found);
+  }
+  [[noreturn]] void failAgain(std::string_view name) const {
+    fail(inQuotes(name) + in(language, " again", " à nouveau"));
+  }
+  [[noreturn]] void failMissing(int place) const {
+    fail(in(language, "no ", "pas de ") + std::string(kTargetNames[place][0]));
+  }
+};
 
 }  // namespace
 
@@ -182,20 +218,30 @@ CsvHeader readHeader(const LineBlocks& lines, std::string_view line, const AxisN
   return header;
 }
 
-CsvHeader readTargetHeader(const LineBlocks& lines, std::string_view line) {
+// First the names as they are: beside them a table may have X, Y, Z of the axes.
+CsvHeader readTargetHeader(const LineBlocks& lines, std::string_view line, Language language) {
   CsvHeader header;
   header.separator = separatorOf(line);
+  header.language = language;
+  const TargetColumns columns{lines, language};
+  const std::vector<std::string> cells = split(line, header.separator);
   std::set<int> seen;
-  for (const std::string& cell : split(line, header.separator)) {
+  for (const std::string& cell : cells) {
     const std::string_view name = unquoted(cell);
     const int place = targetPlace(name);
-    if (place >= 0 && !seen.insert(place).second) failTargets(lines, inQuotes(name) + " again");
+    if (place >= 0 && !seen.insert(place).second) columns.failAgain(name);
     header.places.push_back(place);
   }
+  const std::set<int> exact = seen;
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    const std::string_view name = unquoted(cells[i]);
+    const int place = targetPlace(lowered(name));
+    if (place < 0 || exact.count(place)) continue;
+    if (!seen.insert(place).second) columns.failAgain(name);
+    header.places[i] = place;
+  }
   for (int place = 0; place < 6; ++place) {
-    if (seen.count(place) == 0) {
-      failTargets(lines, "no " + std::string(kTargetNames[place][0]));
-    }
+    if (seen.count(place) == 0) columns.failMissing(place);
   }
   return header;
 }
@@ -214,8 +260,9 @@ std::size_t endOfCell(std::string_view line, std::size_t at, char separator) {
 }
 
 // Reads the cell that begins at `at`, which then is its end; what was wrong with it otherwise.
-std::optional<std::string> readCell(std::string_view line, std::size_t& at, char separator,
+std::optional<std::string> readCell(std::string_view line, std::size_t& at, const CsvHeader& header,
                                     double& value) {
+  const char separator = header.separator;
   const std::size_t begin = at;
   const std::size_t length = scanNumber(line.substr(at), value);
   at = skipBlanks(line, at + length);
@@ -223,7 +270,7 @@ std::optional<std::string> readCell(std::string_view line, std::size_t& at, char
   at = std::min(line.find(separator, begin), line.size());
   const std::string_view cell = line.substr(begin, at - begin);
   const std::optional<double> number = numberOf(unquoted(cell));
-  if (!number) return badCell(cell, separator);
+  if (!number) return badCell(cell, header);
   value = *number;
   return {};
 }
@@ -238,7 +285,7 @@ std::optional<std::string> readRow(std::string_view line, const CsvHeader& heade
     double value = 0.0;
     if (place < 0) {
       at = endOfCell(line, at, header.separator);
-    } else if (auto problem = readCell(line, at, header.separator, value)) {
+    } else if (auto problem = readCell(line, at, header, value)) {
       return problem;
     } else {
       values[place] = value;

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "toolkit/Language.h"
 #include "toolkit/Position.h"
 
 namespace korvo::tools {
@@ -27,11 +28,11 @@ class LineBlocks {
   /// UTF-8 mark at the start of the file is skipped.
   bool next(std::string_view& line);
 
-  int number() const { return number_; }             ///< Of the line given last, from 1.
-  bool wasCut() const { return wasCut_; }            ///< Whether that line was too long.
-  std::uint64_t bytesRead() const { return read_; }  ///< For progress.
-  std::uint64_t fileSize() const { return size_; }   ///< 0 when not known.
-  const std::string& name() const { return name_; }  ///< For messages.
+  int number() const { return number_; }   ///< Of the line given last, from 1.
+  bool wasCut() const { return wasCut_; }  ///< Whether that line was too long.
+  std::uint64_t bytesTaken() const { return read_ - (end_ - begin_); }  ///< For progress.
+  std::uint64_t fileSize() const { return size_; }                      ///< 0 when not known.
+  const std::string& name() const { return name_; }                     ///< For messages.
 
  private:
   bool fill();
@@ -51,6 +52,7 @@ class LineBlocks {
 /// The header of a table: which column is which value, and what separates columns.
 struct CsvHeader {
   char separator = ',';
+  Language language = Language::english;  ///< Of what is said of a bad row.
   std::vector<int> places;  ///< places[column] is the value's place in a row; -1: passed over.
 };
 
@@ -59,8 +61,10 @@ struct CsvHeader {
 CsvHeader readHeader(const LineBlocks& lines, std::string_view line, const AxisNames& names);
 
 /// Reads the header line of a table of targets: tip_x, tip_y, tip_z (or x, y, z), i, j, k are the
-/// places 0 to 5, other columns are passed over. Throws Failure (refused) when one is missing.
-CsvHeader readTargetHeader(const LineBlocks& lines, std::string_view line);
+/// places 0 to 5, in any case where no column has that name as it is; other columns are passed
+/// over. Throws Failure (refused) when one is missing.
+CsvHeader readTargetHeader(const LineBlocks& lines, std::string_view line,
+                           Language language = Language::english);
 
 /// Reads one row into `values` (indexed by place). A value may stand between double quotes.
 /// @return  What was wanted and found when the row is bad; nothing when it is good.

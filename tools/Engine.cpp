@@ -17,6 +17,7 @@ struct Word {
   const char* meaning;
 };
 constexpr Word kWords[] = {
+    {Engine::solver, "solver", "the solver of all positions, and of why there is none"},
     {Engine::library, "library", "the library itself"},
     {Engine::external, "external",
      "the external kinematics library, by the machine made into one of its own"},

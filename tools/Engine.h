@@ -7,6 +7,7 @@ namespace korvo::tools {
 
 /// What computes an answer.
 enum class Engine {
+  solver,    ///< The toolkit's own solver, which knows every position.
   library,   ///< The loaded machine itself.
   external,  ///< The machine made into one of the external kinematics library.
 };

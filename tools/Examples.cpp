@@ -1,5 +1,6 @@
 #include "tools/Examples.h"
 
+#include <cctype>
 #include <set>
 
 #include "tools/Failure.h"
@@ -17,6 +18,19 @@ fs::path& programFolder() {
 
 std::vector<fs::path> exampleFolders() {
   return {programFolder() / KORVO_INSTALLED_EXAMPLES, KORVO_SOURCE_EXAMPLES};
+}
+
+// "TABLE-AC" and "table-ac.def" for table-ac, or letters mistyped.
+std::string didYouMean(std::string name) {
+  constexpr int kMistypedLetters = 2;
+  for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  if (name.ends_with(".def")) name.resize(name.size() - 4);
+  for (const std::string& example : exampleNames()) {
+    if (letterDistance(example, name) <= kMistypedLetters) {
+      return " (did you mean '" + example + "'?)";
+    }
+  }
+  return "";
 }
 
 bool isPlainName(const std::string& name) {
@@ -63,7 +77,8 @@ fs::path findMachine(const std::string& name) {
   if (!isFile && example) return *example;
   if (isFile || fs::exists(name, error) || !isPlainName(name)) return name;
   throw Failure(Exit::refused, name + ": expected a definition file or an example (" +
-                                   joined(exampleNames()) + "), found no such file");
+                                   joined(exampleNames()) + "), found no such file" +
+                                   didYouMean(name));
 }
 
 }  // namespace korvo::tools

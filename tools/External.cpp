@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "tools/Checked.h"
 #include "tools/Failure.h"
 
 using Ombra::Kin::HeadIndex;
@@ -18,19 +19,6 @@ namespace korvo::tools {
 namespace {
 
 bool isInside(const Margin& m) { return m.toMin.value_or(0) >= 0 && m.toMax.value_or(0) >= 0; }
-
-/// Why there is none: the library does not say.
-Answer none(const Session& session, const Target& target, const Position& from) {
-  Answer answer(from);
-  answer.residual = residual(session.machine(), from, target);
-  answer.margins = margins(session.machine(), from);
-  answer.reason = Reason::missed;
-  answer.by = answer.residual.pointMm;
-  answer.text =
-      "the external library finds none (it turns two rotary axes and slides three linear ones, "
-      "with all others at 0)";
-  return answer;
-}
 
 void sortByDistance(Answers& answers) {
   std::vector<std::pair<double, std::size_t>> order;  // equal distances stay in the list's order
@@ -50,8 +38,8 @@ void sortByDistance(Answers& answers) {
 
 }  // namespace
 
-External::External(const Session& session, zkin::Bodies bodies)
-    : session_(session), adapter_(nullptr, HeadIndex(), TableIndex()) {
+External::External(const Session& session, zkin::Bodies bodies, Language language)
+    : session_(session), language_(language), adapter_(nullptr, HeadIndex(), TableIndex()) {
   const zkin::KMachine& machine = *session.machine();
   const auto made = zkin::machineFromDefinition(machine, bodies);
   if (!made) {
@@ -120,12 +108,28 @@ void External::addIfGood(const MachinePosition& p, const Target& target, const P
   answers.total = answers.positions.size();
 }
 
+// The library does not say why.
+Answer External::none(const Target& target, const Position& from) const {
+  Answer answer(from);
+  answer.residual = residual(session_.machine(), from, target);
+  answer.margins = margins(session_.machine(), from);
+  answer.reason = Reason::missed;
+  answer.by = answer.residual.pointMm;
+  answer.unit = Unit::mm;
+  answer.text = in(language_,
+                   "the external library finds none (it turns two rotary axes and slides three "
+                   "linear ones, with all others at 0)",
+                   "la bibliothèque externe n'en trouve pas (elle fait tourner deux axes rotatifs "
+                   "et déplace trois axes linéaires, tous les autres restant à 0)");
+  return answer;
+}
+
 Answers External::nearest(const Target& target, const Position& from) const {
   Answers one;
   MachinePosition found;
   adapter_.getConfigPlus(toExternal(from), target.tip, target.direction, found);
   if (found.Size() > 0) addIfGood(found, target, from, one);
-  if (one.positions.empty()) one.none = none(session_, target, from);
+  if (one.positions.empty()) one.none = none(target, from);
   return one;
 }
 
@@ -136,7 +140,7 @@ Answers External::all(const Target& target, const Position& from, std::size_t mo
   for (const MachinePosition* p : found) addIfGood(*p, target, from, all);
   zkin::NMachine::_release(found);
   sortByDistance(all);
-  if (all.positions.empty()) all.none = none(session_, target, from);
+  if (all.positions.empty()) all.none = none(target, from);
   const std::size_t shown = std::min(most, all.positions.size());
   all.positions.erase(all.positions.begin() + static_cast<std::ptrdiff_t>(shown),
                       all.positions.end());

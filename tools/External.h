@@ -18,7 +18,8 @@ namespace korvo::tools {
 class External {
  public:
   /// Throws Failure when the machine cannot be made into such a one.
-  explicit External(const Session& session, zkin::Bodies bodies = zkin::Bodies::none);
+  explicit External(const Session& session, zkin::Bodies bodies = zkin::Bodies::none,
+                    Language language = Language::english);
   ~External() { adapter_.reset(true); }
   External(const External&) = delete;
   External& operator=(const External&) = delete;
@@ -42,7 +43,10 @@ class External {
   bool isGood(const Answer& answer, const Position& from) const;
   Ombra::Kin::MachinePosition toExternal(const Position& v) const;
 
+  Answer none(const Target& target, const Position& from) const;
+
   const Session& session_;
+  Language language_;
   zkin::NMachine adapter_;
 };
 

@@ -1,11 +1,11 @@
 #include "tools/InfoJson.h"
 
+#include "tools/AnswerText.h"
+
 using nlohmann::json;
 
 namespace korvo::tools {
 namespace {
-
-constexpr double kRadToDeg = 57.29577951308232;
 
 json limitJson(const std::optional<double>& limit) { return limit ? json(*limit) : json(); }
 
@@ -94,6 +94,19 @@ json geometryJson(const MachineInfo& info) {
   return files;
 }
 
+json servedJson(const Session& session, const Served& served) {
+  const bool isServed = served.unserved == Unserved::served;
+  return {{"kind", toString(served.kind)},
+          {"unserved", isServed ? json() : json(toString(served.unserved))},
+          {"turning", namesOf(session, served.turning)},
+          {"carrying", namesOf(session, served.carrying)},
+          {"redundant", namesOf(session, served.redundant)},
+          {"locked", namesOf(session, served.locked)},
+          {"unsuited", namesOf(session, served.unsuited)},
+          {"apart", served.apartMm > 0 ? json(served.apartMm) : json()},
+          {"text", served.text}};
+}
+
 }  // namespace
 
 json vectorJson(const zgeo::UVec3d& v) { return {v.x + 0.0, v.y + 0.0, v.z + 0.0}; }
@@ -104,8 +117,8 @@ json matrixJson(const zgeo::UMatrix& m) {
   return rows;
 }
 
-json infoJson(const Session& session, const MachineInfo& info,
-              const std::vector<ToolPoint>& atZero) {
+json infoJson(const Session& session, const MachineInfo& info, const std::vector<ToolPoint>& atZero,
+              const Served& served) {
   json axes = json::array(), tools = json::array();
   for (const AxisInfo& a : info.axes) axes.push_back(axisJson(a));
   for (std::size_t i = 0; i < info.tools.size(); ++i) {
@@ -118,6 +131,7 @@ json infoJson(const Session& session, const MachineInfo& info,
           {"tree", treeJson(info)},
           {"axes", std::move(axes)},
           {"tools", std::move(tools)},
+          {"solver", servedJson(session, served)},
           {"collisionPairs", pairsJson(info)},
           {"geometryFiles", geometryJson(info)}};
 }

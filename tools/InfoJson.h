@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "toolkit/Describe.h"
+#include "toolkit/answer/Served.h"
 #include "tools/Session.h"
 #include "tools/ToolPoint.h"
 
@@ -17,6 +18,6 @@ nlohmann::json matrixJson(const zgeo::UMatrix& m);
 
 /// The answer of `korvo info` in schema "korvo.info/1"; `atZero` belongs to `info.tools`.
 nlohmann::json infoJson(const Session& session, const MachineInfo& info,
-                        const std::vector<ToolPoint>& atZero);
+                        const std::vector<ToolPoint>& atZero, const Served& served);
 
 }  // namespace korvo::tools

@@ -66,9 +66,17 @@ std::string exact(double value) {
   return out;
 }
 
+std::string plain(double value) {
+  constexpr double kSmallest = 1e-6, kLargest = 1e15;  // beyond, zeros would bury the digits
+  const double size = std::abs(value);
+  if (size != 0 && !(size >= kSmallest && size < kLargest)) return exact(value);
+  char text[48];
+  return {text, std::to_chars(text, text + sizeof text, value + 0.0, std::chars_format::fixed).ptr};
+}
+
 std::string rounded(double value) {
   const double millionths = std::round(value * 1e6) / 1e6;
-  return exact(std::isfinite(millionths) ? millionths : value);
+  return plain(std::isfinite(millionths) ? millionths : value);
 }
 
 }  // namespace korvo::tools

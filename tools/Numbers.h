@@ -27,7 +27,10 @@ std::vector<std::string> split(std::string_view text, char separator);
 /// The shortest text that reads back as the same number; no "-0".
 std::string exact(double value);
 
-/// With at most six decimals, for people to read; no "-0".
+/// The same, of ordinary size without an exponent.
+std::string plain(double value);
+
+/// With at most six decimals and no exponent, for people to read; no "-0".
 std::string rounded(double value);
 
 /// Appends the shortest text of `value` to `out`; what is not finite as "nan" or "inf".

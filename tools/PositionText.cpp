@@ -75,7 +75,7 @@ UVec3d vectorOf(const std::string& text, const std::string& wanted) {
   return {values[0], values[1], values[2]};
 }
 
-std::string textOf(const Position& v) { return listed(v, exact); }
+std::string textOf(const Position& v) { return listed(v, plain); }
 
 std::string roundedText(const Position& v) { return listed(v, rounded); }
 

@@ -13,24 +13,27 @@
 namespace korvo::tools {
 namespace {
 
-bool isErrorTerminal() {
-#if defined(_WIN32)
-  return _isatty(2) != 0;
-#else
-  return isatty(2) != 0;
-#endif
-}
-
 constexpr int kWidth = 40;
 constexpr std::chrono::milliseconds kPause(100);
 
 }  // namespace
 
-Progress::Progress()
-    : isTerminal_(isErrorTerminal()), next_(std::chrono::steady_clock::now() + kPause) {}
+bool isTerminal(Stream stream) {
+#if defined(_WIN32)
+  return _isatty(static_cast<int>(stream)) != 0;
+#else
+  return isatty(static_cast<int>(stream)) != 0;
+#endif
+}
 
-Progress::~Progress() {
+Progress::Progress()
+    : isTerminal_(isTerminal(Stream::error)), next_(std::chrono::steady_clock::now() + kPause) {}
+
+Progress::~Progress() { wipe(); }
+
+void Progress::wipe() {
   if (isShown_) std::fputs("\r\x1b[K", stderr);
+  isShown_ = false;
 }
 
 void Progress::show(std::uint64_t done, std::uint64_t total) {

@@ -6,6 +6,7 @@
 
 #include "platform/zgeo/UTools.h"
 #include "toolkit/Text.h"
+#include "tools/Checked.h"
 #include "tools/Examples.h"
 #include "tools/Failure.h"
 #include "tools/Messages.h"
@@ -170,13 +171,21 @@ void Session::lockAxes() {
   }
 }
 
-std::string Session::settingsText() const {
+// The reason for the format is said in English alone.
+std::string Session::settingsText(Language l) const {
   std::string zero;
   for (const double v : options_.partZero.values) zero += (zero.empty() ? "" : ",") + exact(v);
-  return "format " + std::to_string(format_.version) + " (" + format_.reason + "); tool " +
-         std::to_string(tool()) + ", length " + exact((*machine_)->getTHELength(tool())) +
-         " mm; part zero " + zero + "; strategy " + std::to_string((*machine_)->getStrategy()) +
-         "; locked: " + joined(lockedNames(machine_->axisNames(), locked_));
+  const std::vector<std::string> locked = lockedNames(machine_->axisNames(), locked_);
+  const std::string format = std::to_string(format_.version);
+  const std::string length = exact((*machine_)->getTHELength(tool()));
+  return in(l, "format " + format + " (" + format_.reason + "); tool ",
+            "format " + format + " ; outil ") +
+         std::to_string(tool()) +
+         in(l, ", length " + length + " mm; part zero ",
+            ", longueur " + length + " mm ; zéro pièce ") +
+         zero + in(l, "; strategy ", " ; stratégie ") + std::to_string((*machine_)->getStrategy()) +
+         in(l, "; locked: ", " ; bloqués : ") +
+         (locked.empty() ? in(l, "none", "aucun") : joined(locked));
 }
 
 json Session::settingsJson() const {

@@ -37,7 +37,7 @@ class Session {
   bool isLocked(int i) const { return locked_[static_cast<std::size_t>(i)]; }
 
   /// "format 2 (all axes ...); tool 1; ...": what was taken, for people to read.
-  std::string settingsText() const;
+  std::string settingsText(Language language = Language::english) const;
   nlohmann::json settingsJson() const;
   nlohmann::json machineJson() const;
 

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "tools/Checked.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
 
@@ -17,18 +18,26 @@ constexpr std::size_t kOutBlock = 1 << 18;
 // Messages about bad rows; more of them would bury what they say.
 constexpr int kMostReports = 20;
 
+constexpr std::chrono::milliseconds kPause(100);  // between what is seen of the rows
+
 }  // namespace
 
 TableRun::TableRun(const Session& session, LineBlocks& lines, const TableOptions& options)
-    : session_(session), lines_(lines), options_(options), slots_(kBatch) {}
+    : session_(session),
+      lines_(lines),
+      options_(options),
+      slots_(kBatch),
+      flushed_(Clock::now()),
+      isSeen_(isTerminal(Stream::output)) {}
 
 // --- reading
 
 void TableRun::readTop() {
   std::string_view line;
   if (!lines_.next(line)) {
-    throw Failure(Exit::refused,
-                  lines_.name() + ":1: expected a header of column names, found none");
+    throw Failure(Exit::refused, lines_.name() + ":1: " +
+                                     in(language(), "expected a header of column names, found none",
+                                        "en-tête de noms de colonnes attendu, trouvé : rien"));
   }
   header_ = readHeaderLine(line);
   std::string head = "line,status" + columns() + "\n";
@@ -43,8 +52,9 @@ void TableRun::readOne(std::size_t row, std::string_view line) {
   slot.line = lines_.number();
   slot.problem.clear();
   if (lines_.wasCut()) {
-    slot.problem = "expected a line of up to " + std::to_string(LineBlocks::kMaxLine) +
-                   " bytes, found a longer one";
+    const std::string most = std::to_string(LineBlocks::kMaxLine);
+    slot.problem = in(language(), "expected a line of up to " + most + " bytes, found a longer one",
+                      "ligne d'au plus " + most + " octets attendue, trouvé : une plus longue");
   } else if (auto problem = read(row, line)) {
     slot.problem = std::move(*problem);
   }
@@ -55,7 +65,7 @@ void TableRun::readOne(std::size_t row, std::string_view line) {
 bool TableRun::readBatch() {
   count_ = 0;
   std::string_view line;
-  while (count_ < kBatch && !stopped_ && lines_.next(line)) {
+  while (count_ < batch_ && !stopped_ && lines_.next(line)) {
     if (line.find_first_not_of(" \t") == std::string_view::npos) continue;
     readOne(count_, line);
     if (!slots_[count_++].problem.empty() && options_.strict) break;
@@ -70,18 +80,39 @@ void TableRun::queryBatch() {
   for (std::size_t i = 0; i < count_; ++i) {
     if (slots_[i].problem.empty()) query(i);
   }
-  queryTime_ += Clock::now() - start;
+  const Clock::duration spent = Clock::now() - start;
+  queryTime_ += spent;
+  fitBatch(spent);
+}
+
+void TableRun::fitBatch(Clock::duration spent) {
+  if (spent < kPause / 4) {
+    batch_ = std::min(2 * batch_, kBatch);
+  } else if (spent > kPause) {
+    batch_ = std::max<std::size_t>(batch_ / 2, 1);
+  }
 }
 
 // --- printing
 
 void TableRun::report(int line, const std::string& problem) {
-  if (bad_++ >= kMostReports) return;
+  if (bad_++ < kMostReports) sayOf(":" + std::to_string(line) + ": " + problem);
+}
+
+// Behind the rows that are answered already, and not on the line of the bar.
+void TableRun::sayOf(const std::string& problem) {
   flush();
-  say(lines_.name() + ":" + std::to_string(line) + ": " + problem);
+  progress_.wipe();
+  say(lines_.name() + problem);
 }
 
 void TableRun::print(std::size_t row, const Verdict& verdict) {
+  do {
+    printLine(row, verdict);
+  } while (slots_[row].problem.empty() && moveOn(row));
+}
+
+void TableRun::printLine(std::size_t row, const Verdict& verdict) {
   const Slot& slot = slots_[row];
   const std::string line = std::to_string(slot.line);
   const bool isRead = slot.problem.empty();
@@ -108,6 +139,7 @@ void TableRun::printBatch() {
     const Verdict result = problem.empty() ? verdict(i) : Verdict{"bad", problem};
     print(i, result);
     if (out_.size() >= kOutBlock) flush();
+    ++rows_;
     answered_ += result.isAnswered();
     if (result.isAnswered()) continue;
     report(slots_[i].line, result.problem);
@@ -120,14 +152,28 @@ void TableRun::flush() {
   out_.clear();
 }
 
+void TableRun::flushInTime() {
+  if (Clock::now() - flushed_ < kPause) return;
+  flush();
+  std::cout.flush();
+  flushed_ = Clock::now();
+}
+
+void TableRun::showProgress() {
+  if (!isSeen_) progress_.show(lines_.bytesTaken(), lines_.fileSize());
+}
+
 void TableRun::printStats(Clock::time_point start) const {
   const double query = std::chrono::duration<double>(queryTime_).count();
   const double whole = std::chrono::duration<double>(Clock::now() - start).count();
   const double rate = query > 0.0 ? static_cast<double>(answered_) / query : 0.0;
-  std::cerr << "korvo: " << session_.settingsText() << '\n'
-            << answered_ << ' ' << rowWord() << " answered; query loop " << rounded(query) << " s, "
-            << exact(std::round(rate)) << ' ' << rowWord() << "/s; whole run " << rounded(whole)
-            << " s\n";
+  const Language l = language();
+  const std::string answered = std::to_string(answered_), rows = std::to_string(rows_);
+  std::cerr << "korvo: " << session_.settingsText(language()) << '\n'
+            << in(l, answered + " of " + rows + " " + rowWord() + " answered; query loop ",
+                  rowWord() + " avec réponse : " + answered + " sur " + rows + " ; calcul ")
+            << rounded(query) << " s, " << exact(std::round(rate)) << ' ' << rowWord()
+            << in(l, "/s; whole run ", "/s ; en tout ") << rounded(whole) << " s\n";
 }
 
 Exit TableRun::run() {
@@ -136,12 +182,17 @@ Exit TableRun::run() {
   while (readBatch()) {
     queryBatch();
     printBatch();
-    progress_.show(lines_.bytesRead(), lines_.fileSize());
+    flushInTime();
+    showProgress();
   }
   flush();
+  progress_.wipe();
   if (bad_ > kMostReports) {
-    say(lines_.name() + ": " + std::to_string(bad_ - kMostReports) + " more bad rows");
+    const std::string more = std::to_string(bad_ - kMostReports);
+    sayOf(in(language(), ": " + more + " more rows without an answer",
+             " : encore " + more + " lignes sans réponse"));
   }
+  if (const std::string note = lastNote(); !note.empty()) sayOf(": " + note);
   if (options_.stats) printStats(start);
   if (stopped_) return Exit::refused;
   return bad_ ? Exit::no : Exit::answered;

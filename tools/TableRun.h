@@ -20,11 +20,13 @@ struct TableOptions {
   bool json = false;    ///< JSON Lines instead of CSV.
   bool strict = false;  ///< Stop at the first row without an answer.
   bool stats = false;
+  Language language = Language::english;
 };
 
-/// Answers a table: one output row per input row, in their order, batch by batch, so that memory
-/// stays flat. What a row holds and what is asked of it is the derived class's, which keeps its
-/// rows by their place in the batch.
+/// Answers a table: one output row per input row (or for each of its answers), in their order,
+/// batch by batch, so that memory stays flat; a batch is as long as what a tenth of a second
+/// answers, so that slow rows are seen as they come. What a row holds and what is asked of it is
+/// the derived class's, which keeps its rows by their place in the batch.
 class TableRun {
  public:
   TableRun(const Session& session, LineBlocks& lines, const TableOptions& options);
@@ -48,18 +50,23 @@ class TableRun {
   virtual CsvHeader readHeaderLine(std::string_view line) = 0;
   virtual std::string columns() const = 0;  ///< Those after line and status, "," before each.
   virtual const char* rowSchema() const = 0;
-  virtual const char* rowWord() const = 0;  ///< "positions", for --stats.
+  virtual std::string rowWord() const = 0;             ///< "positions", for --stats.
+  virtual std::string lastNote() const { return ""; }  ///< Said of the whole table at its end.
 
   /// Reads a row; what was wanted and found when it is bad.
   virtual std::optional<std::string> read(std::size_t row, std::string_view line) = 0;
   virtual void query(std::size_t row) = 0;
   virtual Verdict verdict(std::size_t row) = 0;
 
+  /// Moves on to the next answer of a row that has several; false behind the last.
+  virtual bool moveOn(std::size_t /*row*/) { return false; }
+
   /// What follows the status of a row that could be read.
   virtual void printCsv(std::size_t row, const Verdict& verdict, std::string& out) = 0;
   virtual void printJson(std::size_t row, const Verdict& verdict, std::string& out) = 0;
 
   const Session& session() const { return session_; }
+  Language language() const { return options_.language; }
   const LineBlocks& lines() const { return lines_; }
   const CsvHeader& header() const { return header_; }
 
@@ -75,10 +82,15 @@ class TableRun {
   bool readBatch();
   void readOne(std::size_t row, std::string_view line);
   void queryBatch();
+  void fitBatch(Clock::duration spent);
   void printBatch();
   void print(std::size_t row, const Verdict& verdict);
+  void printLine(std::size_t row, const Verdict& verdict);
   void report(int line, const std::string& problem);
+  void sayOf(const std::string& problem);
   void flush();
+  void flushInTime();
+  void showProgress();
   void printStats(Clock::time_point start) const;
 
   const Session& session_;
@@ -88,12 +100,15 @@ class TableRun {
   std::size_t columnCount_ = 0;
   std::vector<Slot> slots_;
   std::size_t count_ = 0;
+  std::size_t batch_ = 1;  // rows of the next one
   bool stopped_ = false;
   int bad_ = 0;
-  std::uint64_t answered_ = 0;
+  std::uint64_t rows_ = 0, answered_ = 0;
   Clock::duration queryTime_{};
+  Clock::time_point flushed_;
   std::string out_;
   Progress progress_;
+  bool isSeen_;  // the rows themselves are on a terminal
 };
 
 /// ",1,2,3" with the separator of the table.

@@ -1,6 +1,8 @@
 #include "tools/forward.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iomanip>
 #include <iostream>
 #include <memory>
 
@@ -48,10 +50,18 @@ bool isFinite(const UMatrix& m) {
   return true;
 }
 
+std::size_t columnWidth(const UMatrix& m, int column) {
+  std::size_t width = 0;
+  for (int r = 0; r < 3; ++r) width = std::max(width, rounded(m(r, column)).size());
+  return width;
+}
+
 void printMatrix(std::ostream& out, const UMatrix& m) {
   for (int r = 0; r < 3; ++r) {
     out << ' ';
-    for (int c = 0; c < 4; ++c) out << "  " << rounded(m(r, c));
+    for (int c = 0; c < 4; ++c) {
+      out << "  " << std::setw(static_cast<int>(columnWidth(m, c))) << rounded(m(r, c));
+    }
     out << '\n';
   }
 }

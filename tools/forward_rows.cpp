@@ -42,7 +42,7 @@ class ForwardRows : public TableRun {
     return ",nose_x,nose_y,nose_z,tip_x,tip_y,tip_z,i,j,k,outside_limits";
   }
   const char* rowSchema() const override { return "korvo.forward.row/1"; }
-  const char* rowWord() const override { return "positions"; }
+  std::string rowWord() const override { return "positions"; }
 
   std::optional<std::string> read(std::size_t i, std::string_view line) override {
     Row& row = rows_[i];

@@ -2,9 +2,12 @@
 #include <cmath>
 #include <iomanip>
 #include <iostream>
+#include <iterator>
 #include <memory>
 
+#include "tools/Checked.h"
 #include "tools/InfoJson.h"
+#include "tools/Label.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/Session.h"
@@ -23,43 +26,59 @@ std::string text(const UVec3d& v) {
   return "(" + rounded(v.x) + ", " + rounded(v.y) + ", " + rounded(v.z) + ")";
 }
 
-std::string limitText(const std::optional<double>& limit, const char* none) {
+std::string limitText(const std::optional<double>& limit, const std::string& none) {
   return limit ? exact(*limit) : none;
 }
 
-std::string travelText(const AxisInfo& a) {
-  if (!a.min && !a.max) return "without limits";
-  return "limits " + limitText(a.min, "none") + " to " + limitText(a.max, "none") +
-         (a.isRotary ? " degrees" : " mm");
+std::string travelText(const AxisInfo& a, Language l) {
+  if (!a.min && !a.max) return in(l, "without limits", "sans limites");
+  const std::string none = in(l, "none", "aucune");
+  return in(l, "limits ", "limites ") + limitText(a.min, none) + in(l, " to ", " à ") +
+         limitText(a.max, none) + (a.isRotary ? in(l, " degrees", " degrés") : " mm");
 }
 
-void printTree(std::ostream& out, const MachineInfo& info) {
-  out << "Chains\n";
+std::string typeText(const std::string& type, Language l) {
+  static constexpr const char* kWords[][2] = {{"frame", "bâti"},        {"part", "pièce"},
+                                              {"tool", "outil"},        {"linear", "linéaire"},
+                                              {"rotary", "rotatif"},    {"gun", "tête de perçage"},
+                                              {"geometry", "géométrie"}};
+  const auto row = std::find_if(std::begin(kWords), std::end(kWords),
+                                [&](const auto& words) { return type == words[0]; });
+  return row == std::end(kWords) ? type : in(l, (*row)[0], (*row)[1]);
+}
+
+void printTree(std::ostream& out, const MachineInfo& info, Language l) {
+  out << in(l, "Chains", "Chaînes") << '\n';
   for (const TreeNode& n : info.tree) {
     out << "  " << std::string(static_cast<std::size_t>(2 * n.depth), ' ') << n.name << "  "
-        << n.type << ", index " << n.index << (n.onPartSide ? ", part side" : "") << '\n';
+        << typeText(n.type, l) << ", index " << n.index
+        << (n.onPartSide ? in(l, ", part side", ", côté pièce") : "") << '\n';
   }
 }
 
-void printAxis(std::ostream& out, const AxisInfo& a) {
-  out << "  " << a.valueIndex << "  " << std::left << std::setw(6) << a.name << std::setw(7)
-      << (a.isRotary ? "rotary" : "linear") << " number " << a.number << ", direction "
-      << text(a.direction);
-  if (a.isRotary) out << ", a point on its line " << text(a.point);
-  out << ", " << travelText(a) << (a.onPartSide ? ", part side" : "")
-      << (a.isLocked ? ", locked" : "") << '\n';
+void printAxis(std::ostream& out, const AxisInfo& a, Language l) {
+  out << "  " << a.valueIndex << "  " << padded(a.name, 6)
+      << padded(typeText(a.isRotary ? "rotary" : "linear", l), l == Language::french ? 9 : 7)
+      << in(l, " number ", " numéro ") << a.number << ", direction " << text(a.direction);
+  if (a.isRotary) out << in(l, ", a point on its line ", ", un point de son axe ") << text(a.point);
+  out << ", " << travelText(a, l) << (a.onPartSide ? in(l, ", part side", ", côté pièce") : "")
+      << (a.isLocked ? in(l, ", locked", ", bloqué") : "") << '\n';
   if (a.sense) out << "       " << a.sense->text << '\n';
 }
 
-void printAxes(std::ostream& out, const MachineInfo& info) {
-  out << "Axes, by value index (directions: of the tool's motion relative to the part)\n";
-  for (const AxisInfo& a : info.axes) printAxis(out, a);
+void printAxes(std::ostream& out, const MachineInfo& info, Language l) {
+  out << in(l, "Axes, by value index (directions: of the tool's motion relative to the part)",
+            "Axes, par indice de valeur (directions : du mouvement de l'outil par rapport à la "
+            "pièce)")
+      << '\n';
+  for (const AxisInfo& a : info.axes) printAxis(out, a, l);
 }
 
 // The table leaves the place of its base open: row i's frame is this times the product of
 // rows 1..i.
-void printDhBase(std::ostream& out, const zgeo::UMatrix& base) {
-  out << "      base of the table in the machine frame\n";
+void printDhBase(std::ostream& out, const zgeo::UMatrix& base, Language l) {
+  out << in(l, "      base of the table in the machine frame\n",
+            "      base du tableau dans le repère machine\n");
   for (int r = 0; r < 3; ++r) {
     out << std::string(14, ' ');
     for (int c = 0; c < 4; ++c) out << std::setw(16) << rounded(base(r, c));
@@ -67,8 +86,10 @@ void printDhBase(std::ostream& out, const zgeo::UMatrix& base) {
   }
 }
 
-void printDh(std::ostream& out, const ToolInfo& tool) {
-  out << "    Denavit-Hartenberg (modified), zero position: alpha deg, a mm, theta deg, d mm\n";
+void printDh(std::ostream& out, const ToolInfo& tool, Language l) {
+  out << in(l, "    Denavit-Hartenberg (modified), zero position: ",
+            "    Denavit-Hartenberg (modifié), position zéro : ")
+      << "alpha deg, a mm, theta deg, d mm\n";
   for (const DhRow& row : tool.dhTable) {
     out << "      " << std::left << std::setw(8) << row.name << std::right;
     for (const double v :
@@ -77,42 +98,51 @@ void printDh(std::ostream& out, const ToolInfo& tool) {
     }
     out << '\n';
   }
-  if (tool.dhBase) printDhBase(out, *tool.dhBase);
+  if (tool.dhBase) printDhBase(out, *tool.dhBase, l);
 }
 
-void printTool(std::ostream& out, const ToolInfo& tool, const ToolPoint& at) {
-  out << "  " << tool.number << (tool.isGun ? "  drill gun" : "  tool") << ", length "
-      << exact(tool.length) << " mm; at zero nose " << text(at.nose) << ", tip " << text(at.tip)
-      << ", direction " << text(at.direction) << '\n'
+void printTool(std::ostream& out, const ToolInfo& tool, const ToolPoint& at, Language l) {
+  out << "  " << tool.number << "  "
+      << (tool.isGun ? in(l, "drill gun", "tête de perçage") : typeText("tool", l))
+      << in(l, ", length ", ", longueur ") << exact(tool.length)
+      << in(l, " mm; at zero nose ", " mm ; à zéro nez ") << text(at.nose)
+      << in(l, ", tip ", ", pointe ") << text(at.tip) << ", direction " << text(at.direction)
+      << '\n'
       << "    " << tool.kinematicClass << '\n';
   if (!tool.armShape.empty()) out << "    " << tool.armShape << '\n';
-  printDh(out, tool);
+  printDh(out, tool, l);
 }
 
-void printPairs(std::ostream& out, const MachineInfo& info) {
-  out << "Collision pairs" << (info.collisions.empty() ? ": none" : "") << '\n';
+void printPairs(std::ostream& out, const MachineInfo& info, Language l) {
+  out << in(l, "Collision pairs", "Paires de collision")
+      << (info.collisions.empty() ? in(l, ": none", " : aucune") : "") << '\n';
   for (const CollisionPair& p : info.collisions) {
     out << "  " << p.a << " (" << p.indices.first << ") - " << p.b << " (" << p.indices.second
         << ")\n";
   }
 }
 
-void printGeometry(std::ostream& out, const MachineInfo& info) {
-  out << "Geometry files" << (info.geometry.empty() ? ": none" : "") << '\n';
+void printGeometry(std::ostream& out, const MachineInfo& info, Language l) {
+  out << in(l, "Geometry files", "Fichiers de géométrie")
+      << (info.geometry.empty() ? in(l, ": none", " : aucun") : "") << '\n';
   for (const GeometryFile& g : info.geometry) {
-    out << "  " << g.element << "  " << g.file << (g.found ? "  found" : "  NOT FOUND") << '\n';
+    out << "  " << g.element << "  " << g.file
+        << (g.found ? in(l, "  found", "  trouvé") : in(l, "  NOT FOUND", "  INTROUVABLE")) << '\n';
   }
 }
 
 void print(std::ostream& out, const Session& session, const MachineInfo& info,
-           const std::vector<ToolPoint>& atZero) {
-  out << "Machine   " << info.file << "\nSettings  " << session.settingsText() << '\n';
-  printTree(out, info);
-  printAxes(out, info);
-  out << "Tools (points in the part-zero frame)\n";
-  for (std::size_t i = 0; i < info.tools.size(); ++i) printTool(out, info.tools[i], atZero[i]);
-  printPairs(out, info);
-  printGeometry(out, info);
+           const std::vector<ToolPoint>& atZero, const Served& served, Language l) {
+  out << label(l, "Machine", "Machine", 10) << info.file << '\n'
+      << label(l, "Settings", "Réglages", 10) << session.settingsText(l) << '\n';
+  printTree(out, info, l);
+  printAxes(out, info, l);
+  out << in(l, "Tools (points in the part-zero frame)\n",
+            "Outils (points dans le repère du zéro pièce)\n");
+  for (std::size_t i = 0; i < info.tools.size(); ++i) printTool(out, info.tools[i], atZero[i], l);
+  out << "Inverse\n  " << served.text << '\n';
+  printPairs(out, info, l);
+  printGeometry(out, info, l);
 }
 
 // With --tool only that tool is described.
@@ -169,16 +199,19 @@ void requireFinite(const Session& session, const MachineInfo& info,
                                    joined(bad) + " (directions, points, limits or chain)");
 }
 
-void run(const CommonOptions& options) {
+// In JSON the sentences alone are in that language.
+void run(const CommonOptions& options, const std::string& tag) {
+  const Language language = languageOf(tag);
   Session session(options);
-  MachineInfo info = describe(session.machine());
+  MachineInfo info = describe(session.machine(), language);
   keepTool(info, session);
   const std::vector<ToolPoint> atZero = toolsAtZero(session, info);
   requireFinite(session, info, atZero);
+  const Served served = servedBy(session.machine(), Solver(session.machine()), {}, language);
   if (options.json) {
-    std::cout << infoJson(session, info, atZero).dump(2) << '\n';
+    std::cout << infoJson(session, info, atZero, served).dump(2) << '\n';
   } else {
-    print(std::cout, session, info, atZero);
+    print(std::cout, session, info, atZero, served, language);
   }
   session.closeTrace();
 }
@@ -189,7 +222,10 @@ void addInfo(CLI::App& app, Exit&) {
   CLI::App* verb = app.add_subcommand("info", "Say what machine a definition file describes");
   const auto options = std::make_shared<CommonOptions>();
   addCommonOptions(*verb, *options, {"--strategy"});  // the settings alone name it
-  verb->callback([options] { run(*options); });
+  const auto language = std::make_shared<std::string>("en");
+  verb->add_option("--lang", *language,
+                   "Language of the answer, in JSON of its sentences alone: en, fr [en]");
+  verb->callback([options, language] { run(*options, *language); });
 }
 
 }  // namespace korvo::tools

@@ -1,11 +1,16 @@
 #include "tools/inverse.h"
 
+#include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <memory>
 
 #include "toolkit/answer/Answer.h"
+#include "toolkit/answer/Reach.h"
 #include "tools/AnswerText.h"
+#include "tools/Checked.h"
 #include "tools/External.h"
+#include "tools/Label.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
@@ -22,41 +27,58 @@ struct Asked {
   Position from;
 };
 
-std::string countText(const Answers& all, std::size_t shown) {
+std::string countText(const Answers& all, std::size_t shown, Language l) {
   std::string text = std::to_string(all.total) + (all.total == 1 ? " position" : " positions");
-  if (shown < all.total) text += ", the nearest " + std::to_string(shown) + " shown";
+  const std::string few = std::to_string(shown);
+  if (shown < all.total) {
+    text +=
+        in(l, ", the nearest " + few + " shown",
+           shown == 1 ? ", la plus proche affichée" : ", les " + few + " plus proches affichées");
+  }
   return text;
 }
 
-std::string tooManyText(const Answers& all) {
-  return "korvo: expected up to " + std::to_string(kMostSeeds) +
-         " starts for the list of all positions, found " + std::to_string(*all.tooManySeeds) +
-         " (limits on the rotary axes, or --lock, make it shorter); the nearest position alone is "
-         "answered";
+std::string tooManyText(const Answers& all, Language l) {
+  const std::string most = std::to_string(kMostSeeds), found = std::to_string(*all.tooManySeeds);
+  return "korvo: " +
+         in(l,
+            "expected up to " + most + " starts for the list of all positions, found " + found +
+                " (limits on the rotary axes, or --lock, make it shorter); the nearest position "
+                "alone is answered",
+            "au plus " + most +
+                " départs attendus pour la liste de toutes les positions, trouvé : " + found +
+                " (des limites sur les axes rotatifs, ou --lock, la raccourcissent) ; seule la "
+                "position la plus proche est donnée");
 }
 
-void printTop(std::ostream& out, const Session& session, const Asked& asked) {
-  out << "Machine    " << session.file() << "\nSettings   " << session.settingsText()
-      << "\nTarget     tip " << textOf(asked.target.tip) << ", direction "
-      << textOf(asked.target.direction.normalised()) << "\nFrom       " << textOf(asked.from)
-      << '\n';
+void printTop(std::ostream& out, const Session& session, const Asked& asked, Language l) {
+  out << label(l, "Machine", "Machine") << session.file() << '\n'
+      << label(l, "Settings", "Réglages") << session.settingsText(l) << '\n'
+      << label(l, "Target", "Cible") << in(l, "tip ", "pointe ") << textOf(asked.target.tip)
+      << ", direction " << textOf(asked.target.direction.normalised()) << '\n'
+      << label(l, "From", "Départ") << textOf(asked.from) << '\n';
 }
 
 void print(std::ostream& out, const Session& session, const Asked& asked, const Answers& all,
-           bool isList) {
-  printTop(out, session, asked);
-  if (all.none) return printNone(out, session, *all.none);
-  if (isList) out << "Found      " << countText(all, all.positions.size()) << '\n';
+           bool isList, Language l) {
+  printTop(out, session, asked, l);
+  if (all.none) return printNone(out, session, *all.none, l);
+  if (isList) {
+    out << label(l, "Found", "Trouvé") << countText(all, all.positions.size(), l) << '\n';
+  }
   for (std::size_t i = 0; i < all.positions.size(); ++i) {
     if (isList) {
-      out << "\nNumber " << i + 1 << ", distance from the start " << rounded(all.distances[i])
-          << '\n';
+      out << '\n'
+          << in(l, "Number ", "Numéro ") << i + 1
+          << in(l, ", distance from the start ", ", distance du départ ")
+          << rounded(all.distances[i]) << '\n';
     }
-    printFound(out, session, all.positions[i]);
+    printFound(out, session, all.positions[i], l, isList);
   }
 }
 
-json answerJson(const Session& session, const Asked& asked, const Answers& all, bool isList) {
+json answerJson(const Session& session, const Asked& asked, const Answers& all, bool isList,
+                Language language) {
   json positions = json::array();
   for (std::size_t i = 0; i < all.positions.size(); ++i) {
     json found = foundJson(session, all.positions[i]);
@@ -75,12 +97,15 @@ json answerJson(const Session& session, const Asked& asked, const Answers& all, 
       {"status", toString(all.none ? all.none->status : Status::reached)},
       {"total", isList ? json(all.total) : json()},
       {"positions", std::move(positions)},
-      {"reason", all.none ? reasonJson(session, *all.none) : json()},
+      {"reason", all.none ? reasonJson(session, *all.none, language) : json()},
       {"best", all.none && all.none->reason != Reason::noDirection ? foundJson(session, *all.none)
                                                                    : json()}};
 }
 
-Answers nearestOf(Solver& solver, const Target& target, const Position& from) {
+template <typename AnySolver>
+Answers answersBy(AnySolver solver, const InverseOptions& o, const Target& target,
+                  const Position& from) {
+  if (o.all) return solver.all(target, from, mostOf(o));
   Answers one;
   Answer answer = solver.nearest(target, from);
   if (answer.status != Status::reached) {
@@ -93,28 +118,28 @@ Answers nearestOf(Solver& solver, const Target& target, const Position& from) {
   return one;
 }
 
-std::size_t mostOf(const InverseOptions& o) {
-  if (!o.most) return 20;
-  const std::optional<int> most = integerOf(*o.most);
-  if (!most || *most < 1) failUsage("a number from 1 up after --max", inQuotes(*o.most));
-  return static_cast<std::size_t>(*most);
-}
-
 Answers answersOf(const InverseOptions& o, const Session& session, const Target& target,
                   const Position& from) {
-  if (o.engine == Engine::external) {
-    const External external(session);
-    return o.all ? external.all(target, from, mostOf(o)) : external.nearest(target, from);
+  const Machine& machine = session.machine();
+  const Language language = languageOf(o.language);
+  switch (o.engine) {
+    case Engine::external: {
+      const External external(session, zkin::Bodies::none, language);
+      return o.all ? external.all(target, from, mostOf(o)) : external.nearest(target, from);
+    }
+    case Engine::library:
+      return answersBy(LibrarySolver(machine, language), o, target, from);
+    default:
+      return answersBy(Reach(machine, solverOptionsOf(o, session), language), o, target, from);
   }
-  Solver solver(session.machine());
-  return o.all ? solver.all(target, from, mostOf(o)) : nearestOf(solver, target, from);
 }
 
 UVec3d directionOf(const std::string& text) {
   const char* wanted = "i,j,k, not all 0, after --dir";
-  const UVec3d direction = vectorOf(text, wanted);
-  if (direction.normalised().norm2() == 0) failUsage(wanted, inQuotes(text));
-  return direction;
+  const UVec3d given = vectorOf(text, wanted);
+  double direction[] = {given.x, given.y, given.z};
+  if (!scaleDirection(direction)) failUsage(wanted, inQuotes(text));
+  return {direction[0], direction[1], direction[2]};
 }
 
 Exit answerOne(const InverseOptions& o, const Session& session, const Position& from) {
@@ -122,17 +147,18 @@ Exit answerOne(const InverseOptions& o, const Session& session, const Position& 
                     from};
   const Target target = fromPartZero(session.machine(), asked.target);
   const Answers all = answersOf(o, session, target, from);
-  if (all.tooManySeeds) say(tooManyText(all));
+  const Language language = languageOf(o.language);
+  if (all.tooManySeeds) say(tooManyText(all, language));
   if (o.common.json) {
-    std::cout << answerJson(session, asked, all, o.all).dump(2) << '\n';
+    std::cout << answerJson(session, asked, all, o.all, language).dump(2) << '\n';
   } else {
-    print(std::cout, session, asked, all, o.all);
+    print(std::cout, session, asked, all, o.all, language);
   }
   return all.none ? Exit::no : Exit::answered;
 }
 
 void checkTogether(const InverseOptions& o) {
-  const bool isOne = o.point || o.direction || o.all;
+  const bool isOne = o.point || o.direction;
   if (o.targets && isOne) failUsage("--targets, or --point and --dir", "both");
   if (o.targets && o.targets->empty()) failUsage("a file or - after --targets", "''");
   if (!o.targets && !(o.point && o.direction)) {
@@ -143,6 +169,15 @@ void checkTogether(const InverseOptions& o) {
   if (o.engine == Engine::external && o.targets) {
     failUsage("--engine external with one target (--point and --dir)", "--targets");
   }
+  if (o.engine != Engine::solver) {
+    if (o.targets && o.all) failUsage("--targets with --all by --engine solver", "another engine");
+    if (!o.hold.empty() || !o.sample.empty()) {
+      failUsage("--hold and --sample with --engine solver", "another engine");
+    }
+  }
+  if (o.engine != Engine::library && o.common.strategy) {
+    say("korvo: warning: --strategy plays no part in 'inverse' without --engine library");
+  }
   if (o.most && !o.all) failUsage("--max with --all", "it alone");
   if (o.strict && !o.targets) failUsage("--strict with --targets", "it alone");
   if (o.stats && !o.targets) failUsage("--stats with --targets", "it alone");
@@ -150,6 +185,7 @@ void checkTogether(const InverseOptions& o) {
 
 Exit run(const InverseOptions& o) {
   checkTogether(o);
+  languageOf(o.language);
   std::optional<LineBlocks> table;  // first: nothing is written when it cannot be read
   if (o.targets) table.emplace(*o.targets);
   Session session(o.common, o.targets);
@@ -160,7 +196,83 @@ Exit run(const InverseOptions& o) {
   return exit;
 }
 
+// "W=120,V=0" of one option: what `take` makes of every axis' number.
+template <typename Take>
+void forEachAxis(const Session& session, const std::vector<std::string>& given, const char* option,
+                 Take take) {
+  for (const std::string& list : given) {
+    for (const std::string& item : split(list, ',')) {
+      const std::size_t equals = item.find('=');
+      if (equals == std::string::npos) {
+        failUsage(std::string("AXIS=NUMBER after ") + option, inQuotes(item));
+      }
+      const AxisNames& names = session.machine().axisNames();
+      const int place = names.find(trimmed(std::string_view(item).substr(0, equals)));
+      if (place < 0) {
+        failUsage("axes among " + joined(names.all()) + " after " + option, inQuotes(item));
+      }
+      if (session.isLocked(place)) {
+        failUsage(std::string("axes that are not locked after ") + option, inQuotes(item));
+      }
+      take(place, item.substr(equals + 1));
+    }
+  }
+}
+
+// A target determines all others: sampled they would reach it nowhere or everywhere the same.
+void checkSampled(const Session& session, const SolverOptions& options) {
+  const Solver solver(session.machine(), options);
+  if (solver.solvedSamples().empty()) return;
+  failUsage("axes that a target leaves free after --sample",
+            joined(namesOf(session, solver.solvedSamples())));
+}
+
 }  // namespace
+
+bool scaleDirection(double* direction) {
+  double largest = 0.0;
+  for (int i = 0; i < 3; ++i) largest = std::max(largest, std::abs(direction[i]));
+  for (int i = 0; i < 3 && largest > 0; ++i) direction[i] /= largest;
+  return largest > 0;
+}
+
+std::size_t mostOf(const InverseOptions& o) {
+  if (!o.most) return 20;
+  const std::optional<int> most = integerOf(*o.most);
+  if (!most || *most < 1) failUsage("a number from 1 up after --max", inQuotes(*o.most));
+  return static_cast<std::size_t>(*most);
+}
+
+SolverOptions solverOptionsOf(const InverseOptions& o, const Session& session) {
+  constexpr int kMost = 10'000;
+  SolverOptions options;
+  const auto ruleAt = [&](int place) -> Redundancy& {
+    return options.redundancy[static_cast<std::size_t>(place)];
+  };
+  forEachAxis(session, o.hold, "--hold", [&](int place, const std::string& text) {
+    const std::optional<double> value = numberOf(text);
+    if (!value) failUsage("a finite decimal number in --hold", inQuotes(text));
+    ruleAt(place) = {Redundancy::Rule::value, *value, 2};
+  });
+  forEachAxis(session, o.sample, "--sample", [&](int place, const std::string& text) {
+    const std::optional<int> samples = integerOf(text);
+    if (!samples || *samples < 2 || *samples > kMost) {
+      failUsage("a number from 2 to " + std::to_string(kMost) + " in --sample", inQuotes(text));
+    }
+    const zkin::KMachineElem& axis = *session.machine()->getAxisElem(place + 1);
+    if (!axis.hasMin() || !axis.hasMax()) {
+      failUsage("axes with both limits after --sample",
+                inQuotes(session.machine().axisNames()[place]));
+    }
+    if (ruleAt(place).rule == Redundancy::Rule::value) {
+      failUsage("--hold or --sample of an axis",
+                "both of " + inQuotes(session.machine().axisNames()[place]));
+    }
+    ruleAt(place) = {Redundancy::Rule::sampled, 0.0, *samples};
+  });
+  checkSampled(session, options);
+  return options;
+}
 
 void addInverse(CLI::App& app, Exit& exit) {
   CLI::App* verb =
@@ -175,10 +287,18 @@ void addInverse(CLI::App& app, Exit& exit) {
       "Start: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]. It picks "
       "the turn; locked axes stay at its values");
   verb->add_flag("--all", o->all,
-                 "All positions, nearest to --from first, with all full turns inside the limits; "
-                 "without limits those within one turn of zero and of --from")
+                 "All positions, nearest to --from first: every branch with all full turns inside "
+                 "the limits; without limits those within one turn of --from")
       ->disable_flag_override();
   verb->add_option("--max", o->most, "How many of all are answered [20]");
+  verb->add_option("--hold", o->hold,
+                   "Values of axes (W=120,V=0): they stand there, as if locked, instead of where "
+                   "--from has them")
+      ->allow_extra_args(false);
+  verb->add_option("--sample", o->sample,
+                   "How many places of axes that a target leaves free are tried (RAIL=21), from "
+                   "one limit to the other")
+      ->allow_extra_args(false);
   verb->add_option(
       "--targets", o->targets,
       "Many targets: CSV file (, or ; between columns) with the columns tip_x, tip_y, "
@@ -189,14 +309,19 @@ void addInverse(CLI::App& app, Exit& exit) {
   verb->add_flag("--stats", o->stats,
                  "Say on standard error what was taken and how fast the rows were answered")
       ->disable_flag_override();
-  addEngineOption(*verb, o->engine, {Engine::library, Engine::external});
+  addEngineOption(*verb, o->engine, {Engine::solver, Engine::library, Engine::external});
+  verb->add_option("--lang", o->language,
+                   "Language of the answer, in JSON of the reason alone: en, fr [en]");
   verb->footer(
-      "Without --all: the position that the machine takes from --from, its strategy choosing "
-      "between two\nbranches; when that is outside the limits, the nearest one inside. Linear axes "
-      "beyond three stay at\n--from unless the others end outside their limits. Distances are the "
-      "sum over all axes, a degree\ncounted as a mm. Every position is verified forward: tip "
+      "Without --all: the position nearest to --from. Axes that a target leaves free, as linear "
+      "axes "
+      "beyond\nthree, a third rotary one or a rail, stay at --from unless the others do not reach "
+      "it then; they move\nfrom there by as little as reaches it. Distances are the sum over "
+      "all\naxes, a degree counted as a mm. Every position is verified forward: tip "
       "within "
-      "1e-6 mm, direction within 1e-8 rad.\nExit code 1 and the reason when there is none.");
+      "1e-6 mm, direction\nwithin 1e-8 rad. Exit code 1 and the reason when there is none.\n"
+      "With --engine library: the position that the machine takes from --from, its strategy "
+      "choosing between\ntwo branches; when that is outside the limits, the nearest one inside.");
   verb->callback([o, &exit] { exit = run(*o); });
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "toolkit/solve/Solver.h"
 #include "tools/Csv.h"
 #include "tools/Engine.h"
 #include "tools/Failure.h"
@@ -19,11 +22,24 @@ struct InverseOptions {
   std::optional<std::string> from;
   std::optional<std::string> most;
   std::optional<std::string> targets;
-  Engine engine = Engine::library;
+  Engine engine = Engine::solver;
+  std::string language = "en";
+  std::vector<std::string> hold;
+  std::vector<std::string> sample;
   bool all = false;
   bool strict = false;
   bool stats = false;
 };
+
+/// How many of all positions are answered; throws Failure (usage) for what is no number.
+std::size_t mostOf(const InverseOptions& options);
+
+/// Divides a direction by the largest of its components, so that its square is a number whatever
+/// they are; false for a null one.
+bool scaleDirection(double* direction);
+
+/// What --hold and --sample say of axes that targets leave free; throws Failure (usage).
+SolverOptions solverOptionsOf(const InverseOptions& options, const Session& session);
 
 /// Answers `korvo inverse --targets`: every row from where the row before ended, the first from
 /// `from`.

@@ -88,7 +88,7 @@ class LimitRows : public TableRun {
   }
   std::string columns() const override { return ",outside_limits,axis,margin"; }
   const char* rowSchema() const override { return "korvo.limits.row/1"; }
-  const char* rowWord() const override { return "positions"; }
+  std::string rowWord() const override { return "positions"; }
 
   std::optional<std::string> read(std::size_t i, std::string_view line) override {
     std::fill(std::begin(rows_[i].values), std::end(rows_[i].values), 0.0);

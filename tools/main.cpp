@@ -23,10 +23,29 @@ int report(Exit exit, const std::string& message) {
   return codeOf(exit);
 }
 
+// What no option took, in the order in which it was typed; the parser has it backwards.
+std::string unexpectedText(const CLI::App& app, const std::vector<std::string>& arguments) {
+  std::vector<std::string> left = app.remaining(true);
+  std::string text;
+  bool hasComma = false;
+  for (const std::string& argument : arguments) {
+    const auto at = std::find(left.begin(), left.end(), argument);
+    if (at == left.end()) continue;
+    left.erase(at);
+    text += (text.empty() ? "" : " ") + argument;
+  }
+  for (const std::string& argument : arguments) {
+    hasComma = hasComma || argument.ends_with(',') || argument.starts_with(',');
+  }
+  return "found what belongs to no option: " + text +
+         (hasComma ? " (a list has no blanks behind its commas, or stands in quotes)" : "");
+}
+
 // Help and version are answers; anything else is a wrong command line.
-Exit exitOf(CLI::App& app, const CLI::ParseError& e) {
+Exit exitOf(CLI::App& app, const CLI::ParseError& e, const std::vector<std::string>& arguments) {
   if (e.get_exit_code() != 0) {
-    korvo::tools::say(std::string("korvo: ") + e.what() +
+    const bool isExtra = dynamic_cast<const CLI::ExtrasError*>(&e) != nullptr;
+    korvo::tools::say("korvo: " + (isExtra ? unexpectedText(app, arguments) : e.what()) +
                       "\nRun with --help for more information.");
     return Exit::usage;
   }
@@ -55,13 +74,13 @@ int run(int argc, char** argv) {
   korvo::tools::addNew(app, exit);
   korvo::tools::addCheck(app, exit);
   korvo::tools::addLsp(app, exit);
-  std::vector<std::string> arguments =
+  const std::vector<std::string> arguments =
       korvo::tools::withVerbFirst(app, {argv + std::min(argc, 1), argv + argc});
-  std::reverse(arguments.begin(), arguments.end());  // as the parser wants it
   try {
-    app.parse(std::move(arguments));
+    app.parse(
+        std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // as the parser wants it
   } catch (const CLI::ParseError& e) {
-    exit = exitOf(app, e);
+    exit = exitOf(app, e, arguments);
   }
   std::cout.flush();
   if (std::cout.fail())

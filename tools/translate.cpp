@@ -59,7 +59,7 @@ Exit run(const TranslateOptions& o) {
   const UVec3d delta = vectorOf(o.by, "dx,dy,dz (mm) after --by");
   UVec3d inMachine = delta;
   session.machine()->getUNI2MAC().applyDir(inMachine);
-  const Shift shift{at, delta, Solver(session.machine()).translate(inMachine, at)};
+  const Shift shift{at, delta, LibrarySolver(session.machine()).translate(inMachine, at)};
   if (o.common.json) {
     std::cout << answerJson(session, shift).dump(2) << '\n';
   } else {

@@ -1,8 +1,5 @@
 #include "kinematics/inverse/Reach.h"
 
-using zgeo::UMatrix;
-using zgeo::UVec3d;
-
 namespace zkin {
 
 namespace {
@@ -13,23 +10,18 @@ std::vector<MovedAxis>& emptyList() {
   return axes;
 }
 
-UVec3d moved(UVec3d dir, const UMatrix& motion) {
-  motion.applyDir(dir);
-  return dir;
-}
-
 }  // namespace
 
 Reach reachAt(const SolveView& view, const KMachineValueBase& v, const ChainWalk& chain,
               KMachineElem::KME_TYPE type) {
   Reach reach{{}, {}, emptyList()};
-  walkMotions(view.machine, v, chain, [&](const KMachineElem& e, const UMatrix& motion) {
+  walkMotions(view.machine, v, chain, [&](const KMachineElem& e, const Placement& motion) {
     if (e.getElemType() == type && !e.isLocked() && hasPlace(view.machine, e)) {
-      reach.axes.push_back({&e, moved(e.getElemAxis(), motion)});
+      reach.axes.push_back({&e, motion.turned(e.getElemAxis())});
     }
     if (&e != view.tool) return;
     reach.point = motion * e.getElemPivot();
-    reach.dir = moved(e.getElemAxis().normalised(), motion);
+    reach.dir = motion.turned(e.getElemAxis().normalised());
   });
   return reach;
 }

@@ -1,9 +1,12 @@
 #include "kinematics/read/DefinitionReader.h"
 
 #include <algorithm>
+#include <string_view>
 #include <unordered_set>
 
 #include "kinematics/KMachine.h"
+#include "kinematics/read/KnownElements.h"
+#include "kinematics/read/Operands.h"
 #include "kinematics/tolerances.h"
 #include "platform/os/Files.h"
 #include "platform/text/Keywords.h"
@@ -17,14 +20,12 @@ using zgeo::UVec3d;
 namespace zkin {
 namespace {
 
-using Tokens = std::vector<std::wstring>;
-
 constexpr const wchar_t* kFolderWord = L"$ZRN_MACHINE_DEF";
 
-std::wstring withoutAxePrefix(const std::wstring& name) {
+std::wstring withoutAxePrefix(std::wstring_view name) {
   // Deliberate: once and in upper case only: it is a way of writing, not a part of the name, and
   // what looks elements up by name removes another.
-  return UTools::_removeFrom(name, L"AXE_");
+  return UTools::_removeFrom(std::wstring(name), L"AXE_");
 }
 
 std::wstring replacedAll(std::wstring text, const std::wstring& what, const std::wstring& by) {
@@ -50,25 +51,29 @@ class DefinitionReader {
   Definition take();
 
  private:
-  void readLink(const std::wstring& operand);
-  void readLoop(const Tokens& operands);
-  void readElement(const std::wstring& line);
-  void readMinimum(const Tokens& operands);
-  void readMaximum(const Tokens& operands);
-  void readLimits(const Tokens& operands);
-  void readRotationPoint(const Tokens& operands);
-  void readCollisions(const Tokens& operands);
+  void readLink(std::wstring_view operand);
+  void readLoop(const Operands& operands);
+  void addElement(Keyword keyword, const Operands& operands);
+  void readMinimum(const Operands& operands);
+  void readMaximum(const Operands& operands);
+  void readLimits(const Operands& operands);
+  void readRotationPoint(const Operands& operands);
+  void readCollisions(const Operands& operands);
 
   void findGeometry(KMachineElem& e) const;
   void number(KMachineElem& e);
   void reverseBehindPart();
-  int indexOfName(const std::wstring& name, int version) const;
+  int indexOfName(std::wstring_view name, int version);
+  KMachineElem* elementAt(std::optional<std::size_t> rank);
   KMachineElem* elementOf(int index);
-  KMachineElem* limitedAxis(const Tokens& operands);
-  std::vector<int> collisionGroup(const std::wstring& word) const;
+  KMachineElem* elementNamed(std::wstring_view name, int version);
+  KMachineElem* limitedAxis(const Operands& operands);
+  std::vector<int> collisionGroup(std::wstring_view word);
 
   const ReadContext& context_;
   Definition definition_;
+  KnownElements known_;
+  Operands parts_, operands_;  // of the line, kept for their storage
   CollisionPairs collisions_;
   int link_ = KMachineElem::KMET_NONE;  // the next element hangs on the element of this index
   int stop_ = KMachineElem::KMET_NONE;  // a part reverses the chain behind it up to this one
@@ -82,19 +87,22 @@ Definition DefinitionReader::take() {
 
 // --- keywords
 
-int intOperand(const Tokens& parts) {
+int intOperand(const Operands& parts) {
   int pos = 1, value = 0;
-  KMachineElem::_readValue(parts, pos, value);
+  readValue(parts, pos, value);
   return value;
 }
 
 void DefinitionReader::readLine(const std::wstring& line) {
-  const Tokens parts = UTools::_split(line, L'=', false);
+  Operands& parts = parts_;
+  Operands& operands = operands_;
+  splitAt(line, L'=', false, parts);
   if (parts.empty()) return;
   const Keyword keyword = korvo::text::keywordOf(parts[0]);
-  if (korvo::text::isElementKeyword(keyword)) return readElement(line);
-  const std::wstring operand = parts.size() > 1 ? parts[1] : std::wstring();
-  const Tokens operands = parts.size() > 1 ? UTools::_split(operand, L',', true) : Tokens();
+  const std::wstring_view operand = parts.size() > 1 ? parts[1] : std::wstring_view();
+  operands.clear();
+  if (parts.size() > 1) splitAt(operand, L',', true, operands);
+  if (korvo::text::isElementKeyword(keyword)) return addElement(keyword, operands);
   switch (keyword) {
     case Keyword::link:
       return readLink(operand);
@@ -123,40 +131,47 @@ void DefinitionReader::readLine(const std::wstring& line) {
 
 // --- links
 
-int DefinitionReader::indexOfName(const std::wstring& name, int version) const {
-  const KMachineElem* e = KMachine::_getElemByName(definition_.elements, name.c_str(), version);
+int DefinitionReader::indexOfName(std::wstring_view name, int version) {
+  const KMachineElem* e = elementNamed(name, version);
   return e ? e->getElemIndex() : static_cast<int>(KMachineElem::KMET_NONE);
 }
 
-KMachineElem* DefinitionReader::elementOf(int index) {
-  return const_cast<KMachineElem*>(KMachine::_getElemByIndex(definition_.elements, index));
+KMachineElem* DefinitionReader::elementAt(std::optional<std::size_t> rank) {
+  return rank ? &definition_.elements[*rank] : nullptr;
+}
+
+KMachineElem* DefinitionReader::elementOf(int index) { return elementAt(known_.ofIndex(index)); }
+
+// As `KMachine::_getElemByName` looks it up.
+KMachineElem* DefinitionReader::elementNamed(std::wstring_view name, int version) {
+  std::wstring wanted = UTools::_up(std::wstring(untilNul(name)));
+  if (version == 2) wanted = UTools::_removeFrom(wanted, L"AXE_");
+  return elementAt(known_.ofName(wanted));
 }
 
 // Deliberate: the whole operand part is the name, commas included. A name that is not found keeps
 // the link but forgets the stop: a part that follows turns the chain around up to its root.
-void DefinitionReader::readLink(const std::wstring& operand) {
-  const std::wstring name = withoutAxePrefix(operand);
-  const KMachineElem* e =
-      KMachine::_getElemByName(definition_.elements, name.c_str(), context_.version);
+void DefinitionReader::readLink(std::wstring_view operand) {
+  const KMachineElem* e = elementNamed(withoutAxePrefix(operand), context_.version);
   if (e) link_ = e->getElemIndex();
   stop_ = e ? e->getElemIndex() : static_cast<int>(KMachineElem::KMET_NONE);
 }
 
 // Deliberate: hooks the element whose index is the link, which after a link line is not the one
 // added last.
-void DefinitionReader::readLoop(const Tokens& operands) {
+void DefinitionReader::readLoop(const Operands& operands) {
   const std::wstring name = operands.empty() ? std::wstring() : withoutAxePrefix(operands[0]);
   UVec3d point;
   int pos = 1;
-  KMachineElem::_readVector(operands, pos, point);
+  readVector(operands, pos, point);
   if (KMachineElem* e = elementOf(link_)) e->setHook(indexOfName(name, context_.version), point);
 }
 
 // --- elements
 
-void DefinitionReader::readElement(const std::wstring& line) {
-  KMachineElem e(line, context_.version);
-  if (e.getElemType() == KMachineElem::KMET_TYPE_NONE) return;
+void DefinitionReader::addElement(Keyword keyword, const Operands& operands) {
+  KMachineElem e;
+  readElement(e, keyword, operands, context_.version);
   findGeometry(e);
   e.setPrevIndex(link_);
   number(e);
@@ -165,6 +180,7 @@ void DefinitionReader::readElement(const std::wstring& line) {
     e.setPrevIndex(KMachineElem::KMET_NONE);
   }
   link_ = e.getElemIndex();
+  known_.add(e, definition_.elements.size());
   definition_.elements.push_back(std::move(e));
 }
 
@@ -173,7 +189,7 @@ void DefinitionReader::findGeometry(KMachineElem& e) const {
   bool found = isReadable(e.getGeomFile());
   if (!found) {
     const std::wstring beside = replacedAll(e.getGeomFile(), kFolderWord, context_.folder);
-    found = isReadable(beside);
+    found = beside != e.getGeomFile() && isReadable(beside);
     if (found) e.setGeomFile(beside);
   }
   UTools::_trace(found ? L"\t(actual geom. file OK %s)" : L"\t(geom. file not found %s)",
@@ -209,38 +225,35 @@ void DefinitionReader::reverseBehindPart() {
 
 // Deliberate: not the look-up of links and hooks: the name is not put in upper case, so "axe_x"
 // keeps its prefix in every version. Any element may be named, for the name alone decides.
-KMachineElem* DefinitionReader::limitedAxis(const Tokens& operands) {
+KMachineElem* DefinitionReader::limitedAxis(const Operands& operands) {
   const std::wstring name = operands.empty() ? std::wstring() : withoutAxePrefix(operands[0]);
-  for (KMachineElem& e : definition_.elements) {
-    if (korvo::os::_wcsicmp(e.getElemName().c_str(), name.c_str()) == 0) return &e;
-  }
-  return nullptr;
+  return elementAt(known_.ofName(name));
 }
 
-void readMin(KMachineElem& axis, const Tokens& operands, int& pos) {
+void readMin(KMachineElem& axis, const Operands& operands, int& pos) {
   double value = 0.0;
-  const bool isSet = KMachineElem::_readValue(operands, pos, value);
+  const bool isSet = readValue(operands, pos, value);
   axis.setMin(value, isSet);
 }
 
-void readMax(KMachineElem& axis, const Tokens& operands, int& pos) {
+void readMax(KMachineElem& axis, const Operands& operands, int& pos) {
   double value = 0.0;
-  const bool isSet = KMachineElem::_readValue(operands, pos, value);
+  const bool isSet = readValue(operands, pos, value);
   axis.setMax(value, isSet);
 }
 
-void DefinitionReader::readMinimum(const Tokens& operands) {
+void DefinitionReader::readMinimum(const Operands& operands) {
   int pos = 1;
   if (KMachineElem* axis = limitedAxis(operands)) readMin(*axis, operands, pos);
 }
 
-void DefinitionReader::readMaximum(const Tokens& operands) {
+void DefinitionReader::readMaximum(const Operands& operands) {
   int pos = 1;
   if (KMachineElem* axis = limitedAxis(operands)) readMax(*axis, operands, pos);
 }
 
 // Deliberate: a minimum that does not scan leaves its operand to the maximum.
-void DefinitionReader::readLimits(const Tokens& operands) {
+void DefinitionReader::readLimits(const Operands& operands) {
   int pos = 1;
   KMachineElem* axis = limitedAxis(operands);
   if (!axis) return;
@@ -250,7 +263,7 @@ void DefinitionReader::readLimits(const Tokens& operands) {
 
 // --- rotation points and collisions
 
-void DefinitionReader::readRotationPoint(const Tokens& operands) {
+void DefinitionReader::readRotationPoint(const Operands& operands) {
   const int count = static_cast<int>(operands.size());
   // Deliberate: counted against the axes of the load before, for those of this one get their
   // numbers only when the whole file is read.
@@ -260,21 +273,21 @@ void DefinitionReader::readRotationPoint(const Tokens& operands) {
   for (int pos = 0; pos < count && pos < kMaxAxes;) {
     const int place = pos;
     double value = 0.0;
-    if (KMachineElem::_readValue(operands, pos, value)) point[place] = value;
+    if (readValue(operands, pos, value)) point[place] = value;
   }
   definition_.rotationPoints.push_back(point);
 }
 
-bool isToolWord(const std::wstring& word) {
+bool isToolWord(std::wstring_view word) {
   static constexpr const wchar_t* kWords[] = {L"axe_outil", L"outil", L"tool", L"gun", L"gundrill"};
   return std::any_of(std::begin(kWords), std::end(kWords),
-                     [&](const wchar_t* w) { return korvo::os::_wcsicmp(word.c_str(), w) == 0; });
+                     [&](const wchar_t* w) { return isWord(word, w); });
 }
 
 // Deliberate: the name comes first, by the version-2 rules in every version; since every tool is
 // named OUTIL, "outil" gives only the first tool once one was read.
-std::vector<int> DefinitionReader::collisionGroup(const std::wstring& word) const {
-  const KMachineElem* e = KMachine::_getElemByName(definition_.elements, word.c_str(), 2);
+std::vector<int> DefinitionReader::collisionGroup(std::wstring_view word) {
+  const KMachineElem* e = elementNamed(word, 2);
   if (e) return {e->getElemIndex()};
   std::vector<int> tools;
   if (isToolWord(word)) KMachine::_getToolsIndices(definition_.elements, tools);
@@ -282,7 +295,7 @@ std::vector<int> DefinitionReader::collisionGroup(const std::wstring& word) cons
 }
 
 // A partner that is named again can only repeat pairs: each is taken once, where it comes first.
-void DefinitionReader::readCollisions(const Tokens& operands) {
+void DefinitionReader::readCollisions(const Operands& operands) {
   if (operands.size() < 2) return;
   std::vector<int> partners;
   std::unordered_set<int> taken;

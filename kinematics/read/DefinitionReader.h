@@ -35,11 +35,11 @@ struct ReadContext {
 /// @errors  Lines that say nothing known are ignored. A rotation-point line with an operand that is
 ///          no number never ends. A part line whose reversal would lead back to an earlier part for
 ///          ever is left after two turns of each element. std::bad_alloc when memory is out.
-/// @cost    Linear in the file, but for look-ups by name and index, each linear in the elements
-///          read so far: one for every link, hook, limit and collision operand, up to two for each
-///          element before a part. A collision line visits every pair of a first-group index and a
-///          distinct second-group one: up to (tools x elements), at one hash look-up each.
-///          Memory holds distinct pairs only.
+/// @cost    Linear in the file: names and indices are looked up in tables. Each part turns the
+/// chain
+///          behind it. A collision line visits every pair of a first-group index and a distinct
+///          second-group one: up to (tools x elements), at one hash look-up each. Memory holds
+///          distinct pairs only.
 Definition readDefinition(std::FILE* file, const ReadContext& context);
 
 /// The folder of a path: what stands before its last "\" or "/" (nothing in a root folder), "."

@@ -116,11 +116,13 @@ const Entity* Kinematic::GetEntityTable(TableIndex table) const {
 }
 
 std::vector<const Entity*> Kinematic::GetChain(const Entity& entity) const {
-  std::vector<const Entity*> chain;
-  for (const Entity* e = &entity; e; e = GetEntity(EntityId(e->GetEntityLink().carrier))) {
-    chain.push_back(e);
-  }
-  std::reverse(chain.begin(), chain.end());
+  const auto carrierOf = [this](const Entity* e) {
+    return GetEntity(EntityId(e->GetEntityLink().carrier));
+  };
+  std::size_t length = 0;
+  for (const Entity* e = &entity; e; e = carrierOf(e)) ++length;
+  std::vector<const Entity*> chain(length);
+  for (const Entity* e = &entity; e; e = carrierOf(e)) chain[--length] = e;
   return chain;
 }
 

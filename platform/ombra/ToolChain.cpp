@@ -19,6 +19,7 @@ ToolChain::ToolChain(const Kinematic& kinematic, const Entity& head, const Entit
   const auto above = kinematic.GetChain(head);
   const auto [tableSide, headSide] =
       std::mismatch(below.begin(), below.end(), above.begin(), above.end());
+  steps_.reserve(static_cast<std::size_t>((below.end() - tableSide) + (above.end() - headSide)));
   for (auto e = below.end(); e != tableSide;) steps_.push_back({*--e, -1.0, {}});
   for (auto e = headSide; e != above.end(); ++e) steps_.push_back({*e, 1.0, {}});
 }

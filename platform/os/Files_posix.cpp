@@ -21,10 +21,14 @@ struct CloseFolder {
 };
 using Folder = std::unique_ptr<DIR, CloseFolder>;
 
-/// The bytes that a wide name or path may stand for, the likelier first.
+/// The bytes that a wide name or path may stand for, the likelier first, each once.
 using Readings = std::array<std::optional<std::string>, 2>;
 
-Readings readingsOf(std::wstring_view text) { return {utf8Of(text), bytesOf(text)}; }
+Readings readingsOf(std::wstring_view text) {
+  Readings readings = {utf8Of(text), bytesOf(text)};
+  if (readings[1] == readings[0]) readings[1].reset();
+  return readings;
+}
 
 bool exists(const std::string& path) {
   struct stat status;
@@ -103,7 +107,9 @@ std::optional<std::string> find(const std::wstring& path) {
   if (path.size() >= PATH_MAX) return std::nullopt;  // no need to try every name of it
   if (auto found = firstThere(path)) return found;
   const std::wstring slashed = withSlashes(path);
-  if (auto found = firstThere(slashed)) return found;
+  if (slashed != path) {
+    if (auto found = firstThere(slashed)) return found;
+  }
   return asFoldersSpell(slashed);
 }
 

@@ -2,13 +2,13 @@
 
 #include <cstdint>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "adapter/machineFromDefinition.h"
 #include "kinematics/KMachine.h"
 #include "tests/adapter/External.h"
+#include "tests/support/Dice.h"
 #include "tests/support/MachineGenerator.h"
 
 /// Both models of one machine, asked the same.
@@ -28,18 +28,6 @@ struct Comparison {
   int solvedToo = 0;     ///< and that the external one has.
   int missed = 0;        ///< Nearest solutions that are off the target, of either model.
   std::string note;
-};
-
-/// Uniform numbers, the same on every platform.
-class Dice {
- public:
-  explicit Dice(unsigned seed) : random_(seed) {}
-  double between(double low, double high) {
-    return low + (high - low) * (static_cast<double>(random_()) / 4294967296.0);
-  }
-
- private:
-  std::mt19937 random_;
 };
 
 /// A loaded machine and the adapter over the external machine made of it, with the same tool

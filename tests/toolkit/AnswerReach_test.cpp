@@ -6,10 +6,10 @@
 
 using korvo::Answer;
 using korvo::Answers;
+using korvo::LibrarySolver;
 using korvo::Machine;
 using korvo::Position;
 using korvo::Reason;
-using korvo::Solver;
 using korvo::Status;
 using korvo::Target;
 using zgeo::UVec3d;
@@ -44,7 +44,7 @@ const Target kLow{{100, 50, -600}, fromZ(1, 0)};
 void expectQuillStays(const Machine& machine, double w) {
   const Position from = machine.position({{"W", w}});
   const double b = kDegToRad, length = 300 - w;  // from the pivot to the tip
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   const Answer answer = solver.nearest(kLow, from);
   expectReached(answer);
   EXPECT_NEAR(answer.position["X"], 100 + length * std::sin(b), 1e-6);
@@ -73,7 +73,7 @@ TEST(Quill, MovesWhereTheLibraryMovesItInsideTheLimits) {
   const Machine machine = machineOf(std::string(kRam) + kRamLimits);
   const Position at = machine.position({{"B", 60.0}, {"W", -100.0}, {"X", 20.0}});
   const Position from = machine.position({{"B", 60.0}, {"X", 20.0}});
-  const Answer answer = Solver(machine).nearest(targetAt(machine, at), from);
+  const Answer answer = LibrarySolver(machine).nearest(targetAt(machine, at), from);
   expectReached(answer);
   expectValues(answer.position, {20, 0, 0, 60, 0, -100}, 1e-6);
 }
@@ -83,21 +83,21 @@ TEST(Quill, MovesWhereTheLibraryMovesItInsideTheLimits) {
 TEST(GantryW, TheBeamHelpsWhereTheRamEnds) {
   const Machine machine = example("gantry-w");
   const Target target{{1000, 200, -2000}, {1, 1, 1}};
-  const Answer answer = Solver(machine).nearest(target, machine.position());
+  const Answer answer = LibrarySolver(machine).nearest(target, machine.position());
   expectReached(answer);
   const double z = answer.position["Z"], w = answer.position["W"];
   EXPECT_NEAR(z + w, -2000 - 230 * (1 - 1 / std::sqrt(3)), 1e-6);
   EXPECT_TRUE(z == -1250 || w == -1500) << z << ' ' << w;
   Position at = machine.position();
   korvo::Residual residual;
-  EXPECT_FALSE(Solver(machine).follow(target, at, residual));
+  EXPECT_FALSE(LibrarySolver(machine).follow(target, at, residual));
 }
 
 TEST(GantryW, TheBeamDoesNotHelpWhenItIsLocked) {
   Machine machine = example("gantry-w");
   machine = withLock(machine, machine.axisNames().find("W"));
   const Answer answer =
-      Solver(machine).nearest({{1000, 200, -2000}, {1, 1, 1}}, machine.position());
+      LibrarySolver(machine).nearest({{1000, 200, -2000}, {1, 1, 1}}, machine.position());
   expectMissed(answer, Reason::outsideLimits, 2000 + 230 * (1 - 1 / std::sqrt(3)) - 1250, 1e-6);
 }
 
@@ -105,7 +105,8 @@ TEST(GantryW, TheBeamDoesNotHelpWhenItIsLocked) {
 
 TEST(LockedLinearAxis, NeedNotMoveWhereItStandsRight) {
   const Machine mill = withLock(example("mill-3axis"), 0);
-  const Answer answer = Solver(mill).nearest({{10, 20, 150}, kUp}, mill.position({{"X", 10.0}}));
+  const Answer answer =
+      LibrarySolver(mill).nearest({{10, 20, 150}, kUp}, mill.position({{"X", 10.0}}));
   expectReached(answer);
   expectValues(answer.position, {10, 20, 40});
   EXPECT_TRUE(answer.isLinearOnly);
@@ -114,15 +115,15 @@ TEST(LockedLinearAxis, NeedNotMoveWhereItStandsRight) {
   const Machine table = withLock(example("table-ac"), 0);
   const Target tilted{{10, 110.5 * kHalf - 0.5, 69.5 * kHalf + 60}, {0, kHalf, kHalf}};
   const Position from = table.position({{"X", 10.0}});
-  const Answer turned = Solver(table).nearest(tilted, from);
+  const Answer turned = LibrarySolver(table).nearest(tilted, from);
   expectReached(turned);
   expectValues(turned.position, {10, 20, 30, -45, 0});
-  EXPECT_TRUE(holds(Solver(table).all(tilted, from, 100), turned.position));
+  EXPECT_TRUE(holds(LibrarySolver(table).all(tilted, from, 100), turned.position));
 }
 
 TEST(LockedLinearAxis, LeavesWhatTheOthersCannotCarry) {
   const Machine machine = withLock(example("mill-3axis"), 0);
-  const Answer answer = Solver(machine).nearest({{14, 20, 150}, kUp}, machine.position());
+  const Answer answer = LibrarySolver(machine).nearest({{14, 20, 150}, kUp}, machine.position());
   expectMissed(answer, Reason::linearAxes, 14);
   expectValues(answer.position, {0, 20, 40});  // as near as the free ones come
 }
@@ -130,17 +131,17 @@ TEST(LockedLinearAxis, LeavesWhatTheOthersCannotCarry) {
 TEST(LockedLinearAxis, TranslationsTakeTheFreeOnes) {
   const Machine table = withLock(example("table-ac"), 0);
   const Position at = table.position({{"A", -30.0}});
-  const Answer answer = Solver(table).translate({0, 0, 5}, at);
+  const Answer answer = LibrarySolver(table).translate({0, 0, 5}, at);
   expectReached(answer);
   EXPECT_EQ(answer.position["X"], 0);
   EXPECT_NEAR(std::hypot(answer.position["Y"], answer.position["Z"]), 5, 1e-9);
   EXPECT_EQ(answer.position["A"], -30);
 
   const Machine mill = withLock(withLock(example("mill-3axis"), 0), 1);
-  const Answer up = Solver(mill).translate({0, 0, 5}, mill.position());
+  const Answer up = LibrarySolver(mill).translate({0, 0, 5}, mill.position());
   expectReached(up);
   expectValues(up.position, {0, 0, 5});
-  expectMissed(Solver(mill).translate({0, 3, 4}, mill.position()), Reason::linearAxes, 3);
+  expectMissed(LibrarySolver(mill).translate({0, 3, 4}, mill.position()), Reason::linearAxes, 3);
 }
 
 // --- arms whose tip is not their wrist centre
@@ -148,7 +149,7 @@ TEST(LockedLinearAxis, TranslationsTakeTheFreeOnes) {
 TEST(Irb2400, ReachesItsOwnZeroPose) {
   const Machine machine = example("arm-irb2400");
   const Target zero{{940, 0, 1455}, {-1, 0, 0}};
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   const Answer answer = solver.nearest(zero, machine.position());
   expectReached(answer);
   expectValues(answer.position, {0, 0, 0, 0, 0, 0}, 1e-6);
@@ -160,7 +161,7 @@ TEST(Irb2400, ReachesWithAnyToolLength) {
   Machine machine = example("arm-irb2400");
   for (const double length : {0.0, 200.0, -85.0, 35.5}) {
     machine->setTHELength(length, 1);
-    Solver solver(machine);
+    LibrarySolver solver(machine);
     for (const double turn : {-40.0, 10.0, 55.0}) {
       const Position at = machine.position(
           {{"J1", turn}, {"J2", turn / 2}, {"J3", -10.0}, {"J4", 2 * turn}, {"J5", turn + 5}});
@@ -181,14 +182,14 @@ TEST(Irb2400, ReachesWithAnyToolLength) {
 TEST(Irb2400, ReachesDownwardsWithALongTool) {
   Machine machine = example("arm-irb2400");
   machine->setTHELength(200.0, 1);
-  expectReached(Solver(machine).nearest({{855, 100, 1300}, kUp}, machine.position()));
+  expectReached(LibrarySolver(machine).nearest({{855, 100, 1300}, kUp}, machine.position()));
 }
 
 TEST(Puma560, ReachesWithAToolLength) {
   Machine machine = example("arm-puma560");
   machine->setTHELength(100.0, 1);
   const Position at = machine.position({{"J2", 20.0}, {"J3", -30.0}, {"J4", 40.0}, {"J5", 50.0}});
-  const Answer answer = Solver(machine).nearest(targetAt(machine, at), at);
+  const Answer answer = LibrarySolver(machine).nearest(targetAt(machine, at), at);
   expectReached(answer);
   EXPECT_LT(korvo::distance(answer.position, at), 1e-6);
 }
@@ -197,7 +198,7 @@ TEST(Puma560, ReachesWithAToolLength) {
 TEST(Irb2400, TheMachineKeepsItsToolLength) {
   Machine machine = example("arm-irb2400");
   machine->setTHELength(200.0, 1);
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   solver.nearest({{855, 100, 1300}, kUp}, machine.position());
   EXPECT_EQ(machine->getTHELength(1), 200.0);
 }
@@ -210,7 +211,7 @@ TEST(Arm, AnotherToolOnTheSameWristIsNoMatter) {
       "rotation=J5,5,-y,0,0,400,0,1100\nrotation=J6,6,+z,0,0,400,0,1100\n"
       "tool=-z,400,0,1000\nlien=J6\ntool=-z,400,0,1050\n");
   const Position at = machine.position({{"J1", 15.0}, {"J2", 10.0}, {"J3", -20.0}, {"J5", 20.0}});
-  const Answer answer = Solver(machine).nearest(targetAt(machine, at), at);
+  const Answer answer = LibrarySolver(machine).nearest(targetAt(machine, at), at);
   expectReached(answer);
   EXPECT_LT(korvo::distance(answer.position, at), 1e-6);
 }
@@ -220,7 +221,7 @@ TEST(Arm, AnotherToolOnTheSameWristIsNoMatter) {
 const Target kTilted{{10, 110.5 * kHalf - 0.5, 69.5 * kHalf + 60}, {0, kHalf, kHalf}};
 
 std::vector<double> turnsOfC(const Machine& machine, double from) {
-  const Answers all = Solver(machine).all(kTilted, machine.position({{"C", from}}), 1000);
+  const Answers all = LibrarySolver(machine).all(kTilted, machine.position({{"C", from}}), 1000);
   std::vector<double> turns;
   for (const Answer& answer : all.positions) turns.push_back(std::round(answer.position["C"]));
   std::sort(turns.begin(), turns.end());
@@ -231,7 +232,7 @@ std::vector<double> turnsOfC(const Machine& machine, double from) {
 TEST(AllPositions, HoldTheTurnsAboutZeroAndAboutTheStart) {
   const Machine machine = example("table-ac");
   EXPECT_EQ(turnsOfC(machine, 1000), (std::vector<double>{-360, 0, 360, 720, 1080}));
-  const Answers all = Solver(machine).all(kTilted, machine.position({{"C", 1000.0}}), 1);
+  const Answers all = LibrarySolver(machine).all(kTilted, machine.position({{"C", 1000.0}}), 1);
   EXPECT_NEAR(all.positions[0].position["C"], 1080, 1e-9);
 }
 
@@ -254,7 +255,7 @@ TEST(AllPositions, OfLimitsFarApartHoldTheTurnsNearby) {
 TEST(AllPositions, HoldTheNearestWhereverItStarts) {
   for (const char* name : {"table-ac", "table-bc", "head-cb-fork", "gantry-w"}) {
     const Machine machine = example(name);
-    Solver solver(machine);
+    LibrarySolver solver(machine);
     for (const double c : {0.0, 170.0, -1000.0, 100'000.0}) {
       const Position from = machine.position({{"C", c}});
       const Target target{{100, 20, -100}, fromZ(25, 40)};
@@ -272,7 +273,7 @@ TEST(Lathe, IsToldThatNoSolverKnowsIt) {
   const Machine machine = machineOf(
       "frame\nrotation=C,6,z,0,0,0,0,0\npart=x,y,0,0,0\nlien=BATI\naxis=Z,3,z\naxis=X,1,x\n"
       "tool=x,100,0,50\n");
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   const Answer beside = solver.nearest({{60, 10, 20}, {1, 0, 0}}, machine.position());
   expectMissed(beside, Reason::noSolver, 10);
   EXPECT_TRUE(beside.conditions.empty());
@@ -286,7 +287,7 @@ TEST(Lathe, IsToldThatNoSolverKnowsIt) {
 TEST(HeadNutating, ComesAsNearAsItCan) {
   const Machine machine = example("head-nutating");
   const Target target{{0, 100, 300}, {0, 1, -0.01}};
-  const Answer answer = Solver(machine).nearest(target, machine.position());
+  const Answer answer = LibrarySolver(machine).nearest(target, machine.position());
   const double below = std::atan(0.01);
   expectMissed(answer, Reason::outsideCone, below / kDegToRad, 1e-6);
   EXPECT_NEAR(answer.residual.directionRad, below, 1e-6);

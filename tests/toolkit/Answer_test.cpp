@@ -4,10 +4,10 @@
 
 using korvo::Answer;
 using korvo::Answers;
+using korvo::LibrarySolver;
 using korvo::Machine;
 using korvo::Position;
 using korvo::Reason;
-using korvo::Solver;
 using korvo::Status;
 using korvo::Target;
 using zgeo::UVec3d;
@@ -24,7 +24,7 @@ const Target kTilted{{10, 110.5 * kHalf - 0.5, 69.5 * kHalf + 60}, {0, kHalf, kH
 
 TEST(TableAC, IsPutOnAPointAndDirection) {
   const Machine machine = example("table-ac");
-  const Answer answer = Solver(machine).nearest(kTilted, machine.position());
+  const Answer answer = LibrarySolver(machine).nearest(kTilted, machine.position());
   expectReached(answer);
   expectValues(answer.position, {10, 20, 30, -45, 0});
   EXPECT_FALSE(answer.isLinearOnly);
@@ -32,7 +32,7 @@ TEST(TableAC, IsPutOnAPointAndDirection) {
 
 TEST(TableAC, MarginsAreTheDistancesToTheLimits) {
   const Machine machine = example("table-ac");
-  const Answer answer = Solver(machine).nearest(kTilted, machine.position());
+  const Answer answer = LibrarySolver(machine).nearest(kTilted, machine.position());
   ASSERT_EQ(answer.margins.size(), 5u);
   EXPECT_NEAR(*answer.margins[0].toMin, 310, 1e-9);
   EXPECT_NEAR(*answer.margins[0].toMax, 290, 1e-9);
@@ -58,7 +58,7 @@ TEST(TableAC, IsSingularWhereTheToolIsAlongTheTable) {
 TEST(TableAC, TheStartPicksTheTurn) {
   const Machine machine = example("table-ac");
   const Answer answer =
-      Solver(machine).nearest(kTilted, machine.position({{"C", 700.0}, {"A", -40.0}}));
+      LibrarySolver(machine).nearest(kTilted, machine.position({{"C", 700.0}, {"A", -40.0}}));
   expectReached(answer);
   expectValues(answer.position, {10, 20, 30, -45, 720});
 }
@@ -67,7 +67,7 @@ TEST(TableAC, TheStartPicksTheTurn) {
 TEST(TableAC, OutsideItsLimitsTheOtherBranchIsTaken) {
   const Machine machine = example("table-ac");
   const Target target = above(fromZ(40, -90));
-  const Answer answer = Solver(machine).nearest(target, machine.position());
+  const Answer answer = LibrarySolver(machine).nearest(target, machine.position());
   expectReached(answer);
   EXPECT_NEAR(answer.position["A"], -40, 1e-9);
   EXPECT_NEAR(std::abs(answer.position["C"]), 180, 1e-9);
@@ -76,7 +76,7 @@ TEST(TableAC, OutsideItsLimitsTheOtherBranchIsTaken) {
 // 130 degrees from Z: A = -130 is 10 beyond its limit, A = 130 is 100 beyond.
 TEST(TableAC, SaysHowFarOutsideTheBetterBranchIs) {
   const Machine machine = example("table-ac");
-  const Answer answer = Solver(machine).nearest(above(fromZ(130, 90)), machine.position());
+  const Answer answer = LibrarySolver(machine).nearest(above(fromZ(130, 90)), machine.position());
   expectMissed(answer, Reason::outsideLimits, 10);
   EXPECT_EQ(answer.status, Status::outsideLimits);
   ASSERT_GE(answer.outside.size(), 1u);
@@ -87,7 +87,7 @@ TEST(TableAC, SaysHowFarOutsideTheBetterBranchIs) {
 
 TEST(TableAC, ALinearAxisOutsideIsNamedWithItsDistance) {
   const Machine machine = example("table-ac");
-  const Answer answer = Solver(machine).nearest({{350, 0, 120}, kUp}, machine.position());
+  const Answer answer = LibrarySolver(machine).nearest({{350, 0, 120}, kUp}, machine.position());
   // upright the table may turn anywhere, but the solver has no reason to turn it
   expectMissed(answer, Reason::outsideLimits, 50);
   EXPECT_EQ(answer.text, "outside the limits: X above by 50 mm");
@@ -97,7 +97,8 @@ TEST(TableAC, ALinearAxisOutsideIsNamedWithItsDistance) {
 TEST(TableAC, ALimitCanBeReached) {
   const Machine machine = example("table-ac");
   for (const double heading : {90.0, 10.0, 200.0, 333.0}) {
-    const Answer answer = Solver(machine).nearest(above(fromZ(120, heading)), machine.position());
+    const Answer answer =
+        LibrarySolver(machine).nearest(above(fromZ(120, heading)), machine.position());
     expectReached(answer);
     EXPECT_NEAR(answer.position["A"], -120, 1e-9);
     EXPECT_GE(answer.position["A"], -120);
@@ -107,7 +108,7 @@ TEST(TableAC, ALimitCanBeReached) {
 // C = 0, 360 and -360 are the starts' only ways to A = -45; A = 45 is outside.
 TEST(TableAC, ListsAllPositionsNearestFirst) {
   const Machine machine = example("table-ac");
-  const Answers all = Solver(machine).all(kTilted, machine.position({{"C", 350.0}}), 20);
+  const Answers all = LibrarySolver(machine).all(kTilted, machine.position({{"C", 350.0}}), 20);
   ASSERT_EQ(all.positions.size(), 3u);
   EXPECT_EQ(all.total, 3u);
   EXPECT_FALSE(all.none);
@@ -116,8 +117,8 @@ TEST(TableAC, ListsAllPositionsNearestFirst) {
   expectValues(all.positions[2].position, {10, 20, 30, -45, -360});
   EXPECT_NEAR(all.distances[0], 10 + 20 + 30 + 45 + 10, 1e-9);
   for (const Answer& answer : all.positions) expectReached(answer);
-  EXPECT_EQ(Solver(machine).all(kTilted, machine.position(), 1).positions.size(), 1u);
-  EXPECT_EQ(Solver(machine).all(kTilted, machine.position(), 1).total, 3u);
+  EXPECT_EQ(LibrarySolver(machine).all(kTilted, machine.position(), 1).positions.size(), 1u);
+  EXPECT_EQ(LibrarySolver(machine).all(kTilted, machine.position(), 1).total, 3u);
 }
 
 // Nine starts of C without limits, four of A in -120 to 30: -45, -120, 30, -90.
@@ -129,7 +130,7 @@ TEST(TableAC, ToolLengthAndPartZeroCount) {
   machine->setUNI2MAC(zgeo::UMatrix::_translation({1, 2, 3}));
   const Target target = korvo::fromPartZero(machine, {{9, 18, 97}, kUp});
   EXPECT_EQ(target.tip, UVec3d(10, 20, 100));
-  const Answer answer = Solver(machine).nearest(target, machine.position());
+  const Answer answer = LibrarySolver(machine).nearest(target, machine.position());
   expectReached(answer);
   expectValues(answer.position, {10, 20, 100 + 50 - 120, 0, 0});
 }
@@ -138,19 +139,20 @@ TEST(TableAC, ToolLengthAndPartZeroCount) {
 TEST(TableAC, ALockedAxisStaysAndNarrowsTheReach) {
   const Machine machine = withLock(example("table-ac"), 4);
   const Position from = machine.position({{"C", 90.0}});
-  const Answer answer = Solver(machine).nearest({{0, 0, 100}, fromZ(30, 0)}, from);
+  const Answer answer = LibrarySolver(machine).nearest({{0, 0, 100}, fromZ(30, 0)}, from);
   // at C = 90 the cradle's line lies along Y and A tilts the tool in the plane of X and Z
   EXPECT_EQ(answer.position["C"], 90.0);
   EXPECT_LE(answer.residual.directionRad, korvo::kReachedRad);
   EXPECT_FALSE(korvo::singularity(machine, *from));
-  const Answer beside = Solver(machine).nearest({{0, 0, 100}, fromZ(30, 90)}, from);
+  const Answer beside = LibrarySolver(machine).nearest({{0, 0, 100}, fromZ(30, 90)}, from);
   expectMissed(beside, Reason::outsideCone, 30);
   EXPECT_NE(beside.text.find("the cone that the tool describes about A"), std::string::npos);
 }
 
 TEST(TableAC, TheListKeepsLockedAxes) {
   const Machine machine = withLock(example("table-ac"), 4);
-  const Answers all = Solver(machine).all(above(fromZ(20, 90)), machine.position({{"C", 0.0}}), 20);
+  const Answers all =
+      LibrarySolver(machine).all(above(fromZ(20, 90)), machine.position({{"C", 0.0}}), 20);
   ASSERT_EQ(all.total, 1u);
   EXPECT_EQ(all.positions[0].position["C"], 0.0);
   EXPECT_NEAR(all.positions[0].position["A"], -20, 1e-9);
@@ -161,7 +163,7 @@ TEST(TableAC, NoTargetIsNoAnswer) {
   const double nan = std::nan("");
   for (const Target& target :
        {Target{{0, 0, 0}, {0, 0, 0}}, Target{{nan, 0, 0}, kUp}, Target{{0, 0, 0}, {nan, 0, 1}}}) {
-    Solver solver(machine);
+    LibrarySolver solver(machine);
     expectMissed(solver.nearest(target, machine.position()), Reason::noDirection, 0);
     ASSERT_TRUE(solver.all(target, machine.position(), 5).none);
     Position at = machine.position();
@@ -173,7 +175,7 @@ TEST(TableAC, NoTargetIsNoAnswer) {
 TEST(TableAC, TranslationShiftsTheTipAtTheSameDirection) {
   const Machine machine = example("table-ac");
   const Position at = machine.position({{"X", 5.0}, {"C", 90.0}});
-  const Answer answer = Solver(machine).translate({0, 10, 0}, at);
+  const Answer answer = LibrarySolver(machine).translate({0, 10, 0}, at);
   expectReached(answer);
   expectValues(answer.position, {15, 0, 0, 0, 90});  // at C = 90 the head's X lies along Y
 }
@@ -184,7 +186,7 @@ TEST(HeadNutating, LaysTheSpindleDown) {
   const Machine machine = example("head-nutating");
   // B = 180 brings the nose, 260 below the pivot, to (0, -260, 260); C = -90 on to (-260, 0, 260)
   const Answer answer =
-      Solver(machine).nearest({{0, 0, 300}, {1, 0, 0}}, machine.position({{"B", 100.0}}));
+      LibrarySolver(machine).nearest({{0, 0, 300}, {1, 0, 0}}, machine.position({{"B", 100.0}}));
   EXPECT_LE(answer.residual.pointMm, korvo::kReachedMm);
   expectReached(answer);
   EXPECT_NEAR(answer.position["X"], 260, 1e-3);
@@ -208,7 +210,8 @@ TEST(HeadNutating, IsSingularAtBothEdgesOfItsBand) {
 
 TEST(HeadNutating, SaysHowFarADirectionIsBesideItsBand) {
   const Machine machine = example("head-nutating");
-  const Answer answer = Solver(machine).nearest({{0, 0, 500}, fromZ(100, 33)}, machine.position());
+  const Answer answer =
+      LibrarySolver(machine).nearest({{0, 0, 500}, fromZ(100, 33)}, machine.position());
   expectMissed(answer, Reason::outsideCone, 10);
   EXPECT_NE(answer.text.find("C and B"), std::string::npos) << answer.text;
   EXPECT_EQ(answer.status, Status::notReached);
@@ -218,7 +221,7 @@ TEST(HeadNutating, SaysHowFarADirectionIsBesideItsBand) {
 
 TEST(Mill4Axis, TurnsThePalletAndSaysWhatItCannot) {
   const Machine machine = example("mill-4axis");
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   // R_y(90) (x, y, z) = (z, y, -x); the nose starts at (0, 80, 250)
   const Answer answer = solver.nearest({{300, 100, 40}, {1, 0, 0}}, machine.position());
   expectReached(answer);
@@ -237,7 +240,8 @@ TEST(Mill4Axis, TurnsThePalletAndSaysWhatItCannot) {
 TEST(Mill3Axis, IsAnsweredByItsLinearAxes) {
   Machine machine = example("mill-3axis");
   machine->setTHELength(50.0, 1);
-  const Answer answer = Solver(machine).nearest({{10, 20, 300}, {0, 0, 3}}, machine.position());
+  const Answer answer =
+      LibrarySolver(machine).nearest({{10, 20, 300}, {0, 0, 3}}, machine.position());
   expectReached(answer);
   EXPECT_TRUE(answer.isLinearOnly);
   expectValues(answer.position, {10, 20, 300 + 50 - 110});
@@ -246,7 +250,7 @@ TEST(Mill3Axis, IsAnsweredByItsLinearAxes) {
 
 TEST(Mill3Axis, CannotTurnTheTool) {
   const Machine machine = example("mill-3axis");
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   const Answer answer = solver.nearest({{0, 0, 200}, fromZ(30, 0)}, machine.position());
   expectMissed(answer, Reason::noRotaryAxis, 30);
   expectMissed(solver.nearest({{400, 0, 200}, kUp}, machine.position()), Reason::outsideLimits, 19);
@@ -255,7 +259,8 @@ TEST(Mill3Axis, CannotTurnTheTool) {
 
 TEST(Mill3Axis, TranslatesThoughTheLibraryGivesNoIncrements) {
   const Machine machine = example("mill-3axis");
-  const Answer answer = Solver(machine).translate({1, 2, 3}, machine.position({{"Z", 100.0}}));
+  const Answer answer =
+      LibrarySolver(machine).translate({1, 2, 3}, machine.position({{"Z", 100.0}}));
   expectReached(answer);
   EXPECT_TRUE(answer.isLinearOnly);
   expectValues(answer.position, {1, 2, 103});
@@ -263,7 +268,7 @@ TEST(Mill3Axis, TranslatesThoughTheLibraryGivesNoIncrements) {
 
 TEST(Mill3Axis, ALockedLinearAxisLeavesThePoint) {
   const Machine machine = withLock(example("mill-3axis"), 0);
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   const Answer answer = solver.nearest({{10, 0, 110}, kUp}, machine.position());
   expectMissed(answer, Reason::linearAxes, 10);
   EXPECT_NE(answer.text.find("2 free linear axes"), std::string::npos) << answer.text;
@@ -277,7 +282,7 @@ TEST(GantryW, TheBeamStaysWhereItIsWithAndWithoutItsLock) {
     const int beam = machine.axisNames().find("W");
     if (isLocked) machine = withLock(machine, beam);
     const Position from = machine.position({{"W", -100.0}, {"X", 10.0}});
-    Solver solver(machine);
+    LibrarySolver solver(machine);
     const Answer answer = solver.nearest({{100, 50, -300}, kUp}, from);
     expectReached(answer);
     EXPECT_NEAR(answer.position["X"], 100, 1e-9);
@@ -305,7 +310,7 @@ TEST(FourLinearAxes, AreAnsweredWhereTheLibrarysCodeSaysFailed) {
   Position out = machine.position();
   const Target target{{50, 60, 70}, fromZ(20, 30)};
   ASSERT_NE(machine->getConfigPlus(from, target.tip, target.direction, out), 0);
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   const Answer answer = solver.nearest(target, from);
   expectReached(answer);
   EXPECT_EQ(answer.position["W"], 5.0);
@@ -324,7 +329,8 @@ TEST(Puma560, ReachesWithItsToolPointInTheWristCentre) {
   const Position from = machine.position({{"J1", 10.0}, {"J2", 15.0}, {"J3", 20.0}, {"J5", 30.0}});
   // the tool of the zero position, and the same turned about the wrist centre
   for (const UVec3d& direction : {UVec3d(0, 0, -1), fromZ(150, 40), fromZ(120, 200)}) {
-    const Answer answer = Solver(machine).nearest({{452.1, -150.05, 1103.63}, direction}, from);
+    const Answer answer =
+        LibrarySolver(machine).nearest({{452.1, -150.05, 1103.63}, direction}, from);
     EXPECT_LE(answer.residual.pointMm, korvo::kReachedMm) << answer.text;
     EXPECT_LE(answer.residual.directionRad, korvo::kReachedRad);
     EXPECT_NE(answer.status, Status::notReached);
@@ -334,7 +340,7 @@ TEST(Puma560, ReachesWithItsToolPointInTheWristCentre) {
 // The wrist centre 150.05 beside the first axis, the arms 431.8 and the root of 20.3^2 + 431.8^2.
 TEST(Puma560, SaysHowFarATargetIsOutOfReach) {
   const Machine machine = example("arm-puma560");
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   const double ahead = std::sqrt(2000.0 * 2000.0 - 150.05 * 150.05);
   const double reach = 431.8 + std::hypot(20.3, 431.8);
   expectMissed(solver.nearest({{2000, 0, 671.83}, {0, 0, -1}}, machine.position()),
@@ -347,7 +353,8 @@ TEST(Puma560, SaysHowFarATargetIsOutOfReach) {
 TEST(Irb2400, PointsItsToolAnyWay) {
   const Machine machine = example("arm-irb2400");
   for (const UVec3d& direction : {UVec3d(-1, 0, 0), fromZ(30, 0), fromZ(60, 180)}) {
-    const Answer answer = Solver(machine).nearest({{800, 0, 1200}, direction}, machine.position());
+    const Answer answer =
+        LibrarySolver(machine).nearest({{800, 0, 1200}, direction}, machine.position());
     EXPECT_LE(answer.residual.pointMm, korvo::kReachedMm) << answer.text;
     EXPECT_LE(answer.residual.directionRad, korvo::kReachedRad);
     EXPECT_NE(answer.status, Status::notReached);
@@ -356,7 +363,7 @@ TEST(Irb2400, PointsItsToolAnyWay) {
 
 TEST(Irb2400, ReachesStraightDown) {
   const Machine machine = example("arm-irb2400");
-  const Answer answer = Solver(machine).nearest({{800, 0, 500}, kUp}, machine.position());
+  const Answer answer = LibrarySolver(machine).nearest({{800, 0, 500}, kUp}, machine.position());
   EXPECT_NE(answer.status, Status::notReached) << answer.text;
   EXPECT_LE(answer.residual.pointMm, korvo::kReachedMm);
 }
@@ -364,7 +371,7 @@ TEST(Irb2400, ReachesStraightDown) {
 TEST(Irb2400, OnARailIsToldThatAnAxisStandsBeforeItsFirstJoint) {
   const Machine machine = example("arm-irb2400-rail");
   const Answer answer =
-      Solver(machine).nearest({{800, 300, 500}, kUp}, machine.position({{"RAIL", 1000.0}}));
+      LibrarySolver(machine).nearest({{800, 300, 500}, kUp}, machine.position({{"RAIL", 1000.0}}));
   EXPECT_EQ(answer.reason, Reason::missed) << answer.text;
   ASSERT_FALSE(answer.conditions.empty());
   EXPECT_EQ(answer.conditions[0], "an axis stands before J1, the first joint");
@@ -372,8 +379,8 @@ TEST(Irb2400, OnARailIsToldThatAnAxisStandsBeforeItsFirstJoint) {
 
 TEST(Arm, MovesLockedJointsAndIsToldSo) {
   const Machine machine = withLock(example("arm-puma560"), 0);
-  const Answer answer = Solver(machine).nearest({{452.1, -150.05, 1103.63}, {0, 0, -1}},
-                                                machine.position({{"J1", 30.0}}));
+  const Answer answer = LibrarySolver(machine).nearest({{452.1, -150.05, 1103.63}, {0, 0, -1}},
+                                                       machine.position({{"J1", 30.0}}));
   EXPECT_EQ(answer.reason, Reason::lockedAxis);
   EXPECT_EQ(answer.text, "the arm solver moves locked axes: J1");
 }
@@ -389,7 +396,7 @@ TEST(Arm, ListsEverySideElbowAndWristFromAnyStart) {
   const Target target{{500, -150, 900}, UVec3d(0.3, 0.2, -1).normalised()};
   for (const double start : {-100.0, 0.0, 70.0}) {
     const korvo::Position from = machine.position({{"J1", start}, {"J3", -start}, {"J6", 12.0}});
-    const Answers all = Solver(machine).all(target, from, 100);
+    const Answers all = LibrarySolver(machine).all(target, from, 100);
     EXPECT_EQ(all.total, 8u);
     for (const Answer& answer : all.positions) {
       expectReached(answer);
@@ -403,7 +410,7 @@ TEST(Arm, ListsEverySideElbowAndWristFromAnyStart) {
 TEST(Arm, ListsTheTurnsOfItsJoints) {
   Machine machine = example("arm-puma560");
   const Target target{{500, -150, 900}, UVec3d(0.3, 0.2, -1).normalised()};
-  const Answers all = Solver(machine).all(target, machine.position(), 100);
+  const Answers all = LibrarySolver(machine).all(target, machine.position(), 100);
   ASSERT_GT(all.total, 0u);
   for (const Answer& answer : all.positions) {
     const double j4 = answer.position[3];
@@ -431,7 +438,7 @@ TEST(Arm, ListsOfTooManyStartsAreRefusedWithTheirNumber) {
       "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,x\naxis=Y,2,y\naxis=Z,3,z\n"
       "rotation=A,4,x\nrotation=B,5,y\nrotation=C,6,z\nrotation=D,7,x\nrotation=E,8,y\n"
       "rotation=F,9,z\nrotation=G,10,x\ntool=z,0,0,0\n");
-  const Answers all = Solver(machine).all({{1, 2, 3}, fromZ(10, 20)}, machine.position(), 5);
+  const Answers all = LibrarySolver(machine).all({{1, 2, 3}, fromZ(10, 20)}, machine.position(), 5);
   ASSERT_TRUE(all.tooManySeeds);
   EXPECT_EQ(*all.tooManySeeds, 4782969u);
   ASSERT_EQ(all.positions.size(), 1u);  // what `nearest` gives
@@ -463,8 +470,8 @@ TEST_P(ArmConditions, AreSaidInWords) {
   ASSERT_NE(place, std::string::npos);
   text.replace(place, std::string(row.line).size(), row.instead);
   const Machine machine = machineOf(text);
-  const Answer answer = Solver(machine).nearest({{500, 100, 900}, fromZ(150, 10)},
-                                                machine.position({{"J2", 10.0}, {"J5", 20.0}}));
+  const Answer answer = LibrarySolver(machine).nearest(
+      {{500, 100, 900}, fromZ(150, 10)}, machine.position({{"J2", 10.0}, {"J5", 20.0}}));
   EXPECT_EQ(answer.reason, Reason::missed) << answer.text;
   std::string said;
   for (const std::string& condition : answer.conditions) said += condition + "\n";
@@ -492,8 +499,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Arm, OfTheOneLayoutReachesTheSameTarget) {
   const Machine machine = machineOf(kArm);
-  const Answer answer = Solver(machine).nearest({{500, 100, 900}, fromZ(150, 10)},
-                                                machine.position({{"J2", 10.0}, {"J5", 20.0}}));
+  const Answer answer = LibrarySolver(machine).nearest(
+      {{500, 100, 900}, fromZ(150, 10)}, machine.position({{"J2", 10.0}, {"J5", 20.0}}));
   expectReached(answer);
 }
 
@@ -513,7 +520,7 @@ TEST(Arm, IsSingularWithAStraightWrist) {
 
 TEST(Follow, GoesFromTargetToTargetAndStaysWhereOneHasNoAnswer) {
   const Machine machine = example("table-ac");
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   Position at = machine.position();
   korvo::Residual residual;
   EXPECT_FALSE(solver.follow(kTilted, at, residual));
@@ -527,7 +534,7 @@ TEST(Follow, GoesFromTargetToTargetAndStaysWhereOneHasNoAnswer) {
 
 TEST(Follow, TakesTheOtherBranchAtALimit) {
   const Machine machine = example("table-ac");
-  Solver solver(machine);
+  LibrarySolver solver(machine);
   Position at = machine.position();
   korvo::Residual residual;
   EXPECT_FALSE(solver.follow(above(fromZ(40, -90)), at, residual));

@@ -51,7 +51,7 @@ inline Target above(const UVec3d& direction) {
   return {UVec3d(0, 0, 60) + direction * 100, direction};
 }
 
-inline void expectValues(const Position& at, const std::vector<double>& values,
+inline void expectValues(const korvo::Position& at, const std::vector<double>& values,
                          double tolerance = 1e-9) {
   for (int i = 0; i < at.size(); ++i) {
     EXPECT_NEAR(at[i], values[static_cast<std::size_t>(i)], tolerance) << at.names()[i];

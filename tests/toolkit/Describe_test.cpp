@@ -7,6 +7,7 @@
 
 #include "tests/support/TempFile.h"
 
+using korvo::Language;
 using korvo::MachineInfo;
 using korvo::test::TempDir;
 
@@ -242,6 +243,27 @@ TEST(Describe, ClassesAreSaidInWords) {
             "no three independent linear axes (articulated arm or unknown layout)");
 }
 
+TEST(Describe, ClassesAndShapesAreSaidInFrench) {
+  zkin::KMachine::_sUKine k;
+  k.kinematicClass = 3;
+  EXPECT_EQ(korvo::kinematicClassText(k, 1, 1, Language::french),
+            "trois axes linéaires et deux axes rotatifs (1 dans la tête, 1 sous la pièce)");
+  k.kinematicClass = 5;
+  k.armType = 1;
+  k.wristType = 2;
+  EXPECT_EQ(korvo::armShapeText(k, Language::french),
+            "bras avec un axe rotatif après le premier ; poignet sphérique, l'outil sur son "
+            "dernier axe");
+}
+
+TEST(Describe, LinearAxesBeyondThreeAreCounted) {
+  const MachineInfo info = describeText(
+      "frame\npart=x,y,0,0,0\nlien=BATI\naxis=X,1,x\naxis=Y,2,y\naxis=Z,3,z\n"
+      "rotation=C,6,z,0,0,0,0,0\naxis=W,7,z\ntool=z,0,0,0\n");
+  EXPECT_EQ(info.tools.front().kinematicClass,
+            "three linear axes and one rotary axis (in the head); 4 linear axes in all");
+}
+
 TEST(Describe, ArmShapesAreSaidInWords) {
   zkin::KMachine::_sUKine k;
   k.kinematicClass = 3;
@@ -249,16 +271,19 @@ TEST(Describe, ArmShapesAreSaidInWords) {
   k.kinematicClass = 5;
   k.armType = 1;
   k.wristType = 2;
-  EXPECT_EQ(korvo::armShapeText(k),
-            "a rotary axis after the first rotary axis; ball wrist with the tool on its last axis");
+  EXPECT_EQ(
+      korvo::armShapeText(k),
+      "arm with a rotary axis after its first one; ball wrist with the tool on its last axis");
   k.armType = 3;
   k.wristType = 4;
-  EXPECT_EQ(korvo::armShapeText(k),
-            "a linear, then a rotary axis after the first rotary axis; ball wrist with the tool "
-            "off its last axis");
+  EXPECT_EQ(
+      korvo::armShapeText(k),
+      "arm with a linear, then a rotary axis after its first rotary one; ball wrist with the tool "
+      "off its last axis");
   k.armType = 4;
   k.wristType = -1;
-  EXPECT_EQ(korvo::armShapeText(k), "two linear axes after the first rotary axis; no ball wrist");
+  EXPECT_EQ(korvo::armShapeText(k),
+            "arm with two linear axes after its first rotary one; no ball wrist");
   k.armType = -1;
   EXPECT_EQ(korvo::armShapeText(k), "no known arm shape; no ball wrist");
 }

@@ -64,6 +64,10 @@ TEST(RotarySense, SaysItInASentence) {
   EXPECT_EQ(korvo::rotarySense("C", {0, 0, 1}, RotaryBody::table).text,
             "at +90 the table turns clockwise seen from +Z, so the tool counter-clockwise about "
             "the part: the sense of ISO 841");
+  EXPECT_EQ(korvo::rotarySense("C", {0, 0, 1}, RotaryBody::table, korvo::Language::french).text,
+            "à +90 la table tourne dans le sens des aiguilles d'une montre, vu depuis +Z, donc "
+            "l'outil dans le sens inverse des aiguilles d'une montre autour de la pièce : le sens "
+            "de l'ISO 841");
   EXPECT_EQ(korvo::rotarySense("A", {-1, 0, 0}, RotaryBody::head).text,
             "at +90 the head turns clockwise seen from +X: against the sense of ISO 841");
   EXPECT_EQ(korvo::rotarySense("J1", {0, 0, 1}, RotaryBody::arm).text,

@@ -129,6 +129,21 @@ class Info(CommandLine):
                      "Denavit-Hartenberg", "tool 1 (-101) - A (4)", "Geometry files: none"):
             self.assertIn(part, text)
 
+    def test_all_of_the_text_is_french(self):
+        text = self.answer("info", self.machine, "--lang", "fr")
+        for part in ("Réglages  format 2 ; outil 1", "Chaînes\n  PIECE  pièce", "côté pièce",
+                     "Axes, par indice de valeur (directions : ", "linéaire  numéro 1, ",
+                     "limites -120 à 30 degrés", "sans limites", "un point de son axe (0, 0, 50)",
+                     "à +90 la table tourne dans le sens des aiguilles d'une montre",
+                     "trois axes linéaires et deux axes rotatifs (tous sous la pièce)",
+                     "deux axes rotatifs : C et A orientent l'outil", "Outils (points ",
+                     "Paires de collision\n", "Fichiers de géométrie : aucun"):
+            self.assertIn(part, text)
+        info = self.json("info", self.machine, "--lang", "fr")
+        self.assertIn("deux axes rotatifs", info["solver"]["text"])
+        self.assertEqual(info["solver"]["unserved"], None)
+        self.assertEqual(info["tree"][0]["type"], "part")
+
     def test_names_geometry_files_found_and_not_found(self):
         self.write("a.stl", "solid\nendsolid\n")
         machine = self.write("g.def", TWO_TOOLS + "geom=$ZRN_MACHINE_DEF/a.stl\n")
@@ -420,7 +435,7 @@ class Rows(CommandLine):
         self.assertEqual(len(rows), 3001)
         said = self.stderr.splitlines()
         self.assertEqual(len(said), 21)
-        self.assertEqual(said[-1], f"{self.path}: 2980 more bad rows")
+        self.assertEqual(said[-1], f"{self.path}: 2980 more rows without an answer")
 
     def test_points_beyond_all_numbers_have_a_status(self):
         rows = self.rows("X,Y,C\n1.7e308,1.7e308,45\n1,1,1\n", code=NO)
@@ -635,7 +650,7 @@ class Settings(CommandLine):
             "150\n", "150\nlien=Z\ngun=z,40,0,80,$ZRN_MACHINE_DEF/t.stl\n"))
         mesh = [self.machine, "-o", os.path.join(self.folder, "a.stl")]
         inverse = [self.machine, "--point", "0,0,200", "--dir", "-0.2,0.3,1", "--from",
-                   "C=150,A=-25"]
+                   "C=150,A=-25", "--engine", "library"]
         moves = [self.machine, "--from", "A=0", "--to", "A=20,C=30", "--steps", "2"]
         self.verbs = {
             "info": ([self.machine], ("--strategy",)),
@@ -866,6 +881,28 @@ class Refusals(CommandLine):
                                      text=True, timeout=60, check=False)
                 self.assertEqual(run.returncode, REFUSED)
                 self.assertIn("expected to write the answer", run.stderr)
+
+
+class Hints(CommandLine):
+    def test_blanks_in_a_list_are_told_of_in_order(self):
+        self.assert_fails(USAGE, "korvo: found what belongs to no option: 20, 150 1 (a list has no "
+                          "blanks behind its commas, or stands in quotes)\n", "inverse",
+                          self.machine, "--point", "10,", "20,", "150", "--dir", "0,", "1")
+        self.assert_fails(USAGE, "korvo: found what belongs to no option: 5\n", "info",
+                          self.machine, "5")
+
+    def test_an_example_named_nearly_is_told(self):
+        for name in ("TABLE-AC", "table-ac.def", "tabel-ac"):
+            self.assert_fails(REFUSED, "found no such file (did you mean 'table-ac'?)", "info",
+                              name)
+        run = self.run_korvo("info", "lathe-of-mine")
+        self.assertTrue(run.stderr.endswith("found no such file\n"), run.stderr)
+
+    # Columns stand one below the other.
+    def test_matrices_are_aligned(self):
+        text = self.answer("forward", self.machine, "--at", "X=-1000.5,A=30,C=45")
+        rows = text.split("Tip frame (part-zero frame)\n")[1].splitlines()[:3]
+        self.assertEqual({len(row) for row in rows}, {len(rows[0])})
 
 
 class Terminal(CommandLine):

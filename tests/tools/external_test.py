@@ -81,19 +81,19 @@ class External(InverseCommandLine):
         self.no(self.machine, "--point", self.POINT, "--dir", "0,1,1", "--lock", "X", "--all",
                 *EXTERNAL)
 
-    def test_the_library_answers_unless_asked_otherwise(self):
-        for arguments in (["forward", self.machine, "--at", "A=-30"],
-                          ["inverse", self.machine, "--point", self.POINT, "--dir", "0,1,1"]):
-            self.assertEqual(self.answer(*arguments, "--engine", "library"),
-                             self.answer(*arguments))
+    def test_engines_answer_as_without_the_option(self):
+        for engine, *arguments in (
+                ("library", "forward", self.machine, "--at", "A=-30"),
+                ("solver", "inverse", self.machine, "--point", self.POINT, "--dir", "0,1,1")):
+            self.assertEqual(self.answer(*arguments, "--engine", engine), self.answer(*arguments))
             self.assertRegex(self.answer(arguments[0], "--help"),
-                             r"--engine TEXT\s+What computes: library, [^\[]*\[library\]")
+                             rf"--engine TEXT\s+What computes: {engine}, [^\[]*\[{engine}\]")
 
     def test_words_and_combinations_are_checked(self):
         for word in ("other", "definition", "Library", ""):
-            for verb in ("forward", "inverse"):
-                self.assert_fails(USAGE, "expected library or external after --engine, found "
-                                  f"'{word}'", verb, self.machine, "--engine", word)
+            for verb, words in (("forward", ""), ("inverse", "solver or ")):
+                self.assert_fails(USAGE, f"expected {words}library or external after --engine, "
+                                  f"found '{word}'", verb, self.machine, "--engine", word)
         self.assert_fails(USAGE, "--engine external with one position", "forward", self.machine,
                           "--elements", *EXTERNAL)
         self.assert_fails(USAGE, "--engine external with one position", "forward", self.machine,

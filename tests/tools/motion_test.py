@@ -39,7 +39,7 @@ class Limits(CommandLine):
         self.assertEqual([r["status"] for r in rows], ["ok", "outside", "bad"])
         run = self.run_korvo("limits", self.machine, "--positions", path, "--strict", "--stats")
         self.assertEqual((run.returncode, len(run.stdout.splitlines())), (REFUSED, 3))
-        self.assertIn("1 positions answered", run.stderr)
+        self.assertIn("1 of 2 positions answered", run.stderr)
 
     # Columns that `inverse --targets` writes are passed over, a stray one may be a misspelt axis.
     def test_columns_of_inverse_are_passed_over_and_others_refused(self):

@@ -9,36 +9,18 @@
 
 #include "platform/zgeo/UVec3d.h"
 #include "toolkit/Export.h"
+#include "toolkit/Language.h"
 #include "toolkit/Machine.h"
 #include "toolkit/Position.h"
+#include "toolkit/solve/Solver.h"
+#include "toolkit/solve/Target.h"
 
 namespace korvo {
-
-/// A tool tip may miss its target by this (mm) and counts as there: a thousandth of the finest step
-/// of any control, and a thousand times what rounding leaves on a machine of ten metres.
-inline constexpr double kReachedMm = 1e-6;
-
-/// A tool direction may miss its target by this (radians): 1e-5 mm at the end of a tool of a metre,
-/// and ten times what the solvers let a direction lie off the reachable ones.
-inline constexpr double kReachedRad = 1e-8;
-
-/// Where the tip of the current tool shall be and which way the tool shall point.
-struct Target {
-  zgeo::UVec3d tip;        ///< mm
-  zgeo::UVec3d direction;  ///< From tip to spindle, any length.
-};
 
 /// A target given in the part-zero frame, in the machine frame: the solvers take that one.
 KORVO_TOOLKIT_API Target fromPartZero(const Machine& machine, const Target& target);
 
 /// How far a position misses a target, computed forward from the position alone.
-struct Residual {
-  double pointMm = 0.0;
-  double directionRad = 0.0;
-
-  bool isReached() const { return pointMm <= kReachedMm && directionRad <= kReachedRad; }
-};
-
 KORVO_TOOLKIT_API Residual residual(const Machine& machine, const zkin::KMachineValueBase& v,
                                     const Target& target);
 
@@ -87,23 +69,36 @@ enum class Status {
 /// Why a target has no position.
 enum class Reason {
   none,
-  noDirection,    ///< The target is null or not finite.
+  noDirection,    ///< The target is null, or it or the start is not finite, or the start so far
+                  ///< away that its angles are no angles.
   noRotaryAxis,   ///< The tool points elsewhere and no free axis can turn it; by degrees.
   outsideCone,    ///< The rotary axes do not turn the tool so far; by degrees.
   outsideLimits,  ///< See Answer::outside; by mm or degrees of the first of them.
   outOfReach,     ///< An arm is too short, or too long; by mm.
   linearAxes,     ///< The free linear axes do not carry the tool there; by mm.
-  lockedAxis,     ///< An arm's solver moved a locked axis.
+  lockedAxis,     ///< Reached if locked axes stood elsewhere, see Answer::wanted; by mm or degrees
+                  ///< of one such axis. Of LibrarySolver: the arm's solver moved locked axes.
+  heldAxis,       ///< Reached if an axis stood elsewhere than SolverOptions hold it, see
+                  ///< Answer::wanted; by mm or degrees.
   startOfArm,     ///< From this start the arm's solver turns to the wrong side; by mm.
-  noSolver,       ///< No solver knows such a machine; by mm.
+  noSolver,       ///< No solver knows such a machine; by mm where that has a measure.
   missed,         ///< An arm's solver answers beside the target; by mm. See Answer::conditions.
 };
+
+/// Of an amount.
+enum class Unit { none, mm, degree };
 
 /// "reached", "outside-limits", "not-reached".
 KORVO_TOOLKIT_API const char* toString(Status status);
 
 /// "none", "no-direction", "no-rotary-axis", ...: a stable name.
 KORVO_TOOLKIT_API const char* toString(Reason reason);
+
+/// Where an axis would have to stand.
+struct AxisWanted {
+  int place = 0;
+  double value = 0.0;  ///< mm or degrees
+};
 
 /// What a target came to.
 struct Answer {
@@ -119,10 +114,27 @@ struct Answer {
   /// wanted way and the linear axes alone carry it.
   bool isLinearOnly = false;
 
+  // --- what the toolkit's own solver knows of its positions; LibrarySolver leaves it empty
+
+  SolverKind solver = SolverKind::none;
+  std::string branch;         ///< Label of the branch; see Branch.
+  std::vector<int> freeAxes;  ///< Places of axes that may stand anywhere while others follow.
+  SingularDistance singular;
+  std::vector<AxisWanted> moved;  ///< Axes that a target leaves free and that could not stay at the
+                                  ///< start: as near to it as the target is reached.
+
+  // --- why there is none
+
   Reason reason = Reason::none;
-  double by = 0.0;                      ///< How far off: mm or degrees, as the reason says.
-  std::string text;                     ///< The reason in words; empty when reached.
-  std::vector<AxisOutside> outside;     ///< Axes of `position` outside their limits.
+  double by = 0.0;                               ///< How far off, in `unit`.
+  Unit unit = Unit::none;                        ///< None where the reason has no amount.
+  std::string text;                              ///< The reason in words; empty when reached.
+  std::vector<int> axes;                         ///< Places of the axes that the reason concerns.
+  std::vector<AxisOutside> outside;              ///< Axes of `position` outside their limits,
+                                                 ///< whatever the reason.
+  std::vector<AxisWanted> wanted;                ///< Axes that would have to stand elsewhere.
+  std::optional<zgeo::UVec3d> nearestDirection;  ///< Reachable, nearest to the target's.
+  std::optional<zgeo::UVec3d> nearestTip;        ///< Reachable with the target's direction.
   std::vector<std::string> conditions;  ///< What of machine or target the arm solver cannot do.
 };
 
@@ -155,9 +167,9 @@ KORVO_TOOLKIT_API double distance(const zkin::KMachineValueBase& a,
 /// whatever code the library gave. Current tool, tool length, locks, strategy and limits are those
 /// of the machine when this is made, which is copied: solvers of one machine may run in many
 /// threads.
-class KORVO_TOOLKIT_API Solver {
+class KORVO_TOOLKIT_API LibrarySolver {
  public:
-  explicit Solver(const Machine& machine);
+  explicit LibrarySolver(const Machine& machine, Language language = Language::english);
 
   /// The position that the machine takes from `from`: the start picks the turn, the strategy the
   /// branch. When that one is outside the limits, the nearest that is inside: of the other branch,
@@ -205,6 +217,7 @@ class KORVO_TOOLKIT_API Solver {
   void approach(const Target& target, const Position& from, Answer& answer);
 
   Machine machine_;
+  Language language_;
   Position solved_;  // reused from target to target
   bool hasRotary_ = false;
   bool isArm_ = false;

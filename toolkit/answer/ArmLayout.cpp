@@ -7,9 +7,10 @@
 #include <numbers>
 
 #include "toolkit/Text.h"
-#include "toolkit/answer/Cone.h"
 #include "toolkit/answer/FreeAxes.h"
+#include "toolkit/answer/Sentences.h"
 #include "toolkit/answer/Words.h"
+#include "toolkit/solve/Cone.h"
 
 using zgeo::UVec3d;
 using zkin::KMachine;
@@ -47,39 +48,42 @@ double fromLine(const UVec3d& point, const KMachineElem* line) {
   return ((point - line->getElemPivot()) ^ unitOf(line)).norm();
 }
 
-std::string measureOf(const ArmFault& fault) {
-  if (fault.off == 0) return {};
-  return " (" + words(fault.off) + (fault.isAngle ? " degrees off)" : " mm off)");
+Text textOf(ArmCondition condition) {
+  namespace s = sentences;
+  switch (condition) {
+    case ArmCondition::enoughJoints:
+      return s::kFewElements;
+    case ArmCondition::upright:
+      return s::kNotUpright;
+    case ArmCondition::firstInChain:
+      return s::kAxisBefore;
+    case ArmCondition::lowestNumbers:
+      return s::kHighNumbers;
+    case ArmCondition::shape:
+      return s::kShape;
+    case ArmCondition::fourthSquare:
+      return s::kFourthSquare;
+    case ArmCondition::upperArm:
+      return s::kUpperArm;
+    case ArmCondition::sameSense:
+      return s::kSameSense;
+    case ArmCondition::ballWrist:
+      return s::kBallWrist;
+    case ArmCondition::toolOnLastJoint:
+      return s::kToolOffLine;
+    default:
+      return s::kOtherTool;
+  }
 }
 
-std::string textOf(const ArmFault& fault) {
-  const std::string joint = fault.joint ? nameOf(fault.joint) : std::string();
-  switch (fault.condition) {
-    case ArmCondition::enoughJoints:
-      return "fewer than four elements from the first rotary axis on";
-    case ArmCondition::upright:
-      return joint + " is not upright (+Z) on the machine's Z line" + measureOf(fault);
-    case ArmCondition::firstInChain:
-      return "an axis stands before " + joint + ", the first joint";
-    case ArmCondition::lowestNumbers:
-      return "the first three joints do not have the three lowest axis numbers";
-    case ArmCondition::shape:
-      return "the first four joints are not rotary ones, the second square to the first and the "
-             "third parallel to the second" +
-             measureOf(fault);
-    case ArmCondition::fourthSquare:
-      return "the fourth joint is not square to the third" + measureOf(fault);
-    case ArmCondition::upperArm:
-      return "the lines of the second and third joint are the same";
-    case ArmCondition::sameSense:
-      return "the third joint is directed against the second, with an offset to the fourth";
-    case ArmCondition::ballWrist:
-      return "the last three joints do not meet in one point" + measureOf(fault);
-    case ArmCondition::toolOnLastJoint:
-      return "the tool does not lie on the line of the last joint" + measureOf(fault);
-    default:
-      return "another tool hangs on the same wrist, and the wrist is solved with that one's length";
-  }
+// With how far it is off, where that has a measure. Two conditions are said without one.
+std::string saidOf(const ArmFault& fault, Language language) {
+  const Words said =
+      filled(textOf(fault.condition), {fault.joint ? nameOf(fault.joint) : std::string()});
+  const bool isMeasured = fault.off != 0 && fault.condition != ArmCondition::sameSense;
+  if (!isMeasured) return said.in(language);
+  const Words off = fault.isAngle ? degrees(fault.off) : millimetres(fault.off);
+  return filled(sentences::kOff, {said, off}, language);
 }
 
 }  // namespace
@@ -218,27 +222,28 @@ std::vector<ArmFault> ArmLayout::faults() const {
   return faults;
 }
 
-std::vector<std::string> ArmLayout::brokenByMachine() const {
+std::vector<std::string> ArmLayout::brokenByMachine(Language language) const {
   std::vector<std::string> broken;
   for (const ArmFault& fault : faults()) {
-    if (fault.condition != ArmCondition::wristOfOneTool) broken.push_back(textOf(fault));
+    if (fault.condition != ArmCondition::wristOfOneTool) broken.push_back(saidOf(fault, language));
   }
   return broken;
 }
 
-std::vector<std::string> ArmLayout::brokenBehind(const Target& target) const {
-  if (!wrist_) return {};
+bool ArmLayout::isBehind(const Target& target) const {
+  if (!wrist_) return false;
   const UVec3d centre = target.tip + target.direction.normalised() * centreOffset();
   const double lateral = wrist_->getElemPivot() * unitOf(joints_[1]);
-  const bool isBehind = std::abs(centre.y) <= kSmall && std::abs(lateral) <= kSmall && centre.x < 0;
-  if (!isBehind) return {};
-  return {
-      "the wrist centre lies in the plane Y = 0 behind the first joint, which is put to 0 there "
-      "whatever the start: the third may come out a full turn away"};
+  return std::abs(centre.y) <= kSmall && std::abs(lateral) <= kSmall && centre.x < 0;
+}
+
+std::vector<std::string> ArmLayout::brokenBehind(const Target& target, Language language) const {
+  if (!isBehind(target)) return {};
+  return {filled(sentences::kBehind, {}, language)};
 }
 
 bool ArmLayout::isTargetSolvable(const Target& target, const KMachineValueBase& from) const {
-  if (!brokenBehind(target).empty()) return false;
+  if (isBehind(target)) return false;
   if (!wrist_) return true;
   // The solver takes the tool upright: what it misses is the offset times what the directions
   // differ.
@@ -253,7 +258,7 @@ bool ArmLayout::isTargetSolvable(const Target& target, const KMachineValueBase& 
 // The wrist centre lies beside the first axis by `lateral`; in the plane of the arm that leaves two
 // circles about the shoulder, as the arm faces the centre or turns its back on it.
 std::optional<double> ArmLayout::outOfReach(const Target& target) const {
-  if (!brokenByMachine().empty()) return {};
+  if (!brokenByMachine(Language::english).empty()) return {};
   const UVec3d shoulder = joints_[1]->getElemPivot(), centreAtZero = wrist_->getElemPivot();
   const UVec3d centre = target.tip + target.direction.normalised() * centreOffset();
   const double lateral = centreAtZero * unitOf(joints_[1]);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "toolkit/Language.h"
 #include "toolkit/answer/Answer.h"
 
 namespace korvo {
@@ -46,7 +47,7 @@ class ArmLayout {
 
   /// The same in words for the machine's builder, without the tools behind the same joint: a
   /// machine aimed at its wrist centre does not mind them.
-  std::vector<std::string> brokenByMachine() const;
+  std::vector<std::string> brokenByMachine(Language language) const;
 
   /// How far (mm) the tool point is from the wrist centre; nothing without a ball wrist.
   std::optional<double> toolOffset() const;
@@ -61,7 +62,7 @@ class ArmLayout {
 
   /// What of a target no start and no shift changes: the wrist centre straight behind the first
   /// joint, without a lateral offset.
-  std::vector<std::string> brokenBehind(const Target& target) const;
+  std::vector<std::string> brokenBehind(const Target& target, Language language) const;
 
   /// Whether the library's solver, asked with this very target from a position, can do it: the tip
   /// in the wrist centre unless the tool is wanted upright, no tool length where the wrist is bent,
@@ -76,6 +77,7 @@ class ArmLayout {
   using Elem = zkin::KMachineElem;
 
   std::optional<ArmFault> uprightFault() const;
+  bool isBehind(const Target& target) const;
   bool isFirstInChain() const;
   bool hasLowestPlaces() const;
   std::optional<ArmFault> shapeFault() const;

@@ -5,9 +5,8 @@
 #include <numbers>
 
 #include "toolkit/answer/ArmLayout.h"
-#include "toolkit/answer/Cone.h"
 #include "toolkit/answer/FreeAxes.h"
-#include "toolkit/answer/Words.h"
+#include "toolkit/answer/Sentences.h"
 
 using zgeo::UVec3d;
 using zkin::KMachineElem;
@@ -17,162 +16,167 @@ namespace {
 
 constexpr double kRadToDeg = 180.0 / std::numbers::pi;
 
-void give(Answer& answer, Reason reason, double by, const std::string& text) {
-  answer.reason = reason;
-  answer.by = by;
-  answer.text = text;
-}
-
 // --- the direction
 
-struct Cone {
-  Band band;
-  const UVec3d* axis;
-  std::string names;
-
-  double missing(const UVec3d& direction) const {
-    return band.missing(angleBetween(*axis, direction));
+// What the free rotary axes can do for the direction.
+std::vector<Cone> conesOf(const Machine& machine, const Position& from) {
+  std::vector<TurningAxis> axes;
+  for (const StandingAxis& axis : freeAxes(*machine, from, KMachineElem::KMET_TYPE_AROT)) {
+    axes.push_back({axis.place(), axis.direction});
   }
-};
-
-std::string nameOf(const Machine& machine, const StandingAxis& axis) {
-  return machine.axisNames()[axis.place()];
+  return korvo::conesOf(axes, toolDirection(*machine, from));
 }
 
-// What the axes can do for the direction: one a cone, two a band, several the band of any two.
-std::vector<Cone> conesOf(const Machine& machine, const std::vector<StandingAxis>& axes,
-                          const UVec3d& tool) {
-  std::vector<Cone> cones;
-  for (auto a = axes.begin(); a != axes.end(); ++a) {
-    for (auto b = a + 1; b != axes.end(); ++b) {
-      const Band band =
-          bandOf(angleBetween(a->direction, b->direction), angleBetween(b->direction, tool));
-      cones.push_back({band, &a->direction, nameOf(machine, *a) + " and " + nameOf(machine, *b)});
-    }
-  }
-  if (axes.size() == 1) {
-    const UVec3d& axis = axes.front().direction;
-    cones.push_back({coneOf(angleBetween(axis, tool)), &axis, nameOf(machine, axes.front())});
-  }
-  return cones;
-}
-
-// The one that misses the direction by the least.
-const Cone& nearestCone(const std::vector<Cone>& cones, const UVec3d& direction) {
-  return *std::min_element(cones.begin(), cones.end(), [&](const Cone& a, const Cone& b) {
-    return a.missing(direction) < b.missing(direction);
-  });
-}
-
-void explainDirection(const Machine& machine, const Target& target, const Position& from,
-                      Answer& answer) {
-  const auto axes = freeAxes(*machine, from, KMachineElem::KMET_TYPE_AROT);
-  const std::vector<Cone> cones = conesOf(machine, axes, toolDirection(*machine, from));
-  const Cone& nearest = nearestCone(cones, target.direction);
-  const double least = nearest.missing(target.direction);
-  const double degrees = least * kRadToDeg;
-  give(answer, Reason::outsideCone, degrees,
-       "the direction lies " + words(degrees) + " degrees beside " +
-           (axes.size() == 1 ? "the cone that the tool describes about " : "what is reached by ") +
-           nearest.names);
-}
-
-// An arm turns its wrist alone: what it left is what the wrist cannot do.
-void explainWrist(Answer& answer) {
-  const double degrees = answer.residual.directionRad * kRadToDeg;
-  give(answer, Reason::outsideCone, degrees,
-       "the wrist leaves the tool " + words(degrees) + " degrees from the direction");
-}
-
-void explainNoRotary(const Machine& machine, Answer& answer) {
-  const double degrees = answer.residual.directionRad * kRadToDeg;
-  give(answer, Reason::noRotaryAxis, degrees,
-       "no free rotary axis: the tool points along " +
-           words(toolDirection(*machine, answer.position)) + ", " + words(degrees) +
-           " degrees from the direction");
-}
-
-void explainNoSolver(Answer& answer) {
-  give(answer, Reason::noSolver, answer.residual.pointMm,
-       "no solver for such a machine: it has neither three independent linear axes nor two rotary "
-       "axes that turn the tool");
+void explainNoSolver(Language language, Answer& answer) {
+  give(answer, Reason::noSolver, answer.residual.pointMm, Unit::mm);
+  answer.text = filled(sentences::kNoSolver, {}, language);
 }
 
 // --- the point
 
-void explainLinear(const Machine& machine, Answer& answer) {
-  const auto axes = freeAxes(*machine, answer.position, KMachineElem::KMET_TYPE_ALIN);
-  give(answer, Reason::linearAxes, answer.residual.pointMm,
-       (axes.size() < 3
-            ? std::to_string(axes.size()) +
-                  (axes.size() == 1 ? " free linear axis does" : " free linear axes do") +
-                  " not carry the tool there"
-            : std::string("no three free linear axes in independent directions")) +
-           ": the point is missed by " + words(answer.residual.pointMm) + " mm");
-}
-
-void explainArm(const Machine& machine, const Target& target, Answer& answer) {
+void explainArm(const Machine& machine, const Target& target, Language language, Answer& answer) {
   const ArmLayout arm(*machine);
   if (const auto missing = arm.outOfReach(target)) {
-    give(answer, Reason::outOfReach, *missing,
-         "out of reach: the wrist centre would lie " + words(*missing) +
-             " mm beyond what the arm reaches");
+    give(answer, Reason::outOfReach, *missing, Unit::mm);
+    answer.text = filled(sentences::kOutOfReach, {millimetres(*missing)}, language);
     return;
   }
-  const std::string missed =
-      "missed by the arm solver, by " + words(answer.residual.pointMm) + " mm";
-  give(answer, Reason::missed, answer.residual.pointMm, missed);
-  answer.conditions = arm.brokenByMachine();
-  if (answer.conditions.empty()) answer.conditions = arm.brokenBehind(target);
-  if (!answer.conditions.empty()) return;
-  give(answer, Reason::startOfArm, answer.residual.pointMm,
-       missed +
-           ": from this start it turns the first joint to the side from which the arm does not "
-           "reach");
+  const double by = answer.residual.pointMm;
+  answer.conditions = arm.brokenByMachine(language);
+  if (answer.conditions.empty()) answer.conditions = arm.brokenBehind(target, language);
+  const bool isStart = answer.conditions.empty();
+  give(answer, isStart ? Reason::startOfArm : Reason::missed, by, Unit::mm);
+  answer.text =
+      filled(isStart ? sentences::kStartOfArm : sentences::kMissed, {millimetres(by)}, language);
+}
+
+std::vector<int> freeLinear(const Machine& machine, const Position& at) {
+  std::vector<int> places;
+  for (const StandingAxis& axis : freeAxes(*machine, at, KMachineElem::KMET_TYPE_ALIN)) {
+    places.push_back(axis.place());
+  }
+  return places;
+}
+
+UVec3d tipAt(const Machine& machine, const Position& at) {
+  UVec3d nose, direction;
+  machine->getTool(at, nose, direction, -1);
+  return nose - direction * machine->getTHELength(-1);
+}
+
+std::string namesOf(const Machine& machine, const std::vector<int>& places) {
+  std::string names;
+  for (const int place : places) appendWord(names, machine.axisNames()[place]);
+  return names;
+}
+
+void explainLocks(const Machine& machine, Language language, std::vector<int> moved,
+                  Answer& answer) {
+  give(answer, Reason::lockedAxis, 0.0, Unit::none);
+  answer.text = filled(sentences::kMovesLocked, {namesOf(machine, moved)}, language);
+  answer.axes = std::move(moved);
 }
 
 }  // namespace
 
+void give(Answer& answer, Reason reason, double by, Unit unit) {
+  answer.reason = reason;
+  answer.by = by;
+  answer.unit = unit;
+}
+
+void explainNoTarget(const Text& text, Language language, Answer& answer) {
+  give(answer, Reason::noDirection, 0.0, Unit::none);
+  answer.text = filled(text, {}, language);
+}
+
+void explainBeside(const Machine& machine, const Cone& cone, const UVec3d& direction,
+                   Language language, Answer& answer) {
+  const double by = cone.missing(direction) * kRadToDeg;
+  give(answer, Reason::outsideCone, by, Unit::degree);
+  std::vector<Words> names;
+  names.reserve(cone.places.size());
+  for (const int place : cone.places) names.emplace_back(machine.axisNames()[place]);
+  answer.text = filled(names.size() == 1 ? sentences::kBesideCone : sentences::kBesideBand,
+                       {degrees(by), allOf(names)}, language);
+  answer.axes = cone.places;
+  answer.nearestDirection = cone.nearest(direction);
+}
+
+void explainNoRotary(double missingRad, const UVec3d& tool, Language language, Answer& answer) {
+  const double by = missingRad * kRadToDeg;
+  give(answer, Reason::noRotaryAxis, by, Unit::degree);
+  answer.text = filled(sentences::kNoRotary, {degrees(by)}, language);
+  answer.nearestDirection = tool;
+}
+
+void explainLinear(const std::vector<int>& free, const UVec3d& tip, Language language,
+                   Answer& answer) {
+  static constexpr Text kTexts[] = {sentences::kNoLinear, sentences::kOneLinear,
+                                    sentences::kFewLinear, sentences::kDependent};
+  const double by = answer.residual.pointMm;
+  give(answer, Reason::linearAxes, by, Unit::mm);
+  answer.text = filled(kTexts[std::min<std::size_t>(free.size(), 3)],
+                       {millimetres(by), static_cast<int>(free.size())}, language);
+  answer.axes = free;
+  answer.nearestTip = tip;
+}
+
+// An arm turns its wrist alone: what it left is what the wrist cannot do.
+void explainWrist(const UVec3d& tool, Language language, Answer& answer) {
+  const double by = answer.residual.directionRad * kRadToDeg;
+  give(answer, Reason::outsideCone, by, Unit::degree);
+  answer.text = filled(sentences::kWristLeaves, {degrees(by)}, language);
+  answer.nearestDirection = tool;
+}
+
+void explainRounding(Language language, Answer& answer) {
+  const double by = answer.residual.directionRad * kRadToDeg;
+  give(answer, Reason::noDirection, by, Unit::degree);
+  answer.text = filled(sentences::kFarStart, {degrees(by)}, language);
+}
+
+void explainReach(const UVec3d& tip, Language language, Answer& answer) {
+  const double by = answer.residual.pointMm;
+  give(answer, Reason::outOfReach, by, Unit::mm);
+  answer.text = filled(sentences::kOutOfReach, {millimetres(by)}, language);
+  answer.nearestTip = tip;
+}
+
 void explainMiss(const Machine& machine, const Target& target, const Position& from,
-                 Answer& answer) {
-  const std::string moved = movedLocks(machine, from, answer.position);
+                 Language language, Answer& answer) {
+  const std::vector<int> moved = movedLocks(machine, from, answer.position);
   const bool isArm = isArmClass(*machine);
   const bool isTurned = answer.residual.directionRad <= kReachedRad;
   const bool hasFree = !freeAxes(*machine, from, KMachineElem::KMET_TYPE_AROT).empty();
   const bool hasRotary = isArm ? !wristAxes(*machine, from).empty() : hasFree;
+  const UVec3d tool = toolDirection(*machine, answer.position);
   if (!moved.empty()) {
-    give(answer, Reason::lockedAxis, 0.0, "the arm solver moves locked axes: " + moved);
+    explainLocks(machine, language, moved, answer);
   } else if (hasFree && !hasRotary) {
-    explainNoSolver(answer);
+    explainNoSolver(language, answer);
   } else if (!isTurned && !hasRotary) {
-    explainNoRotary(machine, answer);
+    explainNoRotary(answer.residual.directionRad, tool, language, answer);
   } else if (!isTurned && isArm) {
-    explainWrist(answer);
+    explainWrist(tool, language, answer);
   } else if (!isTurned) {
-    explainDirection(machine, target, from, answer);
+    const std::vector<Cone> cones = conesOf(machine, from);
+    explainBeside(machine, nearestCone(cones, target.direction), target.direction, language,
+                  answer);
   } else if (isArm && hasRotary) {
-    explainArm(machine, target, answer);
+    explainArm(machine, target, language, answer);
   } else {
-    explainLinear(machine, answer);
+    explainLinear(freeLinear(machine, answer.position), tipAt(machine, answer.position), language,
+                  answer);
   }
 }
 
-// At the same heading about the first axis, any where the target lies along it.
 std::optional<UVec3d> nearestDirection(const Machine& machine, const Target& target,
                                        const Position& from) {
   constexpr double kInside = 1e-7;
-  const auto axes = freeAxes(*machine, from, KMachineElem::KMET_TYPE_AROT);
-  if (axes.size() < 2) return {};
-  const std::vector<Cone> cones = conesOf(machine, axes, toolDirection(*machine, from));
-  const Cone& cone = nearestCone(cones, target.direction);
-  const UVec3d along = cone.axis->normalised();
-  UVec3d across = target.direction.normalised() - along * (target.direction.normalised() * along);
-  if (across.norm() < kInside)
-    across = along ^ (std::abs(along.x) < 0.5 ? UVec3d(1, 0, 0) : UVec3d(0, 1, 0));
-  const double margin = std::min(kInside, (cone.band.high - cone.band.low) / 2);
-  const double angle = std::clamp(angleBetween(along, target.direction), cone.band.low + margin,
-                                  cone.band.high - margin);
-  return along * std::cos(angle) + across.normalised() * std::sin(angle);
+  const std::vector<Cone> cones = conesOf(machine, from);
+  if (cones.empty() || cones.front().places.size() < 2) return {};
+  return nearestCone(cones, target.direction).nearest(target.direction, kInside);
 }
 
 std::vector<AxisOutside> outsideOf(const std::vector<Margin>& margins) {
@@ -189,25 +193,39 @@ std::vector<AxisOutside> outsideOf(const std::vector<Margin>& margins) {
   return outside;
 }
 
-void explainOutside(const Machine& machine, Answer& answer) {
+void explainOutside(const Machine& machine, Language language, Answer& answer) {
   answer.outside = outsideOf(answer.margins);
-  std::string list;
-  for (const AxisOutside& axis : answer.outside) {
-    const bool isRotary =
-        machine->getAxisElem(axis.place + 1)->getElemType() == KMachineElem::KMET_TYPE_AROT;
-    appendWord(list, machine.axisNames()[axis.place] + (axis.by < 0 ? " below by " : " above by ") +
-                         words(std::abs(axis.by)) + (isRotary ? " degrees" : " mm"));
-  }
-  const double by = answer.outside.empty() ? 0.0 : std::abs(answer.outside.front().by);
-  give(answer, Reason::outsideLimits, by, "outside the limits: " + list);
+  explainListed(machine, language, answer);
 }
 
-std::string movedLocks(const Machine& machine, const Position& from, const Position& to) {
-  std::string moved;
+void explainListed(const Machine& machine, Language language, Answer& answer) {
+  Words list = "";
+  answer.axes.clear();
+  for (const AxisOutside& axis : answer.outside) {
+    const double by = std::abs(axis.by);
+    appendWord(list, filled(axis.by < 0 ? sentences::kBelow : sentences::kAbove,
+                            {machine.axisNames()[axis.place], amountAt(machine, axis.place, by)}));
+    answer.axes.push_back(axis.place);
+  }
+  const bool isNone = answer.outside.empty();
+  give(answer, Reason::outsideLimits, isNone ? 0.0 : std::abs(answer.outside.front().by),
+       isNone ? Unit::none : unitAt(machine, answer.outside.front().place));
+  answer.text = filled(sentences::kOutside, {list}, language);
+}
+
+Unit unitAt(const Machine& machine, int place) {
+  const auto type = machine->getAxisElem(place + 1)->getElemType();
+  return type == KMachineElem::KMET_TYPE_AROT ? Unit::degree : Unit::mm;
+}
+
+Words amountAt(const Machine& machine, int place, double value) {
+  return unitAt(machine, place) == Unit::degree ? degrees(value) : millimetres(value);
+}
+
+std::vector<int> movedLocks(const Machine& machine, const Position& from, const Position& to) {
+  std::vector<int> moved;
   for (int i = 0; i < to.size(); ++i) {
-    if (machine->getAxisElem(i + 1)->isLocked() && from[i] != to[i]) {
-      appendWord(moved, machine.axisNames()[i]);
-    }
+    if (machine->getAxisElem(i + 1)->isLocked() && from[i] != to[i]) moved.push_back(i);
   }
   return moved;
 }

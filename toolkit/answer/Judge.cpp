@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "toolkit/answer/Answer.h"
-#include "toolkit/answer/Cone.h"
 #include "toolkit/answer/FreeAxes.h"
+#include "toolkit/solve/Cone.h"
 
 using zgeo::UVec3d;
 using zkin::KMachineElem;
@@ -81,8 +81,8 @@ const char* toString(Status status) {
 const char* toString(Reason reason) {
   static constexpr const char* kNames[] = {"none",         "no-direction",   "no-rotary-axis",
                                            "outside-cone", "outside-limits", "out-of-reach",
-                                           "linear-axes",  "locked-axis",    "start-of-arm",
-                                           "no-solver",    "missed"};
+                                           "linear-axes",  "locked-axis",    "held-axis",
+                                           "start-of-arm", "no-solver",      "missed"};
   return kNames[static_cast<std::size_t>(reason)];
 }
 

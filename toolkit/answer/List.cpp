@@ -123,7 +123,7 @@ std::vector<Position> withTurns(const Machine& machine, bool isArm, const Positi
 
 }  // namespace
 
-std::vector<Position> Solver::armCandidates(const Target& target, const Position& from) {
+std::vector<Position> LibrarySolver::armCandidates(const Target& target, const Position& from) {
   std::vector<Position> arms;
   for (const Position& start : startsOfArm(machine_, from)) {
     solve(target, start, solved_);
@@ -141,8 +141,8 @@ std::vector<Position> Solver::armCandidates(const Target& target, const Position
 
 // Directions first: the library's lists go by the code of the last three linear axes, solved or
 // not.
-std::vector<Position> Solver::candidates(Machine machine, const Target& target,
-                                         const Position& from) const {
+std::vector<Position> LibrarySolver::candidates(Machine machine, const Target& target,
+                                                const Position& from) const {
   lockLinear(machine);
   PositionList angles;
   machine->getPossibleAngles(target.direction, angles.raw(), -1);
@@ -160,7 +160,8 @@ std::vector<Position> Solver::candidates(Machine machine, const Target& target,
   return turned;
 }
 
-std::uint64_t Solver::list(const Target& target, const Position& from, std::vector<Position>& out) {
+std::uint64_t LibrarySolver::list(const Target& target, const Position& from,
+                                  std::vector<Position>& out) {
   Machine machine = machine_;
   pinLocked(machine, from);
   const std::uint64_t seeds = seedCount(machine);

@@ -231,9 +231,7 @@ CheckResult checkText(const std::string& text, const std::filesystem::path& path
 std::vector<RulePage> rulePages(Language language) {
   std::vector<RulePage> pages;
   for (const checking::Rule* rule : checking::rules()) {
-    const auto said = [language](const checking::Text& text) {
-      return checking::filled(text, {}, language);
-    };
+    const auto said = [language](const Text& text) { return filled(text, {}, language); };
     pages.push_back({rule->code, rule->severity, said(rule->sentence), said(rule->suggestion),
                      said(rule->meaning), rule->wrong, rule->right, rule->exampleFormat});
   }

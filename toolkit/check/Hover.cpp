@@ -14,7 +14,6 @@ using zkin::KMachineElem;
 namespace korvo {
 namespace {
 
-using checking::Text;
 using text::Keyword;
 
 // What stands behind the "=", and what the line does. Operands are English and French; a second
@@ -151,7 +150,7 @@ const KeywordPage* pageOf(Keyword keyword) {
 }
 
 std::string formOf(const std::string& word, const Text& operands, Language language) {
-  return word + "=" + checking::filled(operands, {}, language);
+  return word + "=" + filled(operands, {}, language);
 }
 
 // "axis=X|Y|Z,direction", in both formats where they differ.
@@ -205,8 +204,8 @@ Completions keywordsAt(std::size_t begin, Language language) {
     const KeywordPage* page = pageOf(row.keyword);
     if (!page) continue;
     const std::string word = bytesOf(row.word);
-    found.words.push_back({word, true, formsOf(*page, word, language),
-                           checking::filled(page->meaning, {}, language)});
+    found.words.push_back(
+        {word, true, formsOf(*page, word, language), filled(page->meaning, {}, language)});
   }
   return found;
 }
@@ -295,7 +294,7 @@ std::optional<Hover> hoverAt(const std::string& text, std::size_t offset, Langua
   Hover hover = placeOf(line, clean, statement.keyword);
   if (offset < hover.begin || offset > hover.end) return std::nullopt;
   hover.text = formsOf(*page, bytesOf(statement.keyword.text), language) + "\n\n" +
-               checking::filled(page->meaning, {}, language);
+               filled(page->meaning, {}, language);
   return hover;
 }
 

@@ -9,31 +9,13 @@
 #include <vector>
 
 #include "toolkit/Format.h"
-#include "toolkit/Language.h"
 #include "toolkit/Machine.h"
+#include "toolkit/Sentence.h"
 #include "toolkit/check/Diagnostic.h"
 #include "toolkit/check/Document.h"
 #include "toolkit/check/Links.h"
 
 namespace korvo::checking {
-
-/// A text of the table in both languages. {0}, {1}, ... stand for what a finding found.
-struct Text {
-  const char* english = "";
-  const char* french = "";
-};
-
-/// What was found, in both languages: most often a name or a number, which needs no translation.
-struct Words {
-  Words(std::string same) : english(same), french(std::move(same)) {}
-  Words(const char* same) : Words(std::string(same)) {}
-  Words(int number) : Words(std::to_string(number)) {}
-  Words(std::string inEnglish, std::string inFrench)
-      : english(std::move(inEnglish)), french(std::move(inFrench)) {}
-
-  std::string english;
-  std::string french;
-};
 
 /// What the rules look at.
 struct Source {
@@ -116,9 +98,6 @@ std::span<const Rule> solverRules();     ///< What the loaded machine answers.
 
 /// All rules: the tables above in their order.
 std::vector<const Rule*> rules();
-
-/// `text` with {0}, {1}, ... replaced by `words`.
-std::string filled(const Text& text, const std::vector<Words>& words, Language language);
 
 /// A name in quotes, as UTF-8.
 std::string inQuotes(std::wstring_view text);

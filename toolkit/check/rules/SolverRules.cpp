@@ -10,12 +10,12 @@
 #include "toolkit/Text.h"
 #include "toolkit/answer/Answer.h"
 #include "toolkit/answer/ArmLayout.h"
-#include "toolkit/answer/Cone.h"
 #include "toolkit/answer/Words.h"
 #include "toolkit/check/ArmWords.h"
 #include "toolkit/check/Rule.h"
 #include "toolkit/check/SolverView.h"
 #include "toolkit/check/Travels.h"
+#include "toolkit/solve/Cone.h"
 
 using zgeo::UVec3d;
 using zkin::KMachineElem;

@@ -1,0 +1,283 @@
+// Targets that leave one rotary joint free: the others follow it, and the limits cut its circle.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+#include "toolkit/solve/Core.h"
+
+using zgeo::UVec3d;
+
+namespace korvo {
+namespace {
+
+constexpr double kTurn = 360.0;
+
+/// A circle that lies in what the linear joints reach to this (mm) leaves its angle free.
+constexpr double kFreeMm = 1e-7;
+
+/// Roots nearer than this (degrees) are one.
+constexpr double kOneRoot = 1e-5;
+
+/// A root may be a hair outside what it bounds (degrees).
+constexpr double kHair = 1e-9;
+
+/// a + b cos x + c sin x.
+struct Wave {
+  double a = 0.0;
+  double b = 0.0;
+  double c = 0.0;
+
+  /// From its values at 0, 90 and 180 degrees.
+  static Wave through(double at0, double at90, double at180) {
+    const double a = (at0 + at180) / 2;
+    return {a, (at0 - at180) / 2, at90 - a};
+  }
+
+  Wave operator-(const Wave& o) const { return {a - o.a, b - o.b, c - o.c}; }
+  Wave operator*(double s) const { return {a * s, b * s, c * s}; }
+
+  double height() const { return std::hypot(b, c); }
+
+  /// Where it is zero, in degrees, or comes nearest to it: on either side of its top.
+  std::array<double, 2> lows() const {
+    const double r = height();
+    const double middle = std::atan2(c, b) * kRadToDeg;
+    const double aside = std::atan2(std::sqrt(std::max((r - a) * (r + a), 0.0)), -a) * kRadToDeg;
+    return {middle - aside, middle + aside};
+  }
+
+  /// Where it is zero, in degrees; where it only comes near zero that place, too.
+  void addZeros(std::vector<double>& out) const {
+    if (!(height() > 0) || std::abs(a) > height() * (1 + 1e-12)) return;
+    for (const double degrees : lows()) out.push_back(degrees);
+  }
+};
+
+/// The directions of the linear joints with a rotary one at some angle, and behind them the way
+/// that they have to carry the tool.
+using Ways = std::array<UVec3d, kMostAxes + 4>;
+
+/// Linear joints, made three in independent directions by some that are none: these stand at 0.
+class Slides {
+ public:
+  Slides(const SolverCore& core, const Ways& somewhere) : core_(core), ways_{} {
+    for (count_ = 0; count_ < real(); ++count_) isNew(somewhere[at(count_)], 1e-9);
+    for (const UVec3d& any :
+         {UVec3d(0.31, 0.59, 0.745), UVec3d(0.83, -0.41, 0.38), UVec3d(-0.47, 0.27, 0.84)}) {
+      if (isNew(any, 0.05)) others_[at(count_++ - real())] = any;
+    }
+  }
+
+  int count() const { return count_; }
+  int real() const { return static_cast<int>(core_.slides.size()); }
+  bool isReal(int k) const { return k < real(); }
+  bool areEnough() const { return count_ == real(); }
+
+  /// With the rotary joint at 0, 90 and 180 degrees.
+  void take(int quarter, const Ways& ways) {
+    Ways& all = ways_[at(quarter)];
+    all = ways;
+    std::copy_n(others_.begin(), count_ - real(), all.begin() + real());
+    all[at(count_)] = ways[at(real())];
+  }
+
+  /// The triple product of two directions and a third, or the way (`count()`). A turn takes each of
+  /// them along or not, so that it comes and goes once a turn.
+  Wave triple(int k, int a, int b) const {
+    const auto product = [&](int quarter) {
+      const Ways& w = ways_[at(quarter)];
+      return w[at(k)] * (w[at(a)] ^ w[at(b)]);
+    };
+    return Wave::through(product(0), product(1), product(2));
+  }
+  Wave tripleOfWay(int a, int b) const { return triple(count_, a, b); }
+
+  /// Whether a joint moves across the plane of two others.
+  bool isAcross(int k, int a, int b) const {
+    const Wave w = triple(k, a, b);
+    return k != a && k != b && std::abs(w.a) + w.height() > 1e-10;
+  }
+
+  std::array<double, 2> limits(int k) const {
+    if (!isReal(k)) return {0.0, 0.0};
+    const Joint& joint = core_.joint(core_.slides[at(k)]);
+    return {joint.min, joint.max};
+  }
+
+ private:
+  bool isNew(UVec3d direction, double least) {
+    for (int i = 0; i < rank_; ++i) direction -= base_[at(i)] * (base_[at(i)] * direction);
+    if (rank_ == 3 || !(direction.norm() > least)) return false;
+    base_[at(rank_++)] = direction.normalised();
+    return true;
+  }
+
+  const SolverCore& core_;
+  std::array<Ways, 3> ways_;
+  std::array<UVec3d, 3> others_;
+  std::array<UVec3d, 3> base_;
+  int rank_ = 0;
+  int count_ = 0;
+};
+
+class Family {
+ public:
+  Family(const Query& query, const Freedom& freedom)
+      : query_(query), freedom_(freedom), joint_(query.core.joint(freedom.free)) {}
+
+  bool nearest(Values& values) const {
+    const double start = std::clamp(query_.start(freedom_.free), joint_.min, joint_.max);
+    if (take(start, values)) return true;
+    if (query_.limits == Limits::ignored) return false;
+    return fromEdges(start, values);
+  }
+
+  SolvedAngles solved(const Values& values) const {
+    if (somewhere(values).areEnough()) return {};
+    const Slides slides = slidesAt(values);
+    Wave highest;
+    for (int b = 1; b < slides.count(); ++b) {
+      for (int a = 0; a < b; ++a) {
+        const Wave wave = slides.tripleOfWay(a, b);
+        if (isWanted(slides, a, b) && wave.height() > highest.height()) highest = wave;
+      }
+    }
+    if (!(highest.height() > kFreeMm)) return {};
+    const auto [one, other] = highest.lows();
+    if (other - one < kOneRoot) return {1, {(one + other) / 2, 0.0}};
+    return {one + kTurn - other < kOneRoot ? 1 : 2, {one, other}};
+  }
+
+ private:
+  /// The member with the free joint at `degrees`, if it is inside the limits.
+  bool take(double degrees, Values& values) const {
+    query_.value(freedom_.free, values) = degrees;
+    if (freedom_.other >= 0) {
+      const Joint& other = query_.core.joint(freedom_.other);
+      const double start = query_.start(freedom_.other);
+      const double value = freedom_.offset + freedom_.slope * degrees;
+      const TurnRange range = turnsOf(other, value, start, query_.limits);
+      if (range.count == 0) return false;
+      const int k = std::clamp(static_cast<int>(std::lround((start - range.first) / kTurn)), 0,
+                               range.count - 1);
+      query_.value(freedom_.other, values) = onLimit(other, range[k]);
+    }
+    return carry(query_, values);
+  }
+
+  /// The linear joints carry a tool by the ways of a body whose faces lie in the planes of two of
+  /// them, those across it at a limit each. So the members inside the limits end where the way lies
+  /// on a face, or where some joint's own travel ends.
+  bool fromEdges(double start, Values& values) const {
+    std::vector<double> edges;
+    addLinearEdges(values, edges);
+    addOwnEdges(edges);
+    addOtherEdges(edges);
+    std::vector<double> places;
+    for (const double edge : edges) {
+      for (const double hair : {0.0, -kHair, kHair}) addTurned(edge + hair, start, places);
+    }
+    std::sort(places.begin(), places.end(),
+              [start](double a, double b) { return std::abs(a - start) < std::abs(b - start); });
+    return std::any_of(places.begin(), places.end(),
+                       [&](double place) { return take(place, values); });
+  }
+
+  void addTurned(double degrees, double start, std::vector<double>& out) const {
+    const TurnRange range = turnsOf(joint_, degrees, start, Limits::kept);
+    for (int k = 0; k < range.count; ++k) out.push_back(onLimit(joint_, range[k]));
+  }
+
+  void addOwnEdges(std::vector<double>& out) const {
+    for (const double limit : {joint_.min, joint_.max}) {
+      if (std::isfinite(limit)) out.push_back(limit);
+    }
+  }
+
+  void addOtherEdges(std::vector<double>& out) const {
+    if (freedom_.other < 0 || freedom_.slope == 0.0) return;
+    const Joint& other = query_.core.joint(freedom_.other);
+    for (const double end : listedRange(other, query_.start(freedom_.other))) {
+      out.push_back((end - freedom_.offset) / freedom_.slope);
+    }
+  }
+
+  void addLinearEdges(const Values& values, std::vector<double>& out) const {
+    const Slides slides = slidesAt(values);
+    for (int b = 1; b < slides.count(); ++b) {
+      for (int a = 0; a < b; ++a) {
+        addFaces(slides, slides.tripleOfWay(a, b), 0, a, b, out);
+        for (int k = b + 1; k < slides.count(); ++k) slides.triple(k, a, b).addZeros(out);
+      }
+    }
+  }
+
+  /// Where the way, without those joints before `k` that are at a limit, lies on a face.
+  static void addFaces(const Slides& slides, const Wave& way, int k, int a, int b,
+                       std::vector<double>& out) {
+    while (k < slides.count() && !slides.isAcross(k, a, b)) ++k;
+    if (k == slides.count()) return way.addZeros(out);
+    const auto [min, max] = slides.limits(k);
+    if (std::isfinite(min)) addFaces(slides, way - slides.triple(k, a, b) * min, k + 1, a, b, out);
+    if (max == min || !std::isfinite(max)) return;
+    addFaces(slides, way - slides.triple(k, a, b) * max, k + 1, a, b, out);
+  }
+
+  /// Whether no joint moves across the plane of two: there the way has to lie.
+  static bool isWanted(const Slides& slides, int a, int b) {
+    for (int k = 0; k < slides.real(); ++k) {
+      if (slides.isAcross(k, a, b)) return false;
+    }
+    return true;
+  }
+
+  /// At an angle that is like almost all others.
+  Slides somewhere(const Values& values) const { return {query_.core, waysAt(17.3, values)}; }
+
+  Slides slidesAt(const Values& values) const {
+    Slides slides = somewhere(values);
+    for (int quarter = 0; quarter < 3; ++quarter)
+      slides.take(quarter, waysAt(90 * quarter, values));
+    return slides;
+  }
+
+  Ways waysAt(double degrees, Values values) const {
+    query_.value(freedom_.free, values) = degrees;
+    if (freedom_.other >= 0) {
+      query_.value(freedom_.other, values) = freedom_.offset + freedom_.slope * degrees;
+    }
+    for (const int i : query_.core.slides) query_.value(i, values) = 0.0;
+    Ways ways;
+    zgeo::UMatrix placed;
+    std::size_t next = 0;
+    const JointChain& chain = query_.core.chain;
+    for (int i = 0; i < static_cast<int>(chain.joints.size()); ++i) {
+      const Joint& joint = query_.core.joint(i);
+      if (next < query_.core.slides.size() && query_.core.slides[next] == i) {
+        placed.applyDir(ways[next++] = joint.direction);
+      }
+      moveBy(joint, valueOf(joint, values), placed);
+    }
+    UVec3d direction = chain.toolDirection;
+    placed.applyDir(direction);
+    ways[next] = query_.target.tip - chain.tipOf({placed * chain.toolPoint, direction});
+    return ways;
+  }
+
+  const Query& query_;
+  const Freedom& freedom_;
+  const Joint& joint_;
+};
+
+}  // namespace
+
+SolvedAngles solvedAngles(const Query& query, const Freedom& freedom, const Values& values) {
+  return Family(query, freedom).solved(values);
+}
+
+bool nearestMember(const Query& query, const Freedom& freedom, Values& values) {
+  return Family(query, freedom).nearest(values);
+}
+
+}  // namespace korvo
