@@ -143,8 +143,8 @@ class AxisTravel::Search {
       const double middle = best.place;
       for (const double place : {middle + step, middle - step}) {
         if (place < low_ || place > high_ || best.reached) continue;
-        Tried one = tryAt(place);
-        if (one.isBetterThan(best)) best = std::move(one);
+        const Tried one = tryAt(place);
+        if (one.isBetterThan(best)) best = one;
       }
     }
     return best;
@@ -167,11 +167,11 @@ class AxisTravel::Search {
     while (std::abs(best_.place - outside) > kEdge) {
       const double middle = outside + (best_.place - outside) / 2;
       if (middle == outside || middle == best_.place) return;
-      Tried one = tryAt(middle);
-      if (!one.reached) {
-        outside = middle;
+      const Tried one = tryAt(middle);
+      if (one.reached) {
+        best_ = one;
       } else {
-        best_ = std::move(one);
+        outside = middle;
       }
     }
   }
