@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 #include <tuple>
-#include <utility>
 
 #include "toolkit/answer/Cones.h"
 #include "toolkit/answer/Values.h"

@@ -135,11 +135,12 @@ SolverCore::SolverCore(const JointChain& c, const SolverOptions& o) : chain(c), 
   for (const Joint& j : chain.joints) pairJoints.emplace_back(j);
   pairTool = {bothOf(chain.toolPoint), bothOf(chain.toolDirection),
               bothOf(chain.toolPoint - chain.toolDirection * chain.toolLength)};
+  if (rotary >= 6) arm = ArmShape::of(chain);
   if (!chain.hasTool || chain.toolDirection == UVec3d()) {
     unserved = Unserved::noTool;
   } else if (chain.isCoupled()) {
     unserved = Unserved::coupledAxes;
-  } else if (rotary >= 6 && (arm = ArmShape::of(chain))) {
+  } else if (arm) {
     kind = SolverKind::arm;
   } else if (linear < 3 && rotary > 2) {
     unserved = rotary < 6 ? Unserved::fewJoints : ArmShape::whyNot(chain);
