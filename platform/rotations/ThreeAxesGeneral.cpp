@@ -218,7 +218,7 @@ bool Search::improve(Pair& p, Meeting& m) const {
     b3 = -(h.value * h.by3 + r.value * r.by3) / norm3;
   }
   const double before = m.missMm();
-  for (double share = 1.0; share > 0.01; share *= 0.25) {
+  for (const double share : {1.0, 0.25, 0.0625, 0.015625}) {
     const Pair moved = {p.a1 + share * b1 * scale1_, p.a3 + share * b3 * scale3_};
     const Meeting there(c_, moved.a1, moved.a3);
     if (there.missMm() < before) {
