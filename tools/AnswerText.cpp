@@ -67,6 +67,7 @@ UVec3d directionInPartZero(const Session& session, UVec3d direction) {
 // "RAIL to 999, B to 20"
 std::string standText(const Session& session, const std::vector<AxisWanted>& axes, Language l) {
   std::vector<std::string> stands;
+  stands.reserve(axes.size());
   for (const AxisWanted& axis : axes) {
     stands.push_back(session.machine().axisNames()[axis.place] + in(l, " to ", " à ") +
                      rounded(axis.value));
@@ -111,15 +112,16 @@ void printSolved(std::ostream& out, const Session& session, const Answer& answer
 std::string outsideText(const Session& session, const std::vector<AxisOutside>& axes,
                         Language language) {
   std::vector<std::string> list;
+  list.reserve(axes.size());
   for (const AxisOutside& axis : axes) {
-    const std::string by =
-        rounded(std::abs(axis.by)) + ' ' +
-        (isRotary(session, axis.place) ? in(language, "degrees", "degrés") : "mm");
-    const std::string& name = session.machine().axisNames()[axis.place];
-    list.push_back(axis.by < 0 ? name + in(language, " below by ", " descend de ") + by +
-                                     in(language, "", " sous son minimum")
-                               : name + in(language, " above by ", " dépasse de ") + by +
-                                     in(language, "", " son maximum"));
+    const bool isBelow = axis.by < 0;
+    std::string text = session.machine().axisNames()[axis.place];
+    text += isBelow ? in(language, " below by ", " descend de ")
+                    : in(language, " above by ", " dépasse de ");
+    text += rounded(std::abs(axis.by)) + ' ';
+    text += isRotary(session, axis.place) ? in(language, "degrees", "degrés") : "mm";
+    text += isBelow ? in(language, "", " sous son minimum") : in(language, "", " son maximum");
+    list.push_back(std::move(text));
   }
   return joined(list);
 }
