@@ -6,6 +6,7 @@
 #include "geometry/ExpectedTriangles.h"
 #include "geometry/GeometryFile.h"
 #include "kinematics/KMachine.h"
+#include "platform/os/Memory.h"
 
 using zgeo::UTri;
 
@@ -18,6 +19,7 @@ void makeRoom(const std::vector<KMachineElem>& elements, std::vector<UTri>& tria
   std::size_t count = 0;
   for (const KMachineElem& e : elements) count += expectedTriangles(e.getGeomFile());
   triangles.reserve(count);
+  korvo::os::wishLargePages(triangles.data(), triangles.capacity() * sizeof(UTri));
 } catch (const std::exception&) {  // short of memory: some bodies may still fit
 }
 
