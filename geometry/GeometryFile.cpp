@@ -1,9 +1,11 @@
 #include "geometry/GeometryFile.h"
 
+#include <cstdint>
 #include <new>
 #include <optional>
 #include <string_view>
 
+#include "geometry/ExpectedTriangles.h"
 #include "geometry/ZrnTriangles.h"
 #include "platform/os/Files.h"
 
@@ -36,6 +38,16 @@ void loadZrn(const std::wstring& path, std::vector<UTri>& triangles) {
 }
 
 }  // namespace
+
+std::size_t expectedTriangles(const std::wstring& path) try {
+  constexpr std::size_t kBinaryTriangle = 50;  // bytes of one
+  if (!isExtension(std::wstring(extensionOf(path)), L".stl")) return 0;
+  const korvo::os::File file = korvo::os::openRead(path);
+  const std::int64_t size = file ? korvo::os::sizeOf(file.get()) : 0;
+  return size > 0 ? static_cast<std::size_t>(size) / kBinaryTriangle : 0;
+} catch (const std::bad_alloc&) {
+  return 0;
+}
 
 // Whether the file can be read is found by opening it: a look before would say nothing of later.
 void loadGeometryFile(const std::wstring& path, std::vector<UTri>& triangles) try {

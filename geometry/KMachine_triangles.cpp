@@ -1,14 +1,27 @@
 // The machine's bodies, placed.
 
+#include <exception>
 #include <new>
 
+#include "geometry/ExpectedTriangles.h"
 #include "geometry/GeometryFile.h"
 #include "kinematics/KMachine.h"
+#include "platform/os/Memory.h"
 
 using zgeo::UTri;
 
 namespace zkin {
 namespace {
+
+/// Makes room for all bodies at once: a list that grew from body to body would be copied each time,
+/// and with large bodies that costs as much as reading them.
+void makeRoom(const std::vector<KMachineElem>& elements, std::vector<UTri>& triangles) try {
+  std::size_t count = 0;
+  for (const KMachineElem& e : elements) count += expectedTriangles(e.getGeomFile());
+  triangles.reserve(count);
+  korvo::os::wishLargePages(triangles.data(), triangles.capacity() * sizeof(UTri));
+} catch (const std::exception&) {  // short of memory: some bodies may still fit
+}
 
 /// Appends all of `body` or, when there is no memory for it, nothing.
 /// @return  Whether there was.
@@ -25,6 +38,7 @@ bool append(const std::vector<UTri>& body, std::vector<UTri>& triangles) try {
 // Test: MachineTriangles.ChangedFileShowsAtTheNextCall.
 void KMachine::getTrianglesU(const KMachineValueBase& value, std::vector<UTri>& triangles) const {
   triangles.clear();
+  makeRoom(elements_, triangles);
   std::vector<UTri> body;
   for (const KMachineElem& e : elements_) {
     loadGeometryFile(e.getGeomFile(), body);

@@ -20,7 +20,7 @@ class DataLines {
   /// The next line holds the fields at its start.
   template <class... Fields>
   bool record(Fields&... fields) {
-    return line_.read(stream_) && scanFields(line_.text(), fields...);
+    return line_.read(stream_) && line_.scan(fields...);
   }
   bool record(zgeo::UVec3d& p) { return record(p.x, p.y, p.z); }
   bool record(zgeo::UVec2d& p) { return record(p.x, p.y); }
@@ -47,7 +47,7 @@ class DataLines {
   /// The fields of the line that was read last, from its start again.
   template <class... Fields>
   bool again(Fields&... fields) const {
-    return scanFields(line_.text(), fields...);
+    return line_.scan(fields...);
   }
 
  private:

@@ -7,6 +7,8 @@ namespace {
 
 constexpr std::string_view kSpace = " \t\n\v\f\r";
 
+bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
 /// The first word of a text, as "%s" takes it; empty when there is none.
 std::string_view wordOf(std::string_view text) {
   text.remove_prefix(std::min(text.find_first_not_of(kSpace), text.size()));
@@ -21,7 +23,39 @@ std::string_view nameIn(std::string_view line, std::string_view rest) {
   return word.empty() ? word : line.substr(line.find(word));
 }
 
+template <class Value>
+bool takeAny(const char*& at, Value& value) {
+  std::string_view rest = at;
+  const bool isTaken = takeField(rest, value);
+  at = rest.data();
+  return isTaken;
+}
+
 }  // namespace
+
+// The stream is its reader's alone, so where the C library has a way without a lock, it is taken.
+bool Line::read(std::FILE* stream) {
+#ifdef __GLIBC__
+  return fgets_unlocked(text_, kSize, stream) != nullptr;
+#else
+  return std::fgets(text_, kSize, stream) != nullptr;
+#endif
+}
+
+bool Line::take(const char*& at, long long& value) const { return takeAny(at, value); }
+
+// Nearly all numbers are plain ones between white space. The NUL behind the line ends a number too,
+// so what an earlier line left behind it is never part of one.
+bool Line::take(const char*& at, double& value) const {
+  const char* begin = at;
+  while (isSpace(*begin)) ++begin;
+  double plain = 0;
+  const char* const end = korvo::text::takePlainDecimal(begin, text_ + sizeof text_, plain);
+  if (end == nullptr || (*end != '\0' && !isSpace(*end))) return takeAny(at, value);
+  at = end;
+  value = plain;
+  return true;
+}
 
 std::optional<Header> headerOf(std::string_view line) {
   Header header;

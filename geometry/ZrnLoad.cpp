@@ -11,6 +11,9 @@ namespace {
 
 using zrn::Reading;
 
+/// A system call for each few kilobytes would cost more than their lines.
+constexpr std::size_t kBufferSize = 1 << 16;
+
 constexpr int kDone = 0;
 constexpr int kBroken = 1;
 constexpr int kRefused = -1;
@@ -69,8 +72,10 @@ int ZRN_LoadFile(const char* path, CGeomFileNodeList& nodes, double& scale,
   const ZRN_Callbacks callbacks{cancel, progress, message};
   if (path == nullptr || isEmpty(path)) return refused(callbacks, "ZRN_LoadFile:: File is empty");
   // Between the look and this, another program may have taken the file away.
+  const auto buffer = std::make_unique_for_overwrite<char[]>(kBufferSize);  // outlives the file
   const korvo::os::File file = korvo::os::openRead(std::string(path));
   if (!file) return refused(callbacks, "ZRN_LoadFile:: Could not open file");
+  std::setvbuf(file.get(), buffer.get(), _IOFBF, kBufferSize);
   // Deliberate: told once, and only to who listens to messages, too. Test:
   // ZrnCallbacks.ProgressIsToldOnceAndOnlyWithMessages.
   if (progress && message) progress(0, 100);

@@ -338,7 +338,9 @@ class KORVO_KINEMATICS_API KMachine {
   /// @errors  An element without a file, whose file cannot be read or loaded, or for whose
   ///          triangles memory is short has none; nothing is told. Never throws, traces nothing.
   /// @cost    Every file is read, and .zrn meshed, at every call; nothing is kept. A caller that
-  ///          needs many positions loads the files once and moves them by `getMatrices`.
+  ///          needs many positions loads the files once and moves them by `getMatrices`. The list
+  ///          reserves room for what the sizes of STL files let expect, and for ASCII that is more
+  ///          than there is: address space, which `shrink_to_fit` gives back.
   void getTrianglesU(const KMachineValueBase& value, std::vector<zgeo::UTri>& triangles) const;
 
  protected:

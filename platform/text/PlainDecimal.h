@@ -67,6 +67,9 @@ inline const char* takeExponent(const char* at, int& exponent) {
 
 }  // namespace plain
 
+/// How far behind a plain number the text must go on, whatever stands there.
+inline constexpr std::ptrdiff_t kReadAhead = 8;
+
 /// Takes a number that `scanDouble` takes too, with the same value: digits with or without a minus,
 /// a point and an exponent, up to 2^53 and a power of ten from -22 to 22, which a product or
 /// quotient rounds right (Clinger, How to read floating point numbers accurately, 1990).
@@ -75,9 +78,8 @@ inline const char* takeExponent(const char* at, int& exponent) {
 ///          it: ask `scanDouble` then. What follows a number is the caller's to check: "0x1p3" is
 ///          a plain 0 with "x1p3" behind it, and "1e2" may be the beginning of a longer one.
 inline const char* takePlainDecimal(const char* text, const char* end, double& value) {
-  constexpr std::ptrdiff_t kAhead = 8;  // what takeExponent looks at
   constexpr std::uint64_t kExactIntegers = std::uint64_t{1} << DBL_MANT_DIG;
-  if (end - text < kAhead) return nullptr;
+  if (end - text < kReadAhead) return nullptr;
   const bool negative = *text == '-';
   std::uint64_t head = 0;
   const char* const begin = text + negative;
@@ -92,7 +94,7 @@ inline const char* takePlainDecimal(const char* text, const char* end, double& v
     exponent = static_cast<int>(point + 1 - at);
     digits -= exponent;
   }
-  if (digits == 0 || digits > 19 || head > kExactIntegers || end - at < kAhead) return nullptr;
+  if (digits == 0 || digits > 19 || head > kExactIntegers || end - at < kReadAhead) return nullptr;
   at = plain::takeExponent(at, exponent);
   if (at == nullptr || exponent < -22 || exponent > 22) return nullptr;
   const double integer = static_cast<double>(head);

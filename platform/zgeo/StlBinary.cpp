@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 
+#include "platform/os/Memory.h"
 #include "platform/zgeo/Stl.h"
 
 namespace zgeo::stl {
@@ -45,6 +46,7 @@ void append(const char* records, std::size_t count, std::vector<UTri>& out) {
 
 bool readBinary(std::FILE* file, std::uint64_t count, std::vector<UTri>& out) {
   out.reserve(count);
+  korvo::os::wishLargePages(out.data(), out.capacity() * sizeof(UTri));
   const auto block = std::make_unique_for_overwrite<char[]>(kRecordsInBlock * kRecordSize);
   while (count > 0) {
     const std::size_t wanted = std::min<std::uint64_t>(count, kRecordsInBlock);

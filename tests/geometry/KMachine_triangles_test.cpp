@@ -1,6 +1,8 @@
 // All bodies of a machine, placed.
 
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <numbers>
 
 #include <gtest/gtest.h>
@@ -131,6 +133,30 @@ TEST_F(MachineTriangles, TwoElementsOfOneFileHaveABodyEach) {
   UTri head = facetAt(1);
   for (UVec3d& p : head.p) p.z += 30;
   expectTriangles(bodiesOf(machine, at({0.0, 0.0, 30.0})), {facetAt(1), head});
+}
+
+/// So many triangles as a binary STL file; the last corner of each has its number as its x.
+std::string binary(std::uint32_t count) {
+  std::string bytes(84, '\0');
+  std::memcpy(bytes.data() + 80, &count, sizeof count);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const float x[12] = {0, 0, 1, 0, 0, 0, 0, 1, 0, static_cast<float>(i), 0, 0};
+    bytes.append(reinterpret_cast<const char*>(x), sizeof x).append(2, '\0');
+  }
+  return bytes;
+}
+
+// A list that grew with each body would have room for 2000, 4000 and 8000 at last.
+TEST_F(MachineTriangles, RoomIsMadeForAllBodiesOfBinaryFilesAtOnce) {
+  KMachine machine = load(kMill, 2);
+  for (const wchar_t* element : {L"BATI", L"Y", L"X", L"PIECE", L"Z"})
+    give(machine, element, "a.stl", binary(1000));
+  Triangles triangles;
+  machine.getTrianglesU(at({0.0, 0.0, 30.0}), triangles);
+  ASSERT_EQ(triangles.size(), 5000u);
+  EXPECT_LE(triangles.capacity(), 5010u);  // headers count as a triangle or two
+  EXPECT_EQ(triangles[999].p[2], UVec3d(999, 0, 0));
+  EXPECT_EQ(triangles[4000].p[2], UVec3d(0, 0, 30));
 }
 
 TEST_F(MachineTriangles, BothKindsOfFilesAreBodies) {

@@ -14,6 +14,7 @@
 #include <ostream>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/CommaLocale.h"
@@ -213,24 +214,32 @@ Record recordOf(bool scanned, const std::array<T, 4>& values) {
   return std::array{bitsOf(values[0]), bitsOf(values[1]), bitsOf(values[2]), bitsOf(values[3])};
 }
 
+/// What `scan(fields...)` makes of the data lines that there are.
+template <class Scan>
+std::array<Record, 6> recordsOf(const Scan& scan) {
+  std::array<Record, 6> records;
+  std::array<long long, 4> i{};
+  std::array<double, 4> d{};
+  records[0] = recordOf(scan(i[0]), i);
+  i = {};
+  records[1] = recordOf(scan(i[0], i[1]), i);
+  records[2] = recordOf(scan(d[0]), d);
+  d = {};
+  records[3] = recordOf(scan(d[0], d[1]), d);
+  d = {};
+  records[4] = recordOf(scan(d[0], d[1], d[2]), d);
+  d = {};
+  records[5] = recordOf(scan(d[0], d[1], d[2], d[3]), d);
+  return records;
+}
+
 LineAnswer ours(std::string_view line) {
   LineAnswer answer;
   if (const std::optional<Header> h = headerOf(line)) {
     answer = {true, h->a, h->b, h->code, bitsOf(h->value), std::string(h->name), {}};
   }
   EXPECT_EQ(isHeader(line), answer.isHeader);
-  std::array<long long, 4> i{};
-  std::array<double, 4> d{};
-  answer.records[0] = recordOf(scanFields(line, i[0]), i);
-  i = {};
-  answer.records[1] = recordOf(scanFields(line, i[0], i[1]), i);
-  answer.records[2] = recordOf(scanFields(line, d[0]), d);
-  d = {};
-  answer.records[3] = recordOf(scanFields(line, d[0], d[1]), d);
-  d = {};
-  answer.records[4] = recordOf(scanFields(line, d[0], d[1], d[2]), d);
-  d = {};
-  answer.records[5] = recordOf(scanFields(line, d[0], d[1], d[2], d[3]), d);
+  answer.records = recordsOf([=](auto&... fields) { return scanFields(line, fields...); });
   return answer;
 }
 
@@ -426,6 +435,8 @@ TEST(ZrnScanning, AwkwardLinesAreTakenApartAsTheCLibraryDoes) {
     ASSERT_EQ(line.text(), buffer);
     const LineAnswer expected = library(buffer);
     ASSERT_TRUE(ours(line.text()) == expected) << "line " << count << ": " << buffer;
+    const auto ofTheLine = recordsOf([&](auto&... fields) { return line.scan(fields...); });
+    ASSERT_TRUE(ofTheLine == expected.records) << "line " << count << ": " << buffer;
     ++count;
     headers += expected.isHeader;
     values += expected.value != 0;
@@ -441,6 +452,42 @@ TEST(ZrnScanning, AwkwardLinesAreTakenApartAsTheCLibraryDoes) {
   EXPECT_GT(names, kAwkwardLines / 40);
   EXPECT_GT(pieces, kAwkwardLines / 2500);
   EXPECT_GT(quadruples, kAwkwardLines / 10);
+}
+
+/// The first two reals of the last line.
+std::optional<std::pair<double, double>> realsOfTheLast(const std::string& bytes) {
+  const Stream stream = streamOf(bytes);
+  Line line;
+  while (line.read(stream.get())) {
+  }
+  double a = 0, b = 0;
+  if (!line.scan(a, b)) return std::nullopt;
+  return std::pair(a, b);
+}
+
+TEST(ZrnScanning, NothingOfAnEarlierLineGoesOnInALaterOne) {
+  const std::string longer(40, '7');
+  EXPECT_EQ(realsOfTheLast(longer + "\n1 2"), std::pair(1.0, 2.0));
+  EXPECT_EQ(realsOfTheLast(longer + "\n1 2."), std::pair(1.0, 2.0));
+  EXPECT_EQ(realsOfTheLast(longer + "\n1 2e1"), std::pair(1.0, 20.0));
+  EXPECT_EQ(realsOfTheLast(longer + "\n1 "), std::nullopt);
+  EXPECT_EQ(realsOfTheLast(longer + "\n1 -"), std::nullopt);
+}
+
+TEST(ZrnScanning, NumbersMayEndWhereALineIsFull) {
+  const std::string padding(251, ' ');
+  EXPECT_EQ(realsOfTheLast(padding + "1 23"), std::pair(1.0, 23.0));
+  EXPECT_EQ(realsOfTheLast(padding + "1 -2"), std::pair(1.0, -2.0));
+}
+
+TEST(ZrnScanning, FieldsInFrontOfAMissingOneAreSet) {
+  const Stream stream = streamOf("1.5 0x\n");
+  Line line;
+  ASSERT_TRUE(line.read(stream.get()));
+  double a = 0, b = 7;
+  EXPECT_FALSE(line.scan(a, b));
+  EXPECT_EQ(a, 1.5);
+  EXPECT_EQ(b, 7);
 }
 
 TEST(ZrnScanning, SaysTheSameUnderADecimalComma) {
