@@ -8,12 +8,32 @@
 namespace korvo {
 namespace {
 
+/// Axes with fewer turns between their limits have them all.
 constexpr double kMostTurns = 100.0;
+
+/// So many combinations of turns have the others together.
+constexpr double kManyTurns = 64.0;
+
 constexpr double kDefaultStep = 90.0;  // degrees
 
 double startOf(const Joint& joint, const ToolpathOptions& options) {
   const double start = options.start ? (*options.start)[at(joint.place)] : 0.0;
   return joint.isLocked ? start : std::clamp(start, joint.min, joint.max);
+}
+
+/// The place of the last rotary axis where it turns the tool about itself: nothing else moves with
+/// it, and it stays.
+int idleOf(const JointChain& chain) {
+  for (auto joint = chain.joints.rbegin(); joint != chain.joints.rend(); ++joint) {
+    if (joint->motion == Joint::Motion::slide && joint->place >= 0) return -1;
+    if (joint->motion != Joint::Motion::turn || joint->place < 0) continue;
+    const zgeo::UVec3d axis = joint->direction.normalised();
+    const zgeo::UVec3d arm = (chain.toolPoint - joint->point) ^ axis;
+    const bool isOnLine = (axis ^ chain.toolDirection).norm() <= rotations::kOnAxis &&
+                          arm.norm() <= 1e-12 * (1.0 + chain.toolPoint.norm());
+    return isOnLine ? joint->place : -1;
+  }
+  return -1;
 }
 
 bool isWinding(const Joint& joint, const ToolpathOptions& options) {
@@ -22,18 +42,30 @@ bool isWinding(const Joint& joint, const ToolpathOptions& options) {
          options.solver.redundancy[at(joint.place)].rule == Redundancy::Rule::start;
 }
 
+bool isLong(const PathAxis& axis) { return axis.max - axis.min > kMostTurns * kFullTurn; }
+
 void wind(double start, PathAxis& axis) {
   axis.isWound = true;
   axis.isEndless = std::isinf(axis.min) && std::isinf(axis.max);
   axis.low = std::clamp(start - kFullTurn / 2, axis.min, axis.max - kFullTurn);
   axis.firstTurn = axis.min;
   axis.lastTurn = axis.max;
-  if (axis.max - axis.min <= kMostTurns * kFullTurn) return;
-  axis.firstTurn = std::max(axis.min, start - kMostTurns / 2 * kFullTurn);
-  axis.lastTurn = std::min(axis.max, start + kMostTurns / 2 * kFullTurn);
 }
 
-PathAxis axisOf(const Joint& joint, const ToolpathOptions& options) {
+/// The more such axes the fewer turns about the start has each.
+void shorten(const Values& start, std::vector<PathAxis>& axes) {
+  const auto isCut = [](const PathAxis& a) { return a.isWound && !a.isEndless && isLong(a); };
+  const auto count = static_cast<double>(std::count_if(axes.begin(), axes.end(), isCut));
+  if (count == 0) return;
+  const double turns = std::max(std::floor(std::pow(kManyTurns, 1 / count) + 1e-9), 2.0);
+  for (PathAxis& axis : axes) {
+    if (!isCut(axis)) continue;
+    axis.firstTurn = std::max(axis.min, start[axis.at()] - turns / 2 * kFullTurn);
+    axis.lastTurn = std::min(axis.max, start[axis.at()] + turns / 2 * kFullTurn);
+  }
+}
+
+PathAxis axisOf(const Joint& joint, const ToolpathOptions& options, int idle) {
   const AxisWish& wish = options.axes[at(joint.place)];
   PathAxis axis;
   axis.place = joint.place;
@@ -45,7 +77,7 @@ PathAxis axisOf(const Joint& joint, const ToolpathOptions& options) {
       axis.isTurn ? kDefaultStep : std::numeric_limits<double>::infinity());
   axis.margin = wish.margin;
   axis.marginCost = wish.marginCost;
-  if (isWinding(joint, options)) wind(startOf(joint, options), axis);
+  if (joint.place != idle && isWinding(joint, options)) wind(startOf(joint, options), axis);
   return axis;
 }
 
@@ -53,11 +85,13 @@ PathAxis axisOf(const Joint& joint, const ToolpathOptions& options) {
 
 PathAxes::PathAxes(const JointChain& chain, const ToolpathOptions& options) {
   if (options.start) reference_ = *options.start;
+  idle_ = idleOf(chain);
   for (const Joint& joint : chain.joints) {
     if (joint.place < 0) continue;
-    axes_.push_back(axisOf(joint, options));
+    axes_.push_back(axisOf(joint, options, idle_));
     reference_[at(joint.place)] = startOf(joint, options);
   }
+  shorten(reference_, axes_);
   reference_ = unwound(reference_);
   const auto rank = [](const PathAxis& a) {
     return a.isWound && !a.isEndless ? 0 : a.isTurn ? 1 : 2;
@@ -91,11 +125,11 @@ Values PathAxes::unwound(Values values) const {
   return values;
 }
 
-double PathAxes::marginCost(const Values& values) const {
+double PathAxes::marginCost(const double* row) const {
   double cost = 0.0;
   for (const PathAxis& axis : axes_) {
+    const double value = *row++;
     if (axis.margin <= 0.0) continue;
-    const double value = values[axis.at()];
     const double margin = std::min(value - axis.min, axis.max - value);
     cost += std::max(axis.margin - margin, 0.0) * axis.marginCost;
   }

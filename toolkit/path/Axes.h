@@ -44,14 +44,17 @@ class PathAxes {
   /// What the solver starts from: the start, else zero; brought inside the limits.
   const Values& reference() const { return reference_; }
 
+  /// Of the axis that turns the tool about its own line, and moves nothing else: it stays. Or -1.
+  int idlePlace() const { return idle_; }
+
   /// The machine with every wound axis limited to its one turn.
   Machine unwound(const Machine& machine) const;
 
   /// With the wound axes turned into their one turn.
   Values unwound(Values values) const;
 
-  /// The cost of being nearer to limits than wished.
-  double marginCost(const Values& values) const;
+  /// The cost of being nearer to limits than wished, of the values of `all()` in a row.
+  double marginCost(const double* row) const;
 
   /// Calls `take` for every turn of the wound axes that have limits, with changed `values`.
   template <typename Take>
@@ -96,6 +99,7 @@ class PathAxes {
   std::vector<PathAxis> axes_;
   std::size_t limited_ = 0;  ///< How many wound axes have limits.
   Values reference_{};
+  int idle_ = -1;
 };
 
 }  // namespace korvo

@@ -5,29 +5,12 @@
 
 #include "toolkit/solve/Core.h"
 
-using zgeo::UVec3d;
-
 namespace korvo {
 namespace {
 
 constexpr double kSame = 1e-9;  // mm or degrees
 constexpr std::size_t kMostCarried = 32;
 constexpr std::size_t kMostSides = 4096;
-
-/// The place of the last rotary axis where it turns the tool about itself: nothing else moves with
-/// it, and it stays.
-int idlePlace(const JointChain& chain) {
-  for (auto joint = chain.joints.rbegin(); joint != chain.joints.rend(); ++joint) {
-    if (joint->motion == Joint::Motion::slide && joint->place >= 0) return -1;
-    if (joint->motion != Joint::Motion::turn || joint->place < 0) continue;
-    const UVec3d axis = joint->direction.normalised();
-    const UVec3d arm = (chain.toolPoint - joint->point) ^ axis;
-    const bool isOnLine = (axis ^ chain.toolDirection).norm() <= rotations::kOnAxis &&
-                          arm.norm() <= 1e-12 * (1.0 + chain.toolPoint.norm());
-    return isOnLine ? joint->place : -1;
-  }
-  return -1;
-}
 
 Side sideOf(const Solution& solution) {
   Side side;
@@ -63,12 +46,11 @@ Sides::Sides(const Machine& machine, const ToolpathOptions& options)
     : axes_(JointChain::of(*machine), options),
       solver_(axes_.unwound(machine), options.solver),
       free_(freePlaces(solver_)),
-      idle_(idlePlace(solver_.chain())),
       samples_(options.familySamples) {}
 
 bool Sides::isFamily(const Side& side) const {
   return std::any_of(side.freePlaces.begin(), side.freePlaces.end(),
-                     [this](int place) { return place >= 0 && place != idle_; });
+                     [this](int place) { return place >= 0 && place != axes_.idlePlace(); });
 }
 
 bool Sides::hasFamily(std::span<const Side> sides) const {
@@ -120,8 +102,9 @@ void Sides::sample(const Target& target, std::size_t first, SideScratch& scratch
   std::vector<int> tried;
   const std::size_t own = out.size();
   for (std::size_t i = first; i < own; ++i) {
-    for (const int place : out[i].freePlaces) {
-      if (place < 0 || place == idle_) continue;
+    const std::array<std::int8_t, 2> places = out[i].freePlaces;  // the list may move
+    for (const int place : places) {
+      if (place < 0 || place == axes_.idlePlace()) continue;
       if (std::find(tried.begin(), tried.end(), place) != tried.end()) continue;
       tried.push_back(place);
       Values from = axes_.reference();

@@ -60,7 +60,6 @@ class Sides {
   PathAxes axes_;
   Solver solver_;
   std::vector<int> free_;  ///< Places of axes that a target leaves to the start, always.
-  int idle_ = -1;          ///< Of the axis that turns the tool about itself.
   int samples_;
 };
 

@@ -90,7 +90,7 @@ void Sweep::step(const SideBlock& block, std::size_t i, Links& links) {
   isFirst_ ? start() : connect();
   if (hasMargins_) {
     for (std::size_t s = 0; s < here_.count(); ++s) {
-      costHere_[s].way += axes_.marginCost(block.of(i)[here_.sides[s]].values);
+      costHere_[s].way += axes_.marginCost(&here_.values[s * costs_.size()]);
     }
   }
   link(links);

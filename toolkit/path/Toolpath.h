@@ -172,8 +172,9 @@ using ToolpathWatch = std::function<bool(const ToolpathProgress&)>;
 /// such a target is no further break. The machine is that of the time when this is made: tool,
 /// length, locks, limits.
 ///
-/// Turns: an axis without limits turns the short way, which is always best. One with a single limit
-/// or more than a hundred turns has those within fifty turns of the start.
+/// Turns: an axis without limits turns the short way, which is always best. Of one with a single
+/// limit, or more than a hundred turns between them, the 64 turns about the start are tried; of two
+/// such axes 8 each, of three 4. One that only turns the tool about its own line stays.
 /// Families: see ToolpathOptions::familySamples. With more than three linear axes, or more than two
 /// rotary ones, positions depend on where the others stand: beside those from the start those are
 /// tried that follow from the positions of the target before, at most 32 a target, and always the
