@@ -100,8 +100,8 @@ void Between::fill(Task& task) const {
       task.out.positions.push_back(step.end);
       continue;
     }
-    stand(task, at, begin);
-    if (isEndless || task.out.standing.size() - standing >= kMostStanding) return;
+    const bool isLast = isEndless || task.out.standing.size() - standing + 1 >= kMostStanding;
+    stand(task, isLast, at, begin);
   }
 }
 
@@ -130,14 +130,16 @@ Between::Step Between::longest(Task& task, const Values& from, double begin, dou
 }
 
 /// No step is short enough: the axes turn while the tool stands, and the way goes on behind.
-void Between::stand(Task& task, Values& at, double& begin) const {
+void Between::stand(Task& task, bool isLast, Values& at, double& begin) const {
   const double behind = begin + 2 * task.standing;
-  const auto next = behind < 1.0 ? this->at(task, behind) : std::nullopt;
+  const auto next = behind < 1.0 && !isLast ? this->at(task, behind) : std::nullopt;
   PathPosition end = next.value_or(task.to);
-  PathStanding standing{task.index, begin, -1, 0.0};
+  PathStanding standing{task.index, begin, next ? behind : 1.0, -1, 0.0};
   for (const PathAxis& axis : axes_.all()) {
     const double by = std::abs(end.values[axis.at()] - at[axis.at()]);
-    if (by > standing.by) standing = {task.index, begin, axis.place, by};
+    if (!(by > standing.by)) continue;
+    standing.place = axis.place;
+    standing.by = by;
   }
   task.out.standing.push_back(standing);
   begin = next ? end.way : 1.0;

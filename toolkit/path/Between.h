@@ -30,7 +30,7 @@ class Between {
 
   void fill(Task& task) const;
   Step longest(Task& task, const Values& from, double begin, double share) const;
-  void stand(Task& task, Values& at, double& begin) const;
+  void stand(Task& task, bool isLast, Values& at, double& begin) const;
   std::optional<PathPosition> at(Task& task, double way) const;
   Values turned(const Values& values, const Values& line) const;
 

@@ -175,12 +175,18 @@ class Giving {
 
   void giveAll(const Added& added, std::size_t begin, std::size_t end) {
     std::size_t next = 0;
+    auto standing = added.all.standing.begin();
     for (std::size_t i = begin; i < end; ++i) {
       for (; next < added.ends[i - begin]; ++next) give(added.all.positions[next]);
       if (positions_[i].isFollowing) {
         statistics_.takeStep(positionBefore(i), positions_[i].position);
       }
-      give(positions_[i].position);
+      PathPosition& position = positions_[i].position;
+      for (; standing != added.all.standing.end() && standing->target == position.target;
+           ++standing) {
+        position.isAfterBreak |= standing->behind == 1.0;
+      }
+      give(position);
     }
     report_.standing.insert(report_.standing.end(), added.all.standing.begin(),
                             added.all.standing.end());

@@ -77,7 +77,7 @@ struct PathPosition {
   double margin = std::numeric_limits<double>::infinity();  ///< As Solution::margin.
   int marginPlace = -1;
   double feed = 0.0;          ///< The target's.
-  bool isAfterBreak = false;  ///< The tool has to leave the part on the way to it.
+  bool isAfterBreak = false;  ///< The tool has to leave the part, or to stand, on the way to it.
 
   bool isAdded() const { return way < 1.0; }
 };
@@ -105,6 +105,7 @@ KORVO_TOOLKIT_API const char* toString(PathBreak::Kind kind);
 struct PathStanding {
   std::size_t target = 0;  ///< To which the way leads.
   double way = 0.0;        ///< How much of it lies behind.
+  double behind = 1.0;     ///< Where the tool is on the way again; 1: at the target.
   int place = -1;          ///< Of the axis that goes furthest.
   double by = 0.0;         ///< Its way, mm or degrees.
 };
@@ -158,8 +159,8 @@ struct ToolpathProgress {
 };
 
 /// Called every thousand targets or so; false stops. Stopped while it searches, a path ends with
-/// the targets searched so far, which are given as the best path of these alone; stopped again, or
-/// while it gives, it ends with those given.
+/// the targets searched so far, which are all given, as the best path of these alone; stopped while
+/// it gives, with those given.
 using ToolpathWatch = std::function<bool(const ToolpathProgress&)>;
 
 /// The best continuous way of a machine's axes along a toolpath.
