@@ -15,6 +15,9 @@ constexpr double kStands = 1e-3;
 /// The longest step is searched for to this share of its length.
 constexpr double kStepShare = 0.02;
 
+/// A rotary axis that goes so far (degrees) is named before the linear ones, which follow it.
+constexpr double kTurns = 0.1;
+
 constexpr int kMostTries = 60;
 constexpr int kMostStanding = 4;             // on one way
 constexpr std::size_t kMostAdded = 100'000;  // on one way
@@ -137,6 +140,7 @@ void Between::stand(Task& task, bool isLast, Values& at, double& begin) const {
   PathStanding standing{task.index, begin, next ? behind : 1.0, -1, 0.0};
   for (const PathAxis& axis : axes_.all()) {
     const double by = std::abs(end.values[axis.at()] - at[axis.at()]);
+    if (!axis.isTurn && standing.by >= kTurns) break;  // linear axes come last
     if (!(by > standing.by)) continue;
     standing.place = axis.place;
     standing.by = by;
