@@ -152,6 +152,21 @@ TEST(ToolpathFamilies, OneTargetIsNotEnoughForAWayOfTwoSteps) {
   EXPECT_EQ(ran.report.breaks.size(), 1u);  // 60 degrees in two steps of 25
 }
 
+TEST(ToolpathFamilies, LongRowsAreTurnedInAtTheirEnds) {
+  // Three thousand targets leave C free between 40 and -290, which is 70 away from 40 a turn below.
+  ToolpathOptions options;
+  options.axes[kC].largestStep = 30;
+  options.start = at(10, 40);
+  std::vector<PathTarget> targets(3000, pointing(0, 0));
+  targets.front() = pointing(10, 40);
+  targets.back() = pointing(10, -290);
+  const Ran ran = runPath(forkHead(-300, 60), targets, options);
+  EXPECT_TRUE(ran.report.isFitting());
+  EXPECT_NEAR(ran.report.axes[kC].travel, 150, 1e-6);  // to 190 is outside: B = -10 at -110
+  EXPECT_NEAR(ran.report.axes[kB].travel, 20, 1e-6);
+  EXPECT_NEAR(ran.positions.back().values[kC], -110, 1e-6);
+}
+
 // --- start, weights, margins
 
 TEST(ToolpathStart, PicksTheTurn) {

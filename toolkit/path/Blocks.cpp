@@ -12,6 +12,9 @@ namespace {
 constexpr std::size_t kBlock = 1024;
 constexpr std::size_t kArmBlock = 64;
 
+/// As Toolpath.h has it.
+constexpr std::size_t kSampled = 16;
+
 class Writer {
  public:
   explicit Writer(std::vector<std::byte>& out) : at_(out.data()) {}
@@ -56,6 +59,7 @@ void pass(Via& via, OneSide& side, const PathAxes& axes, bool isArm) {
   }
   via(side.branch.wrist);
   via(side.freePlaces);
+  via(side.isSample);
 }
 
 bool isArmLike(const PathAxes& axes) {
@@ -67,7 +71,7 @@ bool isArmLike(const PathAxes& axes) {
 
 void PackedBlock::pack(const SideBlock& block, const PathAxes& axes, std::size_t room) {
   const bool isArm = isArmLike(axes);
-  const std::size_t bytes = axes.size() * 8 + 4 + (isArm ? 10 : 0) + 3;
+  const std::size_t bytes = axes.size() * 8 + 4 + (isArm ? 10 : 0) + 4;
   const std::size_t wanted = 2 * block.size() + bytes * block.sides.size();
   if (wanted > room) return;
   bytes_.resize(wanted);
@@ -137,20 +141,45 @@ SideBlock BlockSource::solve(std::size_t block) const {
     sides_.add(targets_[i].target, scratch, solved.sides);
     solved.ends.push_back(solved.sides.size());
   }
-  return solved;
+  return sides_.hasFamily(solved.sides) ? sampled(begin, solved) : solved;
+}
+
+bool BlockSource::isPinned(std::size_t target) const {
+  std::vector<Side> sides;
+  SideScratch scratch;
+  sides_.add(targets_[target].target, scratch, sides);
+  return sides_.isPinned(sides);
+}
+
+/// With the samples of families that are near a target where not all is free, before or behind.
+SideBlock BlockSource::sampled(std::size_t begin, const SideBlock& own) const {
+  const std::size_t end = begin + own.size();
+  const std::size_t first = begin - std::min(begin, kSampled);
+  const std::size_t last = std::min(end + kSampled, targets_.size());
+  std::vector<std::size_t> pinned;  // ascending
+  for (std::size_t i = first; i < last; ++i) {
+    const bool isOwn = i >= begin && i < end;
+    if (isOwn ? sides_.isPinned(own.of(i - begin)) : isPinned(i)) pinned.push_back(i);
+  }
+  SideBlock out;
+  SideScratch scratch;
+  for (std::size_t i = begin; i < end; ++i) {
+    const std::size_t before = out.sides.size();
+    const std::span<const Side> sides = own.of(i - begin);
+    out.sides.insert(out.sides.end(), sides.begin(), sides.end());
+    const auto next = std::lower_bound(pinned.begin(), pinned.end(), i - std::min(i, kSampled));
+    const bool isNear = next != pinned.end() && *next <= i + kSampled;
+    if (isNear && sides_.hasFamily(sides)) {
+      sides_.sample(targets_[i].target, before, scratch, out.sides);
+    }
+    out.ends.push_back(out.sides.size());
+  }
+  return out;
 }
 
 /// In order and by one thread; kept blocks have it behind them.
 void BlockSource::carry(std::size_t block, SideBlock& own) {
-  if (isKept(block)) {
-    if (!nearestAfter_.empty()) nearest_ = nearestAfter_[block];
-  } else if (isCarried(own)) {
-    own = carried(block, own);
-    if (sides_.areCarried({})) {
-      nearestAfter_.resize(blockCount());
-      nearestAfter_[block] = nearest_;
-    }
-  }
+  if (!isKept(block) && isCarried(own)) own = carried(block, own);
   for (std::size_t i = own.size(); i-- > 0;) {
     if (own.of(i).empty()) continue;
     before_.assign(own.of(i).begin(), own.of(i).end());

@@ -58,6 +58,8 @@ class BlockSource {
   SideBlock make(std::size_t block) const;
   SideBlock solve(std::size_t block) const;
   bool isKept(std::size_t block) const { return kept_ && !(*kept_)[block].isEmpty(); }
+  bool isPinned(std::size_t target) const;
+  SideBlock sampled(std::size_t begin, const SideBlock& own) const;
   bool isCarried(const SideBlock& own) const;
   void carry(std::size_t block, SideBlock& own);
   SideBlock carried(std::size_t block, const SideBlock& own);
@@ -75,7 +77,6 @@ class BlockSource {
   // What carries on from target to target.
   std::vector<Side> before_;
   Values nearest_;
-  std::vector<Values> nearestAfter_;  // each block, where nearest-first differs
   SideScratch scratch_;
 };
 

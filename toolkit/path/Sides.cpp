@@ -25,10 +25,6 @@ Side sideOf(const Solution& solution) {
   return side;
 }
 
-std::span<const Side> since(const std::vector<Side>& sides, std::size_t first) {
-  return std::span<const Side>(sides).subspan(first);
-}
-
 std::vector<int> freePlaces(const Solver& solver) {
   const SolverCore core(solver.chain(), {});
   std::vector<int> places;
@@ -45,6 +41,7 @@ std::vector<int> freePlaces(const Solver& solver) {
 Sides::Sides(const Machine& machine, const ToolpathOptions& options)
     : axes_(JointChain::of(*machine), options),
       solver_(axes_.unwound(machine), options.solver),
+      wide_(machine, options.solver),
       free_(freePlaces(solver_)),
       samples_(options.familySamples) {}
 
@@ -58,12 +55,16 @@ bool Sides::hasFamily(std::span<const Side> sides) const {
                      [this](const Side& side) { return isFamily(side); });
 }
 
-bool Sides::isMet(std::span<const Side> sides, const Side& side) const {
-  return std::any_of(sides.begin(), sides.end(), [&](const Side& other) {
+/// Whether one is there already, which then is a sample only if both are.
+bool Sides::meet(std::span<Side> sides, const Side& side) const {
+  const auto met = std::find_if(sides.begin(), sides.end(), [&](const Side& other) {
     return std::all_of(axes_.all().begin(), axes_.all().end(), [&](const PathAxis& axis) {
       return std::abs(other.values[axis.at()] - side.values[axis.at()]) <= kSame;
     });
   });
+  if (met == sides.end()) return false;
+  met->isSample &= side.isSample;
+  return true;
 }
 
 double Sides::wayBetween(const Values& a, const Values& b) const {
@@ -77,24 +78,24 @@ double Sides::wayBetween(const Values& a, const Values& b) const {
 
 /// What the solver has from `from`; of those from `first` on none twice where a start has been
 /// tried before, or where a wound axis is at an end of its turn.
-void Sides::addFrom(const Target& target, const Values& from, bool onlyFamilies, std::size_t first,
-                    SideScratch& scratch, std::vector<Side>& out) const {
-  solver_.solve(target, from, scratch.found);
+void Sides::addFrom(const Solver& solver, const Target& target, const Values& from, Taken taken,
+                    std::size_t first, SideScratch& scratch, std::vector<Side>& out) const {
+  solver.solve(target, from, scratch.found);
   const bool isFirst = out.size() == first;
   for (const Solution& solution : scratch.found) {
     Side side = sideOf(solution);
-    if (onlyFamilies && !isFamily(side)) continue;
+    if (taken != Taken::all && !isFamily(side)) continue;
+    side.isSample = taken == Taken::samples;
     side.values = axes_.unwound(side.values);
     const bool canBeMet = !isFirst || side.values != solution.values;
-    if (canBeMet && isMet(since(out, first), side)) continue;
+    if (canBeMet && meet(std::span(out).subspan(first), side)) continue;
     if (out.size() - first < kMostSides) out.push_back(side);
   }
 }
 
 void Sides::add(const Target& target, SideScratch& scratch, std::vector<Side>& out) const {
   const std::size_t first = out.size();
-  addFrom(target, axes_.reference(), false, first, scratch, out);
-  if (hasFamily(since(out, first))) sample(target, first, scratch, out);
+  addFrom(solver_, target, axes_.reference(), Taken::all, first, scratch, out);
 }
 
 void Sides::sample(const Target& target, std::size_t first, SideScratch& scratch,
@@ -107,13 +108,35 @@ void Sides::sample(const Target& target, std::size_t first, SideScratch& scratch
       if (place < 0 || place == axes_.idlePlace()) continue;
       if (std::find(tried.begin(), tried.end(), place) != tried.end()) continue;
       tried.push_back(place);
-      Values from = axes_.reference();
-      for (int k = 1; k < samples_; ++k) {
-        from[at(place)] = axes_.reference()[at(place)] + kFullTurn * k / samples_;
-        addFrom(target, axes_.unwound(from), true, first, scratch, out);
-      }
+      samplePlace(target, place, first, scratch, out);
     }
   }
+}
+
+void Sides::samplePlace(const Target& target, int place, std::size_t first, SideScratch& scratch,
+                        std::vector<Side>& out) const {
+  const auto axis = std::find_if(axes_.all().begin(), axes_.all().end(),
+                                 [place](const PathAxis& a) { return a.place == place; });
+  Values from = axes_.reference();
+  const double start = from[at(place)];
+  for (int k = 1; k < samples_; ++k) {
+    double value = start + kFullTurn * k / samples_;
+    if (value > axis->max) value -= kFullTurn;
+    if (value < axis->min) continue;
+    from[at(place)] = value;
+    addFrom(solver_, target, axes_.unwound(from), Taken::samples, first, scratch, out);
+  }
+}
+
+/// Whether no place of an axis is left free, or limits make it leave the one of the start.
+bool Sides::isPinned(std::span<const Side> sides) const {
+  return std::any_of(sides.begin(), sides.end(), [this](const Side& side) {
+    return !isFamily(side) ||
+           std::any_of(side.freePlaces.begin(), side.freePlaces.end(), [&](int place) {
+             return place >= 0 &&
+                    std::abs(side.values[at(place)] - axes_.reference()[at(place)]) > kSame;
+           });
+  });
 }
 
 bool Sides::areCarried(std::span<const Side> sides) const {
@@ -138,9 +161,9 @@ bool Sides::isFollowed(std::span<const Side> tried, const Side& side) const {
 void Sides::follow(const Target& target, Values& nearest, std::size_t first, SideScratch& scratch,
                    std::vector<Side>& out) const {
   std::vector<Side> step;
-  addFrom(target, axes_.unwound(nearest), false, 0, scratch, step);
+  addFrom(solver_, target, axes_.unwound(nearest), Taken::all, 0, scratch, step);
   for (const Side& side : step) {
-    if (!isMet(since(out, first), side)) out.push_back(side);
+    if (!meet(std::span(out).subspan(first), side)) out.push_back(side);
   }
   double least = std::numeric_limits<double>::infinity();
   Values taken = nearest;
@@ -158,12 +181,49 @@ void Sides::follow(const Target& target, Values& nearest, std::size_t first, Sid
 void Sides::carry(const Target& target, std::span<const Side> before, std::size_t first,
                   Values& nearest, SideScratch& scratch, std::vector<Side>& out) const {
   if (!free_.empty()) follow(target, nearest, first, scratch, out);
+  const bool isSampled = std::any_of(out.begin() + static_cast<std::ptrdiff_t>(first), out.end(),
+                                     [](const Side& side) { return side.isSample; });
   std::size_t tried = 0;
   for (std::size_t i = 0; i < before.size() && tried < kMostCarried; ++i) {
-    if (isFollowed(free_.empty() ? since(out, first) : before.first(i), before[i])) continue;
+    if (before[i].isSample && !isSampled) continue;
+    if (isHistoric() && isFollowed(before.first(i), before[i])) continue;
+    const Taken taken = isHistoric() ? Taken::all : Taken::families;
+    // What stands where a side of the target's own does, a sample or not, is that one.
+    if (!isHistoric() && isKnown(std::span(out).subspan(first), before[i])) continue;
     ++tried;
-    addFrom(target, before[i].values, free_.empty(), first, scratch, out);
+    addFrom(solver_, target, before[i].values, taken, first, scratch, out);
+    if (!isHistoric() && !isKnown(std::span(out).subspan(first), before[i])) {
+      carryAcross(target, before[i], first, scratch, out);
+    }
   }
+}
+
+/// Where limits make a free axis move, the nearest place inside may lie across the end of the one
+/// turn that it is given.
+void Sides::carryAcross(const Target& target, const Side& side, std::size_t first,
+                        SideScratch& scratch, std::vector<Side>& out) const {
+  for (const PathAxis& axis : axes_.all()) {
+    const bool isFree = std::find(side.freePlaces.begin(), side.freePlaces.end(), axis.place) !=
+                        side.freePlaces.end();
+    if (!axis.isWound || (!isFree && side.freePlaces[0] >= 0)) continue;
+    for (const double turns : {-kFullTurn, 0.0, kFullTurn}) {
+      Values from = side.values;
+      from[axis.at()] += turns;
+      if (from[axis.at()] < axis.min || from[axis.at()] > axis.max) continue;
+      addFrom(wide_, target, from, Taken::families, first, scratch, out);
+    }
+  }
+}
+
+/// Whether a family has its free axes where `side` has them; then it is no sample alone any more.
+bool Sides::isKnown(std::span<Side> sides, const Side& side) const {
+  bool isKnown = false;
+  for (Side& other : sides) {
+    if (!isFamily(other) || !isFollowed({&other, 1}, side)) continue;
+    other.isSample &= side.isSample;
+    isKnown = true;
+  }
+  return isKnown;
 }
 
 }  // namespace korvo

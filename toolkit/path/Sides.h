@@ -15,6 +15,7 @@ struct Side {
   Branch branch;
   std::array<float, 3> singular{};  ///< As SingularDistance.
   std::array<std::int8_t, 2> freePlaces{-1, -1};
+  bool isSample = false;  ///< One of the places that are tried of a family.
 
   SingularDistance singularDistance() const { return {singular[0], singular[1], singular[2]}; }
 };
@@ -32,8 +33,18 @@ class Sides {
   const Solver& solver() const { return solver_; }
   const PathAxes& axes() const { return axes_; }
 
-  /// Those that the target has by itself; `out` grows.
+  /// Those that the target has from the start; `out` grows.
   void add(const Target& target, SideScratch& scratch, std::vector<Side>& out) const;
+
+  /// Adds the samples of the families of a target, whose sides are in `out` from `first` on.
+  void sample(const Target& target, std::size_t first, SideScratch& scratch,
+              std::vector<Side>& out) const;
+
+  bool hasFamily(std::span<const Side> sides) const;
+  bool isPinned(std::span<const Side> sides) const;
+
+  /// Whether positions depend on those of the target before even where no axis is free.
+  bool isHistoric() const { return !free_.empty(); }
 
   /// Whether positions of a target depend on those of the target before.
   bool areCarried(std::span<const Side> sides) const;
@@ -45,20 +56,25 @@ class Sides {
              SideScratch& scratch, std::vector<Side>& out) const;
 
  private:
-  void addFrom(const Target& target, const Values& from, bool onlyFamilies, std::size_t first,
-               SideScratch& scratch, std::vector<Side>& out) const;
-  void sample(const Target& target, std::size_t first, SideScratch& scratch,
-              std::vector<Side>& out) const;
+  enum class Taken { all, families, samples };
+
+  bool isKnown(std::span<Side> sides, const Side& side) const;
+  void addFrom(const Solver& solver, const Target& target, const Values& from, Taken taken,
+               std::size_t first, SideScratch& scratch, std::vector<Side>& out) const;
+  void samplePlace(const Target& target, int place, std::size_t first, SideScratch& scratch,
+                   std::vector<Side>& out) const;
+  void carryAcross(const Target& target, const Side& side, std::size_t first, SideScratch& scratch,
+                   std::vector<Side>& out) const;
   void follow(const Target& target, Values& nearest, std::size_t first, SideScratch& scratch,
               std::vector<Side>& out) const;
   bool isFamily(const Side& side) const;
-  bool hasFamily(std::span<const Side> sides) const;
-  bool isMet(std::span<const Side> sides, const Side& side) const;
+  bool meet(std::span<Side> sides, const Side& side) const;
   bool isFollowed(std::span<const Side> tried, const Side& side) const;
   double wayBetween(const Values& a, const Values& b) const;
 
   PathAxes axes_;
   Solver solver_;
+  Solver wide_;            ///< With the limits of the machine.
   std::vector<int> free_;  ///< Places of axes that a target leaves to the start, always.
   int samples_;
 };

@@ -43,6 +43,8 @@ class Kept {
     bytes_ += packed.size();
   }
 
+  void skip() { blocks_.emplace_back(); }
+
   void shrink(std::size_t room) {
     for (auto block = blocks_.rbegin(); block != blocks_.rend() && bytes_ > room; ++block) {
       bytes_ -= block->size();
@@ -253,7 +255,11 @@ ToolpathReport Toolpath::run(std::span<const PathTarget> targets, const PathSink
     const SideBlock block = first.next();
     sweep.take(block);
     const std::size_t room = kBytesPerTarget * sweep.size();
-    kept.take(block, sides.axes(), room > sweep.bytes() ? room - sweep.bytes() : 0);
+    // What depends on the position before is told from block to block, so none is left out.
+    if (!sides.isHistoric())
+      kept.take(block, sides.axes(), room > sweep.bytes() ? room - sweep.bytes() : 0);
+    else
+      kept.skip();
     isStopped = watch && !watch({sweep.size(), 0, targets.size()});
   }
   const std::size_t room = kBytesPerTarget * sweep.size();

@@ -56,6 +56,8 @@ struct ToolpathOptions {
 
   /// Where a target leaves an axis free (the tool along a table's axis): so many places of a turn
   /// are tried, the start's among them, beside every place where the target before could have it.
+  /// In a long row of such targets these places are tried only up to 16 targets from one that does
+  /// not leave the axis free, or where limits keep it from where the start has it.
   int familySamples = 12;
 
   double singularDegrees = 1.0;  ///< Targets nearer to a singular direction or elbow are counted,
