@@ -11,6 +11,9 @@ namespace {
 /// A step may exceed the largest by this (mm or degrees) and counts as one: rounding.
 constexpr double kStepRounding = 1e-9;
 
+/// From so many states on it pays to look for neighbours first.
+constexpr std::size_t kMany = 64;
+
 constexpr std::size_t kMostStates = 0xffff;
 
 std::vector<double> rowOf(const PathAxes& axes, const Values& values) {
@@ -27,6 +30,14 @@ StepCosts::StepCosts(const PathAxes& axes) {
     largest_.push_back(axis.largestStep + kStepRounding);
     periods_.push_back(axis.isEndless ? kFullTurn : std::numeric_limits<double>::infinity());
   }
+}
+
+std::vector<double> StepCosts::straightSteps() const {
+  std::vector<double> steps = largest_;
+  for (std::size_t i = 0; i < size(); ++i) {
+    if (std::isfinite(periods_[i])) steps[i] = std::numeric_limits<double>::infinity();
+  }
+  return steps;
 }
 
 void States::list(const PathAxes& axes, std::span<const Side> all) {
@@ -106,9 +117,6 @@ void Sweep::start() {
   }
 }
 
-/// Whoever is dearer already than what was found cannot be better: costs only grow. Mostly the best
-/// is the one at the same place in the list, so it is tried first. Equally good ones count by their
-/// place.
 void Sweep::connect() {
   order_.resize(before_.count());
   std::iota(order_.begin(), order_.end(), 0U);
@@ -116,23 +124,35 @@ void Sweep::connect() {
     if (costBefore_[a] < costBefore_[b]) return true;
     return !(costBefore_[b] < costBefore_[a]) && a < b;
   });
-  const std::size_t size = costs_.size();
-  for (std::size_t s = 0; s < here_.count(); ++s) {
-    PathCost least{~std::uint64_t{0}, 0.0};
-    const double* const to = &here_.values[s * size];
-    const auto improve = [&](std::size_t b) {
-      const double* const from = &before_.values[b * size];
-      if (costs_.improve(costBefore_[b], from, to, isGap_, least)) {
-        from_[s] = static_cast<std::uint16_t>(b);
-      }
-    };
-    if (s < before_.count()) improve(s);
-    for (const std::uint32_t b : order_) {
-      if (!(costBefore_[b] < least)) break;
-      if (b != s) improve(b);
+  const bool hasNeighbours = before_.count() >= kMany && !isGap_;
+  if (hasNeighbours) neighbours_.sort(before_.values, costs_.straightSteps());
+  for (std::size_t s = 0; s < here_.count(); ++s) costHere_[s] = leastTo(s, hasNeighbours);
+}
+
+/// Whoever is dearer already than what was found cannot be better: costs only grow. Mostly the best
+/// is the one at the same place in the list, so it is tried first. Where one without a further
+/// break has the fewest of all, only those from where there is no further break can be better.
+PathCost Sweep::leastTo(std::size_t state, bool hasNeighbours) {
+  PathCost least{~std::uint64_t{0}, 0.0};
+  const double* const to = &here_.values[state * costs_.size()];
+  const auto improve = [&](std::size_t b) {
+    if (!(costBefore_[b] < least)) return false;
+    const double* const from = &before_.values[b * costs_.size()];
+    if (costs_.improve(costBefore_[b], from, to, isGap_, least)) {
+      from_[state] = static_cast<std::uint16_t>(b);
     }
-    costHere_[s] = least;
+    return true;
+  };
+  if (state < before_.count()) improve(state);
+  const std::uint64_t fewest = costBefore_[order_[0]].breaks;
+  if (hasNeighbours) {
+    neighbours_.forEachNear(to, improve);
+    if (least.breaks <= fewest) return least;
   }
+  for (const std::uint32_t b : order_) {
+    if (!improve(b)) break;
+  }
+  return least;
 }
 
 void Sweep::link(Links& links) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "toolkit/path/Blocks.h"
+#include "toolkit/path/Neighbours.h"
 
 namespace korvo {
 
@@ -41,6 +42,9 @@ class StepCosts {
   explicit StepCosts(const PathAxes& axes);
 
   std::size_t size() const { return weights_.size(); }
+
+  /// How far an axis may step without a break; infinite where that is not along a straight line.
+  std::vector<double> straightSteps() const;
 
   /// How far `axis` goes: an endless one the short way.
   double way(std::size_t axis, double from, double to) const {
@@ -113,6 +117,7 @@ class Sweep {
   void step(const SideBlock& block, std::size_t i, Links& links);
   void start();
   void connect();
+  PathCost leastTo(std::size_t state, bool hasNeighbours);
   void link(Links& links);
   std::size_t bestState() const;
 
@@ -125,6 +130,7 @@ class Sweep {
   std::vector<PathCost> costBefore_, costHere_;
   std::vector<std::uint32_t> order_;  ///< Of the states before, cheapest first.
   std::vector<std::uint16_t> from_;
+  Neighbours neighbours_;  ///< Of the states before.
   bool isGap_ = false;
   bool isFirst_ = true;
   std::size_t count_ = 0;
