@@ -36,6 +36,15 @@ std::vector<int> freePlaces(const Solver& solver) {
   return places;
 }
 
+/// Of an arm the last joint: what the tool does about its own direction has its own samples.
+int settledPlace(const Solver& solver, const PathAxes& axes) {
+  const std::vector<Joint>& joints = solver.chain().joints;
+  const auto last = std::find_if(joints.rbegin(), joints.rend(), [](const Joint& joint) {
+    return joint.motion == Joint::Motion::turn && joint.place >= 0;
+  });
+  return solver.kind() == SolverKind::arm ? last->place : axes.idlePlace();
+}
+
 }  // namespace
 
 Sides::Sides(const Machine& machine, const ToolpathOptions& options)
@@ -43,11 +52,12 @@ Sides::Sides(const Machine& machine, const ToolpathOptions& options)
       solver_(axes_.unwound(machine), options.solver),
       wide_(machine, options.solver),
       free_(freePlaces(solver_)),
+      settled_(settledPlace(solver_, axes_)),
       samples_(options.familySamples) {}
 
 bool Sides::isFamily(const Side& side) const {
   return std::any_of(side.freePlaces.begin(), side.freePlaces.end(),
-                     [this](int place) { return place >= 0 && place != axes_.idlePlace(); });
+                     [this](int place) { return place >= 0 && place != settled_; });
 }
 
 bool Sides::hasFamily(std::span<const Side> sides) const {
@@ -105,7 +115,7 @@ void Sides::sample(const Target& target, std::size_t first, SideScratch& scratch
   for (std::size_t i = first; i < own; ++i) {
     const std::array<std::int8_t, 2> places = out[i].freePlaces;  // the list may move
     for (const int place : places) {
-      if (place < 0 || place == axes_.idlePlace()) continue;
+      if (place < 0 || place == settled_) continue;
       if (std::find(tried.begin(), tried.end(), place) != tried.end()) continue;
       tried.push_back(place);
       samplePlace(target, place, first, scratch, out);

@@ -76,6 +76,7 @@ class Sides {
   Solver solver_;
   Solver wide_;            ///< With the limits of the machine.
   std::vector<int> free_;  ///< Places of axes that a target leaves to the start, always.
+  int settled_;            ///< Of an axis that is free and needs no samples; or -1.
   int samples_;
 };
 
