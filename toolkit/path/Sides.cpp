@@ -150,7 +150,7 @@ bool Sides::isPinned(std::span<const Side> sides) const {
 }
 
 bool Sides::areCarried(std::span<const Side> sides) const {
-  return !free_.empty() || hasFamily(sides);
+  return isHistoric() || hasFamily(sides);
 }
 
 /// Whether one of `tried` has all axes that may be free where `side` has them.
@@ -167,42 +167,48 @@ bool Sides::isFollowed(std::span<const Side> tried, const Side& side) const {
   });
 }
 
-/// Nearest-first takes of what its own start gives alone.
+/// Nearest-first takes of what its own start gives alone. Of that all is added where axes stay at
+/// the start; of an arm whose tool is tried in every turn from there the one that it takes.
 void Sides::follow(const Target& target, Values& nearest, std::size_t first, SideScratch& scratch,
                    std::vector<Side>& out) const {
   std::vector<Side> step;
   addFrom(solver_, target, axes_.unwound(nearest), Taken::all, 0, scratch, step);
-  for (const Side& side : step) {
-    if (!meet(std::span(out).subspan(first), side)) out.push_back(side);
-  }
   double least = std::numeric_limits<double>::infinity();
   Values taken = nearest;
+  const Side* nearestSide = nullptr;
   for (Side& side : step) {
     axes_.forEachTurn(side.values, [&](const Values& values) {
       const double way = wayBetween(values, nearest);
       if (!(way < least)) return;
       least = way;
       taken = values;
+      nearestSide = &side;
     });
   }
   nearest = taken;
+  for (const Side& side : step) {
+    if (free_.empty() && &side != nearestSide) continue;
+    if (!meet(std::span(out).subspan(first), side)) out.push_back(side);
+  }
 }
 
 void Sides::carry(const Target& target, std::span<const Side> before, std::size_t first,
                   Values& nearest, SideScratch& scratch, std::vector<Side>& out) const {
-  if (!free_.empty()) follow(target, nearest, first, scratch, out);
+  if (isHistoric()) follow(target, nearest, first, scratch, out);
+  const bool isAll = !free_.empty();
+  if (!isAll && !hasFamily(std::span(out).subspan(first))) return;
   const bool isSampled = std::any_of(out.begin() + static_cast<std::ptrdiff_t>(first), out.end(),
                                      [](const Side& side) { return side.isSample; });
   std::size_t tried = 0;
   for (std::size_t i = 0; i < before.size() && tried < kMostCarried; ++i) {
     if (before[i].isSample && !isSampled) continue;
-    if (isHistoric() && isFollowed(before.first(i), before[i])) continue;
-    const Taken taken = isHistoric() ? Taken::all : Taken::families;
+    if (isAll && isFollowed(before.first(i), before[i])) continue;
+    const Taken taken = isAll ? Taken::all : Taken::families;
     // What stands where a side of the target's own does, a sample or not, is that one.
-    if (!isHistoric() && isKnown(std::span(out).subspan(first), before[i])) continue;
+    if (!isAll && isKnown(std::span(out).subspan(first), before[i])) continue;
     ++tried;
     addFrom(solver_, target, before[i].values, taken, first, scratch, out);
-    if (!isHistoric() && !isKnown(std::span(out).subspan(first), before[i])) {
+    if (!isAll && !isKnown(std::span(out).subspan(first), before[i])) {
       carryAcross(target, before[i], first, scratch, out);
     }
   }

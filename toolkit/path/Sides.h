@@ -44,7 +44,7 @@ class Sides {
   bool isPinned(std::span<const Side> sides) const;
 
   /// Whether positions depend on those of the target before even where no axis is free.
-  bool isHistoric() const { return !free_.empty(); }
+  bool isHistoric() const { return !free_.empty() || settled_ != axes_.idlePlace(); }
 
   /// Whether positions of a target depend on those of the target before.
   bool areCarried(std::span<const Side> sides) const;
@@ -75,7 +75,7 @@ class Sides {
   PathAxes axes_;
   Solver solver_;
   Solver wide_;            ///< With the limits of the machine.
-  std::vector<int> free_;  ///< Places of axes that a target leaves to the start, always.
+  std::vector<int> free_;  ///< Places of axes that every target leaves to the start.
   int settled_;            ///< Of an axis that is free and needs no samples; or -1.
   int samples_;
 };

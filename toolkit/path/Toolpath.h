@@ -180,8 +180,9 @@ using ToolpathWatch = std::function<bool(const ToolpathProgress&)>;
 /// such axes 8 each, of three 4. One that only turns the tool about its own line stays.
 /// Families: see ToolpathOptions::familySamples. With more than three linear axes, or more than two
 /// rotary ones, positions depend on where the others stand: beside those from the start those are
-/// tried that follow from the positions of the target before, at most 32 a target, and always the
-/// one of nearest-first.
+/// tried that follow from the positions of the target before, at most 32 a target. There, and of an
+/// arm whose tool is tried in many turns about its direction, those of nearest-first are among
+/// them.
 ///
 /// Added positions: in a straight line of all axes from one position to the next the tip stays
 /// within `mm` of the straight line between the targets' tips, and the direction within `degrees`
