@@ -41,17 +41,19 @@ std::vector<double> StepCosts::straightSteps() const {
 }
 
 void States::list(const PathAxes& axes, std::span<const Side> all) {
-  values.clear();
   sides.clear();
   Values turning;
+  std::size_t next = 0;
   for (std::size_t i = 0; i < all.size(); ++i) {
     turning = all[i].values;
     axes.forEachTurn(turning, [&](const Values& at) {
       if (sides.size() == kMostStates) return;
-      for (const PathAxis& axis : axes.all()) values.push_back(at[axis.at()]);
+      if (values.size() < next + axes.size()) values.resize(2 * (next + axes.size()));
+      for (const PathAxis& axis : axes.all()) values[next++] = at[axis.at()];
       sides.push_back(static_cast<std::uint32_t>(i));
     });
   }
+  values.resize(next);
 }
 
 State stateOf(const PathAxes& axes, std::span<const Side> sides, std::size_t state) {
@@ -118,15 +120,20 @@ void Sweep::start() {
 }
 
 void Sweep::connect() {
+  const bool hasNeighbours = before_.count() >= kMany && !isGap_;
+  sort();
+  fewest_ = costBefore_[order_[0]].breaks;
+  if (hasNeighbours) neighbours_.sort(before_.values, costs_.straightSteps());
+  for (std::size_t s = 0; s < here_.count(); ++s) costHere_[s] = leastTo(s, hasNeighbours);
+}
+
+void Sweep::sort() {
   order_.resize(before_.count());
   std::iota(order_.begin(), order_.end(), 0U);
   std::sort(order_.begin(), order_.end(), [this](std::uint32_t a, std::uint32_t b) {
     if (costBefore_[a] < costBefore_[b]) return true;
     return !(costBefore_[b] < costBefore_[a]) && a < b;
   });
-  const bool hasNeighbours = before_.count() >= kMany && !isGap_;
-  if (hasNeighbours) neighbours_.sort(before_.values, costs_.straightSteps());
-  for (std::size_t s = 0; s < here_.count(); ++s) costHere_[s] = leastTo(s, hasNeighbours);
 }
 
 /// Whoever is dearer already than what was found cannot be better: costs only grow. Mostly the best
@@ -144,10 +151,9 @@ PathCost Sweep::leastTo(std::size_t state, bool hasNeighbours) {
     return true;
   };
   if (state < before_.count()) improve(state);
-  const std::uint64_t fewest = costBefore_[order_[0]].breaks;
   if (hasNeighbours) {
     neighbours_.forEachNear(to, improve);
-    if (least.breaks <= fewest) return least;
+    if (least.breaks <= fewest_) return least;
   }
   for (const std::uint32_t b : order_) {
     if (!improve(b)) break;

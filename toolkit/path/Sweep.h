@@ -117,6 +117,7 @@ class Sweep {
   void step(const SideBlock& block, std::size_t i, Links& links);
   void start();
   void connect();
+  void sort();
   PathCost leastTo(std::size_t state, bool hasNeighbours);
   void link(Links& links);
   std::size_t bestState() const;
@@ -130,7 +131,8 @@ class Sweep {
   std::vector<PathCost> costBefore_, costHere_;
   std::vector<std::uint32_t> order_;  ///< Of the states before, cheapest first.
   std::vector<std::uint16_t> from_;
-  Neighbours neighbours_;  ///< Of the states before.
+  Neighbours neighbours_;     ///< Of the states before.
+  std::uint64_t fewest_ = 0;  ///< Breaks of a state before.
   bool isGap_ = false;
   bool isFirst_ = true;
   std::size_t count_ = 0;
