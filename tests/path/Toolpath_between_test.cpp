@@ -133,7 +133,7 @@ class LongestSteps {
     const auto share = [&](int samples) {
       return shareLeft(solver_.chain(), way_, a, b, tolerance_.mm, tolerance_.degrees, samples);
     };
-    return share(16) <= 1 && share(10'000) <= 1;
+    return share(16) <= 1 && share(proofCount(10'000, 10'000)) <= 1;
   }
 
   Values at_(double way) const {
