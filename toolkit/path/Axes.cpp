@@ -140,6 +140,7 @@ void PathAxes::setTurn(std::size_t k, Values& values) const {
   for (std::size_t i = limited_; i-- > 0;) {
     double& value = values[axes_[i].at()];
     const auto [first, count] = turnsOf(axes_[i], value);
+    if (count == 0) return;  // a state that is not there
     value = valueAt(axes_[i], value, first, k % count);
     k /= count;
   }

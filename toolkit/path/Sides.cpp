@@ -110,11 +110,11 @@ void Sides::add(const Target& target, SideScratch& scratch, std::vector<Side>& o
 
 void Sides::sample(const Target& target, std::size_t first, SideScratch& scratch,
                    std::vector<Side>& out) const {
-  std::vector<int> tried;
+  std::vector<std::int8_t> tried;
   const std::size_t own = out.size();
   for (std::size_t i = first; i < own; ++i) {
     const std::array<std::int8_t, 2> places = out[i].freePlaces;  // the list may move
-    for (const int place : places) {
+    for (const std::int8_t place : places) {
       if (place < 0 || place == settled_) continue;
       if (std::find(tried.begin(), tried.end(), place) != tried.end()) continue;
       tried.push_back(place);
