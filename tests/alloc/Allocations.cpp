@@ -1,5 +1,8 @@
 #include "tests/alloc/Allocations.h"
 
+#include <malloc.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 
@@ -7,6 +10,8 @@ namespace {
 
 thread_local std::size_t allocations = 0;
 thread_local std::ptrdiff_t live = 0;
+thread_local std::ptrdiff_t bytes = 0;
+thread_local std::ptrdiff_t most = 0;
 thread_local std::size_t failing = 0;  // the one that fails, counted from now; 0: none
 
 bool isFailing() noexcept {
@@ -15,12 +20,18 @@ bool isFailing() noexcept {
 }
 
 void* alive(void* p) noexcept {
-  if (p) ++live;
+  if (!p) return p;
+  ++live;
+  bytes += static_cast<std::ptrdiff_t>(malloc_usable_size(p));
+  most = std::max(most, bytes);
   return p;
 }
 
 void release(void* p) noexcept {
-  if (p) --live;
+  if (p) {
+    --live;
+    bytes -= static_cast<std::ptrdiff_t>(malloc_usable_size(p));
+  }
   std::free(p);
 }
 
@@ -70,6 +81,9 @@ namespace korvo::test {
 
 std::size_t allocationCount() { return allocations; }
 std::ptrdiff_t liveBlocks() { return live; }
+std::ptrdiff_t liveBytes() { return bytes; }
+std::ptrdiff_t mostBytes() { return most; }
+void forgetMostBytes() { most = bytes; }
 
 FailingAllocation::FailingAllocation(std::size_t n) { failing = n; }
 FailingAllocation::~FailingAllocation() { failing = 0; }

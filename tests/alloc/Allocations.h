@@ -11,6 +11,20 @@ std::size_t allocationCount();
 /// Blocks that this thread made, less those that it freed.
 std::ptrdiff_t liveBlocks();
 
+/// Bytes of these blocks, and the most that they were since `forgetMostBytes`.
+std::ptrdiff_t liveBytes();
+std::ptrdiff_t mostBytes();
+void forgetMostBytes();
+
+/// The most that `query` had at a time.
+template <typename Query>
+std::ptrdiff_t bytesOf(Query query) {
+  const std::ptrdiff_t before = liveBytes();
+  forgetMostBytes();
+  query();
+  return mostBytes() - before;
+}
+
 /// Allocations made by `query`.
 template <typename Query>
 std::size_t allocationsOf(Query query) {
