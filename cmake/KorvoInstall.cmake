@@ -27,7 +27,9 @@ set(KORVO_INTERFACE
   toolkit/check/Fixes.h toolkit/check/Hover.h
   toolkit/export/Bodies.h toolkit/export/WholeFile.h toolkit/export/Write.h
   toolkit/geometry/Measure.h
-  toolkit/model/JointChain.h toolkit/path/Toolpath.h toolkit/solve/Solver.h toolkit/solve/Target.h)
+  toolkit/model/JointChain.h
+  toolkit/path/Advice.h toolkit/path/Apt.h toolkit/path/NearestFirst.h toolkit/path/Toolpath.h
+  toolkit/solve/Solver.h toolkit/solve/Target.h)
 foreach(header ${KORVO_INTERFACE})
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})

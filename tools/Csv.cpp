@@ -148,11 +148,12 @@ char separatorOf(std::string_view line) {
   return line.find(';') != std::string_view::npos ? ';' : ',';
 }
 
-// Columns of the tables that `inverse` writes, beside the axes.
+// Columns of the tables that `inverse` and `path` write, beside the axes.
 bool isAnswerColumn(std::string_view name) {
   static constexpr std::string_view kNames[] = {
-      "line", "status", "point_error", "direction_error", "outside_limits", "reason",
-      "by",   "branch", "free_axes",   "margin",          "margin_axis",    "singular"};
+      "line",   "status",    "point_error", "direction_error", "outside_limits", "reason", "by",
+      "branch", "free_axes", "margin",      "margin_axis",     "singular",       "target", "added",
+      "break",  "feed"};
   return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
 }
 

@@ -56,8 +56,8 @@ struct CsvHeader {
   std::vector<int> places;  ///< places[column] is the value's place in a row; -1: passed over.
 };
 
-/// Reads the header line of a table of positions. The other columns that tables of `inverse` have
-/// are passed over. Throws Failure (refused) for an unknown or repeated axis name.
+/// Reads the header line of a table of positions. The other columns that tables of `inverse` and
+/// `path` have are passed over. Throws Failure (refused) for an unknown or repeated axis name.
 CsvHeader readHeader(const LineBlocks& lines, std::string_view line, const AxisNames& names);
 
 /// Reads the header line of a table of targets: tip_x, tip_y, tip_z (or x, y, z), i, j, k are the

@@ -11,6 +11,7 @@ enum class Exit {
   no = 1,        ///< The answer is "no", or some rows have none.
   usage = 2,     ///< The command line itself is wrong.
   refused = 3,   ///< A file cannot be read, or is refused.
+  stopped = 4,   ///< Ended by a signal before its end; what was done is kept.
 };
 
 /// Ends a verb with a message for standard error: what was wanted, what was found.

@@ -11,6 +11,7 @@ namespace korvo::tools {
 void addInfo(CLI::App& app, Exit& exit);
 void addForward(CLI::App& app, Exit& exit);
 void addInverse(CLI::App& app, Exit& exit);
+void addPath(CLI::App& app, Exit& exit);
 void addLimits(CLI::App& app, Exit& exit);
 void addInterpolate(CLI::App& app, Exit& exit);
 void addTranslate(CLI::App& app, Exit& exit);

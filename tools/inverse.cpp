@@ -8,6 +8,7 @@
 #include "toolkit/answer/Answer.h"
 #include "toolkit/answer/Reach.h"
 #include "tools/AnswerText.h"
+#include "tools/AxisOptions.h"
 #include "tools/Checked.h"
 #include "tools/External.h"
 #include "tools/Label.h"
@@ -196,37 +197,6 @@ Exit run(const InverseOptions& o) {
   return exit;
 }
 
-// "W=120,V=0" of one option: what `take` makes of every axis' number.
-template <typename Take>
-void forEachAxis(const Session& session, const std::vector<std::string>& given, const char* option,
-                 Take take) {
-  for (const std::string& list : given) {
-    for (const std::string& item : split(list, ',')) {
-      const std::size_t equals = item.find('=');
-      if (equals == std::string::npos) {
-        failUsage(std::string("AXIS=NUMBER after ") + option, inQuotes(item));
-      }
-      const AxisNames& names = session.machine().axisNames();
-      const int place = names.find(trimmed(std::string_view(item).substr(0, equals)));
-      if (place < 0) {
-        failUsage("axes among " + joined(names.all()) + " after " + option, inQuotes(item));
-      }
-      if (session.isLocked(place)) {
-        failUsage(std::string("axes that are not locked after ") + option, inQuotes(item));
-      }
-      take(place, item.substr(equals + 1));
-    }
-  }
-}
-
-// A target determines all others: sampled they would reach it nowhere or everywhere the same.
-void checkSampled(const Session& session, const SolverOptions& options) {
-  const Solver solver(session.machine(), options);
-  if (solver.solvedSamples().empty()) return;
-  failUsage("axes that a target leaves free after --sample",
-            joined(namesOf(session, solver.solvedSamples())));
-}
-
 }  // namespace
 
 bool scaleDirection(double* direction) {
@@ -244,34 +214,7 @@ std::size_t mostOf(const InverseOptions& o) {
 }
 
 SolverOptions solverOptionsOf(const InverseOptions& o, const Session& session) {
-  constexpr int kMost = 10'000;
-  SolverOptions options;
-  const auto ruleAt = [&](int place) -> Redundancy& {
-    return options.redundancy[static_cast<std::size_t>(place)];
-  };
-  forEachAxis(session, o.hold, "--hold", [&](int place, const std::string& text) {
-    const std::optional<double> value = numberOf(text);
-    if (!value) failUsage("a finite decimal number in --hold", inQuotes(text));
-    ruleAt(place) = {Redundancy::Rule::value, *value, 2};
-  });
-  forEachAxis(session, o.sample, "--sample", [&](int place, const std::string& text) {
-    const std::optional<int> samples = integerOf(text);
-    if (!samples || *samples < 2 || *samples > kMost) {
-      failUsage("a number from 2 to " + std::to_string(kMost) + " in --sample", inQuotes(text));
-    }
-    const zkin::KMachineElem& axis = *session.machine()->getAxisElem(place + 1);
-    if (!axis.hasMin() || !axis.hasMax()) {
-      failUsage("axes with both limits after --sample",
-                inQuotes(session.machine().axisNames()[place]));
-    }
-    if (ruleAt(place).rule == Redundancy::Rule::value) {
-      failUsage("--hold or --sample of an axis",
-                "both of " + inQuotes(session.machine().axisNames()[place]));
-    }
-    ruleAt(place) = {Redundancy::Rule::sampled, 0.0, *samples};
-  });
-  checkSampled(session, options);
-  return options;
+  return solverOptionsOf(o.hold, o.sample, session);
 }
 
 void addInverse(CLI::App& app, Exit& exit) {
@@ -291,14 +234,7 @@ void addInverse(CLI::App& app, Exit& exit) {
                  "the limits; without limits those within one turn of --from")
       ->disable_flag_override();
   verb->add_option("--max", o->most, "How many of all are answered [20]");
-  verb->add_option("--hold", o->hold,
-                   "Values of axes (W=120,V=0): they stand there, as if locked, instead of where "
-                   "--from has them")
-      ->allow_extra_args(false);
-  verb->add_option("--sample", o->sample,
-                   "How many places of axes that a target leaves free are tried (RAIL=21), from "
-                   "one limit to the other")
-      ->allow_extra_args(false);
+  addFreeAxisOptions(*verb, o->hold, o->sample);
   verb->add_option(
       "--targets", o->targets,
       "Many targets: CSV file (, or ; between columns) with the columns tip_x, tip_y, "

@@ -61,11 +61,13 @@ int run(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer(
       "korvo VERB --help says more about a verb.\n"
-      "Exit codes: 0 answered, 1 answered \"no\", 2 bad usage, 3 unreadable or refused input");
+      "Exit codes: 0 answered, 1 answered \"no\", 2 bad usage, 3 unreadable or refused input,\n"
+      "4 stopped by a signal with what was done kept (path)");
   Exit exit = Exit::answered;
   korvo::tools::addInfo(app, exit);
   korvo::tools::addForward(app, exit);
   korvo::tools::addInverse(app, exit);
+  korvo::tools::addPath(app, exit);
   korvo::tools::addLimits(app, exit);
   korvo::tools::addInterpolate(app, exit);
   korvo::tools::addTranslate(app, exit);

@@ -54,6 +54,7 @@ Statistics::Statistics(const PathAxes& axes, const ToolpathOptions& options, Too
 
 void Statistics::take(const PathPosition& position) {
   ++report_.positions;
+  if (!report_.first) report_.first = position;
   report_.added += position.isAdded() ? 1 : 0;
   for (const PathAxis& axis : axes_.all()) {
     AxisTravel& travel = report_.axes[axis.at()];

@@ -19,10 +19,13 @@
 
 namespace korvo {
 
+/// The feed of a target that is reached in rapid.
+inline constexpr double kRapid = std::numeric_limits<double>::infinity();
+
 /// A target of a toolpath.
 struct PathTarget {
   Target target;
-  double feed = 0.0;  ///< Of the way to it, in whatever unit; handed on. 0: none.
+  double feed = 0.0;  ///< Of the way to it, in whatever unit, or kRapid; handed on. 0: none.
 };
 
 /// What a path does with one axis.
@@ -132,6 +135,8 @@ struct ToolpathReport {
   std::vector<PathStanding> standing;
   std::vector<std::size_t> unreached;  ///< Targets without a position; each is a break of its own.
   std::vector<std::pair<std::size_t, Answer>> reasons;  ///< Why: of the first of each run of these.
+
+  std::optional<PathPosition> first;  ///< Where it begins.
 
   double cost = 0.0;  ///< Weighted travel between targets and cost of margins: what is least.
   int axisCount = 0;

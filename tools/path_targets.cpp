@@ -1,0 +1,165 @@
+// Toolpaths from CSV tables and from APT/CL text.
+#include <algorithm>
+#include <cmath>
+
+#include "toolkit/Text.h"
+#include "toolkit/path/Apt.h"
+#include "tools/Checked.h"
+#include "tools/Failure.h"
+#include "tools/Messages.h"
+#include "tools/Numbers.h"
+#include "tools/inverse.h"
+#include "tools/path.h"
+
+namespace korvo::tools {
+namespace {
+
+[[noreturn]] void fail(const LineBlocks& lines, const std::string& problem) {
+  throw Failure(Exit::refused,
+                lines.name() + ":" + std::to_string(std::max(lines.number(), 1)) + ": " + problem);
+}
+
+bool isEmpty(std::string_view line) { return trimmed(line).empty(); }
+
+char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+bool isWord(std::string_view text, std::string_view word) {
+  const auto isSame = [](char a, char b) { return lowered(a) == lowered(b); };
+  return std::equal(text.begin(), text.end(), word.begin(), word.end(), isSame);
+}
+
+std::string_view withoutQuotes(std::string_view text) {
+  text = trimmed(text);
+  const bool isQuoted = text.size() >= 2 && text.front() == '"' && text.back() == '"';
+  return isQuoted ? trimmed(text.substr(1, text.size() - 2)) : text;
+}
+
+// A header names its columns between separators; statements have a slash, a $, or stand alone.
+bool looksLikeApt(std::string_view line) {
+  if (line.find_first_of("/$") != std::string_view::npos) return true;
+  return line.find_first_of(",;") == std::string_view::npos;
+}
+
+class TargetReader {
+ public:
+  TargetReader(const PathOptions& options, const Session& session, LineBlocks& lines)
+      : lines_(lines), session_(session), language_(languageOf(options.language)) {
+    input_.name = toUtf8(toWide(lines.name()));
+    input_.isApt = options.input == "apt";
+    isTold_ = options.input != "auto";
+  }
+
+  PathInput read() {
+    std::string_view line;
+    while (nextLine(line) && isEmpty(line)) {
+    }
+    if (!isTold_) input_.isApt = looksLikeApt(line);
+    if (input_.isApt) {
+      readApt(line);
+    } else {
+      readTable(line);
+    }
+    if (input_.targets.empty()) {
+      throw Failure(Exit::refused, input_.name + ": " +
+                                       in(language_, "expected targets, found none",
+                                          "cibles attendues, trouvé : aucune"));
+    }
+    return std::move(input_);
+  }
+
+ private:
+  bool nextLine(std::string_view& line) {
+    line = {};
+    if (!lines_.next(line)) return false;
+    if (!lines_.wasCut()) return true;
+    const std::string most = std::to_string(LineBlocks::kMaxLine);
+    fail(lines_, in(language_, "expected a line of up to " + most + " bytes, found a longer one",
+                    "ligne d'au plus " + most + " octets attendue, trouvé : une plus longue"));
+  }
+
+  void add(PathTarget target, int line) {
+    double direction[] = {target.target.direction.x, target.target.direction.y,
+                          target.target.direction.z};
+    if (!scaleDirection(direction)) {
+      fail(lines_, in(language_, "expected a direction, found i,j,k all 0",
+                      "direction attendue, trouvé : i,j,k tous nuls"));
+    }
+    target.target.direction = {direction[0], direction[1], direction[2]};
+    target.target = fromPartZero(session_.machine(), target.target);
+    input_.targets.push_back(target);
+    input_.lines.push_back(static_cast<std::uint32_t>(line));
+  }
+
+  // --- APT
+
+  void readApt(std::string_view line) {
+    AptReader reader([this](const PathTarget& target, int at) { add(target, at); }, language_);
+    for (int number = 1; number < lines_.number(); ++number) reader.line("");
+    for (bool isThere = lines_.number() > 0; isThere; isThere = nextLine(line)) {
+      if (const auto problem = reader.line(line)) failApt(*problem);
+    }
+    if (const auto problem = reader.end()) failApt(*problem);
+    input_.skipped = reader.skipped();
+  }
+
+  [[noreturn]] void failApt(const AptProblem& p) const {
+    throw Failure(Exit::refused, input_.name + ":" + std::to_string(p.line) + ":" +
+                                     std::to_string(p.column) + ": " + p.text);
+  }
+
+  // --- tables
+
+  void readTable(std::string_view line) {
+    if (lines_.number() == 0) {
+      fail(lines_, in(language_, "expected a header of column names, found none",
+                      "en-tête de noms de colonnes attendu, trouvé : rien"));
+    }
+    const CsvHeader header = readTargetHeader(lines_, line, language_);
+    input_.separator = header.separator;
+    findFeed(line, header);
+    while (nextLine(line)) {
+      if (!isEmpty(line)) readOne(line, header);
+    }
+  }
+
+  void findFeed(std::string_view line, const CsvHeader& header) {
+    const std::vector<std::string> cells = split(line, header.separator);
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+      if (header.places[i] < 0 && isWord(withoutQuotes(cells[i]), "feed")) feed_ = i;
+    }
+  }
+
+  void readOne(std::string_view line, const CsvHeader& header) {
+    double v[6] = {};
+    if (const auto problem = readRow(line, header, v)) fail(lines_, *problem);
+    PathTarget target;
+    target.target = {{v[0], v[1], v[2]}, {v[3], v[4], v[5]}};
+    if (feed_) target.feed = feedOf(withoutQuotes(split(line, header.separator)[*feed_]));
+    add(target, lines_.number());
+  }
+
+  double feedOf(std::string_view text) const {
+    if (text.empty()) return 0.0;
+    if (isWord(text, "rapid")) return kRapid;
+    const std::optional<double> feed = numberOf(text);
+    if (feed && *feed >= 0) return *feed;
+    fail(lines_, in(language_, "expected a feed from 0 up, 'rapid' or nothing, found ",
+                    "avance positive, 'rapid' ou rien attendu, trouvé : ") +
+                     inQuotes(text));
+  }
+
+  LineBlocks& lines_;
+  const Session& session_;
+  Language language_;
+  PathInput input_;
+  bool isTold_ = false;
+  std::optional<std::size_t> feed_;  // its column
+};
+
+}  // namespace
+
+PathInput readTargets(const PathOptions& options, const Session& session, LineBlocks& lines) {
+  return TargetReader(options, session, lines).read();
+}
+
+}  // namespace korvo::tools
