@@ -1,6 +1,8 @@
 // The report of a path as one HTML page with a plot of every axis.
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <vector>
 
 #include "tools/Checked.h"
 #include "tools/path_report.h"
@@ -25,6 +27,7 @@ font:16px/1.5 system-ui,-apple-system,"Segoe UI",Roboto,sans-serif}
 main{max-width:1000px;margin:0 auto;padding:1rem}
 h1{font-size:1.35rem;margin:.4rem 0;overflow-wrap:anywhere}
 h2{font-size:1.1rem;margin:1.6rem 0 .6rem}
+section h2{margin-top:.2rem}
 section,.verdict{background:var(--card);border:1px solid var(--line);border-radius:10px;
 padding:.8rem 1rem;margin:.7rem 0}
 .verdict{border-left:6px solid var(--good);font-size:1.1rem}
@@ -38,14 +41,14 @@ li{margin:.25rem 0;overflow-wrap:anywhere}
 .figures b{display:block;font-size:1.15rem;font-variant-numeric:tabular-nums}
 .plot h3{margin:0;font-size:1rem;display:flex;flex-wrap:wrap;gap:0 .8rem;align-items:baseline}
 .plot h3 span{font-weight:400;color:var(--soft);font-size:.85rem}
-.frame{position:relative;height:170px;margin:.5rem 0 0;border:1px solid var(--line);border-width:0 0 1px 1px}
+.frame{position:relative;height:170px;margin:.5rem 3rem 0 4.2rem;border:1px solid var(--line);
+border-width:0 0 1px 1px}
 .frame svg{position:absolute;inset:0;width:100%;height:100%;overflow:visible}
-.frame span{position:absolute;left:4px;font-size:.72rem;line-height:1;color:var(--soft);
-background:var(--card);padding:1px 3px;border-radius:3px;transform:translateY(-50%);
-font-variant-numeric:tabular-nums}
-.frame span.limit{left:auto;right:4px;color:var(--limit)}
-.scale{display:flex;justify-content:space-between;font-size:.72rem;color:var(--soft);
-font-variant-numeric:tabular-nums}
+.frame span{position:absolute;right:100%;margin-right:6px;font-size:.72rem;line-height:1;
+color:var(--soft);white-space:nowrap;transform:translateY(-50%);font-variant-numeric:tabular-nums}
+.frame span.limit{right:auto;left:100%;margin:0 0 0 6px;color:var(--limit)}
+.scale{display:flex;justify-content:space-between;margin:0 3rem 0 4.2rem;font-size:.72rem;
+color:var(--soft);font-variant-numeric:tabular-nums}
 path,line{fill:none;vector-effect:non-scaling-stroke}
 .curve{stroke:var(--curve);stroke-width:1.6;stroke-linejoin:round}
 .limit{stroke:var(--limit);stroke-width:1.4;stroke-dasharray:7 5}
@@ -97,7 +100,7 @@ struct Range {
 
 /// Limits are in it unless the line would be squeezed flat by them.
 Range rangeOf(const PathAxisView& axis) {
-  constexpr double kMostEmpty = 12.0, kPadding = 0.06, kLeast = 1.0;
+  constexpr double kMostEmpty = 3.0, kPadding = 0.06, kLeast = 1.0;
   double low = axis.travel->low, high = axis.travel->high;
   const double span = std::max(high - low, kLeast);
   if (std::isfinite(axis.min) && low - axis.min <= kMostEmpty * span) low = std::min(low, axis.min);
@@ -105,6 +108,33 @@ Range rangeOf(const PathAxisView& axis) {
     high = std::max(high, axis.max);
   const double padding = std::max(kPadding * (high - low), kLeast / 2);
   return {low - padding, high + padding};
+}
+
+/// Round numbers: of angles the parts of a turn.
+double roundStep(double least, bool isTurn) {
+  constexpr double kParts[] = {5, 10, 15, 30, 45, 90, 180, 360};
+  if (isTurn && least > 1 && least <= 360)
+    return *std::lower_bound(kParts, std::end(kParts), least);
+  const double power = std::pow(10.0, std::floor(std::log10(least)));
+  for (const double digit : {1.0, 2.0, 5.0}) {
+    if (digit * power >= least) return digit * power;
+  }
+  return 10.0 * power;
+}
+
+/// What is written at the left of a plot, but not where it would lie on a limit or the edge.
+std::vector<double> ticksOf(const PathAxisView& axis, const Range& range) {
+  constexpr double kTicks = 4.5, kClear = 7.0;  // of the height
+  const double step = roundStep((range.high - range.low) / kTicks, axis.isTurn);
+  const auto yOf = [&](double limit) { return std::isinf(limit) ? 2 * kHeight : range.y(limit); };
+  std::vector<double> ticks;
+  for (double k = std::ceil(range.low / step); k * step <= range.high; ++k) {
+    const double y = range.y(k * step);
+    const bool isFree = std::abs(y - yOf(axis.min)) > kClear &&
+                        std::abs(y - yOf(axis.max)) > kClear && y > kClear && y < kHeight - kClear;
+    if (isFree) ticks.push_back(k * step);
+  }
+  return ticks;
 }
 
 class Page {
@@ -215,17 +245,14 @@ class Page {
             beyondText(axis, range) + "</h3>\n<div class=\"frame\">\n<svg viewBox=\"0 0 1000 " +
             fixed(kHeight, 0) + "\" preserveAspectRatio=\"none\" role=\"img\" aria-label=\"" +
             escaped(axis.name) + "\">\n";
-    const double middle = (range.low + range.high) / 2;
-    level("grid", range.y(middle));
+    const std::vector<double> ticks = ticksOf(axis, range);
+    for (const double tick : ticks) level("grid", range.y(tick));
     for (const double limit : {axis.min, axis.max}) {
       if (isShown(limit, range)) level("limit", range.y(limit));
     }
     breakMarks();
     out_ += "<path class=\"curve\" d=\"" + curve(axis, range) + "\"/>\n</svg>\n";
-    const double step = (range.high - range.low) / 2;
-    for (const double value : {range.high - step / 8, middle, range.low + step / 8}) {
-      label("", range.y(value), neat(value) + " " + unit);
-    }
+    for (const double tick : ticks) label("", range.y(tick), neat(tick) + " " + unit);
     for (const double limit : {axis.min, axis.max}) {
       if (isShown(limit, range)) label(" class=\"limit\"", range.y(limit), neat(limit));
     }

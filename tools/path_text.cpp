@@ -21,7 +21,9 @@ class Text {
     line("Machine", "Machine", path_.session.file());
     line("Settings", "Réglages", path_.session.settingsText(l_));
     line("Targets", "Cibles", inputText(path_));
-    line("Fits", "Passe", verdictText(path_));
+    line("Fits", "Passe",
+         (path_.report.isFitting() ? in(l_, "yes: ", "oui : ") : in(l_, "NO: ", "NON : ")) +
+             verdictText(path_));
     places();
     advice();
     begin();
@@ -32,7 +34,7 @@ class Text {
 
  private:
   void line(const char* english, const char* french, const std::string& text) {
-    out_ << label(l_, english, french, 14) << text << '\n';
+    out_ << label(l_, english, french, 16) << text << '\n';
   }
 
   void more(std::size_t count) {

@@ -129,8 +129,7 @@ std::string verdictText(const PathOutcome& path) {
            in(l, " of ", " sur ") + std::to_string(report.targets) +
            in(l, "; until there ", " ; jusque-là ");
   }
-  return text + (fit.isFitting() ? in(l, "yes: ", "oui : ") : in(l, "NO: ", "NON : ")) +
-         fitText(fit, l);
+  return text + fitText(fit, l);
 }
 
 std::string breakText(const PathOutcome& path, const PathBreak& at) {

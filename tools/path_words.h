@@ -19,7 +19,7 @@ std::string neat(double value);
 /// "1200 targets".
 std::string countedTargets(std::size_t count, Language language);
 
-/// Whether it fits, in one line: "yes", or what is in the way.
+/// What is in the way, in one line; of a stopped path how far it came.
 std::string verdictText(const PathOutcome& path);
 
 /// "2 breaks, 1 target without a position".

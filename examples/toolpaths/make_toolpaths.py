@@ -122,7 +122,8 @@ def blade():
 
 SEAM_MAIN = 110.0  # radius of the main pipe, which lies along Y
 SEAM_BRANCH = 60.0  # radius of the branch, upright
-SEAM_PLACE = (900.0, 0.0, 480.0)  # of the main pipe's axis below the branch
+SEAM_PLACE = (850.0, 0.0, 600.0)  # of the main pipe's axis below the branch
+SEAM_LEAN = 0.5  # how much the torch points away from the branch
 SEAM_POINTS = 720
 SEAM_TURN = math.radians(-90.0)  # where it begins: on the side of the arm
 
@@ -135,7 +136,7 @@ def seam():
         x, y = SEAM_BRANCH * out[0], SEAM_BRANCH * out[1]
         z = math.sqrt(SEAM_MAIN**2 - x * x)
         main = unit((x, 0.0, z))
-        direction = unit(tuple(a + b for a, b in zip(main, out)))
+        direction = unit(tuple(a + SEAM_LEAN * b for a, b in zip(main, out)))
         yield tuple(a + b for a, b in zip((x, y, z), SEAM_PLACE)), direction, 480
 
 
