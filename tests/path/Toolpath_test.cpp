@@ -179,6 +179,17 @@ TEST(ToolpathStart, PicksTheTurn) {
   EXPECT_NEAR(ran.report.cost, 10, 1e-9);
 }
 
+TEST(ToolpathStart, WithoutOneThePathBeginsNearZero) {
+  // One way round C = -360 is as good a beginning as 0, the other way round 360.
+  for (const double step : {10.0, -10.0}) {
+    std::vector<PathTarget> targets;
+    for (int i = 0; i < 10; ++i) targets.push_back(pointing(20, step * i));
+    const Ran ran = runPath(forkHead(-360, 360), targets);
+    expectAt(ran.positions[0], 20, 0);
+    EXPECT_NEAR(ran.report.cost, 90, 1e-7);
+  }
+}
+
 TEST(ToolpathStart, LooksAhead) {
   // Nearest first would take C = 350 and be at its limit at once: 20 more need C = -10 from the
   // beginning, or the other side.

@@ -16,13 +16,14 @@ using Kind = PathAdvice::Kind;
 using Targets = std::span<const PathTarget>;
 using zgeo::UVec3d;
 
-constexpr double kTenth = 10.0;       // limits are said in tenths of a mm or degree
-constexpr double kWide = 1e5;         // mm that a linear axis may go further to show where it would
-constexpr double kHalfTurn = 180.0;   // the same of a rotary axis of less than a turn
-constexpr double kDear = 1e3;         // what a mm or degree beyond the old limits costs there
-constexpr double kSamePlace = 1e-6;   // mm or degrees
-constexpr std::size_t kSamples = 64;  // targets on which much is tried
-constexpr int kPlaces = 9;            // of an axis that is the start's to choose
+constexpr double kTenth = 10.0;  // limits are said in tenths of a mm or degree
+constexpr double kWide = 1e5;    // mm that a linear axis may go further to show where it would
+constexpr double kMostWound =
+    3600.0;                          // degrees more than an axis has, for which all turns are tried
+constexpr double kDear = 1e3;        // what a mm or degree beyond the old limits costs there
+constexpr double kSamePlace = 1e-6;  // mm or degrees
+constexpr std::size_t kSamples = 64;        // targets on which much is tried
+constexpr int kPlaces = 9;                  // of an axis that is the start's to choose
 constexpr std::size_t kShortPath = 20'000;  // on which every place is tried in full
 
 std::size_t at(int place) { return static_cast<std::size_t>(place); }
@@ -304,36 +305,37 @@ class Advisor {
     if (!isMoving(joint) || isHeld(joint)) return;
     if (std::isinf(joint.min) && std::isinf(joint.max)) return;
     if (!isTurn(joint) && report_.unreached.empty()) return;
-    const bool isNarrow = isFinite(joint) && joint.max - joint.min < kFullTurn;
-    if (!isTurn(joint)) return static_cast<void>(tryLimit(joint, kWide));
-    if (isNarrow && tryLimit(joint, kHalfTurn)) return;
-    tryLimit(joint, std::numeric_limits<double>::infinity());
+    const double endless = std::numeric_limits<double>::infinity();
+    const auto first = wider(joint, isTurn(joint) ? endless : kWide);
+    if (!first) return;
+    // Without limits all turns and sides are as good; with them so wide the nearer ones are better.
+    const bool isTried =
+        isTurn(joint) && first->more < kMostWound && tryLimit(joint, wider(joint, first->more));
+    if (!isTried) tryLimit(joint, first);
   }
 
-  /// Says whether the path fits with it. With limits taken away altogether a path may fit better
-  /// than with wider ones; then both are said.
-  bool tryLimit(const Joint& joint, double wide) {
+  /// What the axis would use of limits that are so much wider, the old ones exceeded as little as
+  /// can be. Nothing where that does not help.
+  std::optional<PathAdvice> wider(const Joint& joint, double by) {
     ToolpathOptions options = options_;
     options.tolerance.reset();
-    if (std::isfinite(wide)) {
-      options.axes[at(joint.place)].margin = wide;
+    if (std::isfinite(by)) {
+      options.axes[at(joint.place)].margin = by;
       options.axes[at(joint.place)].marginCost = kDear;
     }
-    const Machine wider = withLimits(machine_, joint.place, joint.min - wide, joint.max + wide);
-    const auto report = run(wider, options, targets_);
-    if (!report || !isBetter(*report)) return false;
+    const Machine wide = withLimits(machine_, joint.place, joint.min - by, joint.max + by);
+    const auto report = run(wide, options, targets_);
+    if (!report || !isBetter(*report)) return {};
     PathAdvice advice = limitAdvice(joint, report->axes[at(joint.place)]);
-    if (advice.more <= 0 || isKnown(advice)) return false;
-    const Machine changed = withLimits(machine_, joint.place, advice.min.value_or(joint.min),
-                                       advice.max.value_or(joint.max));
-    return isKept(advice, changed, options_, targets_) && all_.back().after.isFitting();
+    if (advice.more <= 0) return {};
+    return advice;
   }
 
-  bool isKnown(const PathAdvice& advice) const {
-    return std::any_of(all_.begin(), all_.end(), [&advice](const PathAdvice& known) {
-      return known.kind == Kind::limit && known.place == advice.place && known.min == advice.min &&
-             known.max == advice.max;
-    });
+  bool tryLimit(const Joint& joint, const std::optional<PathAdvice>& advice) {
+    if (!advice) return false;
+    const Machine changed = withLimits(machine_, joint.place, advice->min.value_or(joint.min),
+                                       advice->max.value_or(joint.max));
+    return isKept(*advice, changed, options_, targets_);
   }
 
   static PathAdvice limitAdvice(const Joint& joint, const AxisTravel& travel) {

@@ -67,8 +67,8 @@ KORVO_TOOLKIT_API const char* toString(PathAdvice::Kind kind);
 /// Start: axes that are locked, or held by the options, and those beyond what a target determines
 /// (a rail, a fourth linear axis, a third rotary one): nine places from limit to limit.
 ///
-/// Limit: with one axis' limits taken away the path shows where that axis goes; these limits are
-/// the ones tried. Where a path can choose it chooses what leaves the old limits least.
+/// Limit: with one axis' limits taken away, or far away, the path shows where that axis goes, the
+/// old limits exceeded as little as can be; the limits that hold this are the ones tried.
 ///
 /// Side: where the path begins elsewhere than nearest-first would, which breaks later on. This is
 /// looked for of paths without a break, too.

@@ -16,6 +16,10 @@ constexpr std::size_t kMany = 64;
 
 constexpr std::size_t kMostStates = 0xffff;
 
+/// What a mm or a degree from zero costs at the first target of a path without a start: less than
+/// what is said of costs, more than their rounding.
+constexpr double kBeginNearZero = 1e-11;
+
 std::vector<double> rowOf(const PathAxes& axes, const Values& values) {
   std::vector<double> row;
   for (const PathAxis& axis : axes.all()) row.push_back(values[axis.at()]);
@@ -112,11 +116,20 @@ void Sweep::step(const SideBlock& block, std::size_t i, Links& links) {
   isFirst_ = isGap_ = false;
 }
 
+/// Without a start all turns cost the same: nobody wants to begin at the end of an axis' travel.
 void Sweep::start() {
-  if (startRow_.empty()) return;
+  const bool hasStart = !startRow_.empty();
+  const std::vector<double> from = hasStart ? startRow_ : rowOf(axes_, axes_.reference());
+  const double share = hasStart ? 1.0 : kBeginNearZero;
   for (std::size_t s = 0; s < here_.count(); ++s) {
-    costHere_[s].way = costs_.way(startRow_.data(), &here_.values[s * costs_.size()]);
+    costHere_[s].way = share * costs_.way(from.data(), &here_.values[s * costs_.size()]);
   }
+}
+
+double Sweep::beginCost(const Values& begin) const {
+  if (!startRow_.empty()) return 0.0;
+  const std::vector<double> from = rowOf(axes_, axes_.reference()), to = rowOf(axes_, begin);
+  return kBeginNearZero * costs_.way(from.data(), to.data());
 }
 
 void Sweep::connect() {

@@ -103,6 +103,9 @@ class Sweep {
   /// Of the best path of all that was taken.
   PathCost best() const;
 
+  /// How much of that says only that it shall begin near zero, when it begins there.
+  double beginCost(const Values& begin) const;
+
   static constexpr std::uint32_t kNone = 0xffffffff;
 
   /// The state of every target on the best path, or kNone; what was kept is given up for it.

@@ -275,6 +275,7 @@ ToolpathReport Toolpath::run(std::span<const PathTarget> targets, const PathSink
     const bool goesOn = !watch || watch({searched, report.done, targets.size()});
     if (!goesOn && !isStopped) break;
   }
+  if (report.first) report.cost -= sweep.beginCost(report.first->values);
   explain(task_->machine, options, targets, report);
   return report;
 }

@@ -50,9 +50,10 @@ struct ToolpathOptions {
   SolverOptions solver;
   std::array<AxisWish, kMostAxes> axes;  ///< By place.
 
-  /// Where the machine stands before. The way from there counts as travel and is never a break.
-  /// Locked axes stand where it has them; without it they, and what else a target leaves to the
-  /// start, stand at zero or at the limit nearest to it.
+  /// Where the machine stands before. The way from there counts as travel and is never a break;
+  /// without it of equally good paths the one is taken that begins nearest to zero. Locked axes
+  /// stand where it has them; without it they, and what else a target leaves to the start, stand at
+  /// zero or at the limit nearest to it.
   std::optional<Values> start;
 
   std::optional<Tolerance> tolerance;  ///< Set: positions are added between targets.
