@@ -74,12 +74,6 @@ void setWishes(const Session& session, const std::vector<std::string>& given, co
   });
 }
 
-std::vector<double> valuesOf(const Position& position) {
-  std::vector<double> values;
-  for (int i = 0; i < position.size(); ++i) values.push_back(position[i]);
-  return values;
-}
-
 ToolpathOptions toolpathOptionsOf(const PathOptions& o, const Session& session) {
   constexpr int kMostPlaces = 360, kMostJobs = 256;
   ToolpathOptions options;
@@ -90,9 +84,9 @@ ToolpathOptions toolpathOptionsOf(const PathOptions& o, const Session& session) 
   setWishes(session, o.marginCost, "--margin-cost", options,
             [](AxisWish& w, double n) { w.marginCost = n; });
   if (o.from) {
-    const std::vector<double> values = valuesOf(positionOf(session, *o.from, "--from"));
+    const Position from = positionOf(session, *o.from, "--from");
     options.start = Values{};
-    std::copy(values.begin(), values.end(), options.start->begin());
+    for (int i = 0; i < from.size(); ++i) (*options.start)[static_cast<std::size_t>(i)] = from[i];
   }
   if (o.tolerance) options.tolerance = toleranceOf(*o.tolerance);
   if (o.singular) setSingular(*o.singular, options);

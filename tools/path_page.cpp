@@ -323,7 +323,10 @@ class Page {
       for (const float value : {span.first, span.least, span.most, span.last}) {
         const std::string y = fixed(range.y(static_cast<double>(value)), 2);
         if (y == last) continue;
-        path += word + x + " " + y;
+        path += word;
+        path += x;
+        path += ' ';
+        path += y;
         word = 'L';
         last = y;
       }

@@ -38,6 +38,7 @@ template <typename T>
 std::vector<T> thinned(const std::vector<T>& all, std::size_t most) {
   if (all.size() <= most) return all;
   std::vector<T> some;
+  some.reserve(most);
   for (std::size_t i = 0; i < most; ++i) some.push_back(all[i * (all.size() - 1) / (most - 1)]);
   return some;
 }

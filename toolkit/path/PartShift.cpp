@@ -60,6 +60,7 @@ void PartShift::take(const Values& values) {
     }
     moveBy(joint, valueOf(joint, values), placed);
   }
+  if (count != 3) return;
   const UVec3d& a = directions[0];
   const UVec3d& b = directions[1];
   const UVec3d& c = directions[2];

@@ -1,0 +1,3 @@
+units / inches
+fedrat/10,ipm
+goto / 1. , -2e0 ,.5
