@@ -172,7 +172,11 @@ bool Sides::isFollowed(std::span<const Side> tried, const Side& side) const {
 void Sides::follow(const Target& target, Values& nearest, std::size_t first, SideScratch& scratch,
                    std::vector<Side>& out) const {
   std::vector<Side> step;
-  addFrom(solver_, target, axes_.unwound(nearest), Taken::all, 0, scratch, step);
+  if (solver_.kind() == SolverKind::arm) {  // whose pieces of a family a narrower turn would cut
+    addFrom(wide_, target, nearest, Taken::all, 0, scratch, step);
+  } else {
+    addFrom(solver_, target, axes_.unwound(nearest), Taken::all, 0, scratch, step);
+  }
   double least = std::numeric_limits<double>::infinity();
   Values taken = nearest;
   const Side* nearestSide = nullptr;
