@@ -200,7 +200,8 @@ TEST(ThreeAxesSearch, FindsAsManyForUsualArms) {
     if (d.coin()) arm.l2.direction = arm.l3.direction = tilted(arm.l2.direction, 0.5, d);
     const Vec3 to = arm.at(d.angle(), d.angle(), d.angle());
     const int coarse = usualCount(arm, to, 300), fine = usualCount(arm, to, 701);
-    if (coarse != fine || fine == 0) {  // the position that made the point is one
+    EXPECT_GE(arm.to(to).count, 1);  // the position that made the point
+    if (coarse != fine || fine == 0) {
       ++unsure;
       continue;
     }

@@ -226,6 +226,23 @@ TEST(SolverFamilyOfFourLinearAxes, IsFoundWhereItIsNarrow) {
   }
 }
 
+// Y turns with C: y = Y cos C is 3 with Y from 2 to 4. At 90 degrees, nearer to the start, Y moves
+// along X and carries the tool nowhere.
+TEST(SolverFamilyOfTurningLinearAxes, IsNotTheFlatPlaceNearerToTheStart) {
+  MachineLines lines;
+  lines.head = {linear("X", 1, {1, 0, 0}, -100, 100), rotary("C", 6, {0, 0, 1}, {}, -180, 180),
+                linear("Y", 2, {0, 1, 0}, 2, 4), linear("Z", 3, {0, 0, 1}, -100, 100)};
+  for (const double side : {-1.0, 1.0}) {
+    Values start{};
+    start[3] = 100 * side;
+    const auto found = solutionsOf(Solver(lines.machine()), {{5, 3, 0}, {0, 0, 1}}, start);
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_TRUE(found[0].isFamily());
+    EXPECT_NEAR(found[0].values[3], side * std::acos(0.75) * 180 / pi, 1e-6);
+    EXPECT_NEAR(found[0].values[1], 4, 1e-9);
+  }
+}
+
 // The position that made the target is a member inside limits that leave it little way.
 TEST(SolverFamilyOfFourLinearAxes, HasNoFartherMemberThanTheOneThatMadeIt) {
   const int count = proofCount(100, 10000);

@@ -25,13 +25,34 @@ Side sideOf(const Solution& solution) {
   return side;
 }
 
+/// Whether the linear joints can move and leave the tool where it is, the rotary ones standing like
+/// almost anywhere.
+bool areRedundant(const SolverCore& core) {
+  if (core.slides.size() > 3) return true;
+  Values values{};
+  for (const int i : core.turns) values[at(core.joint(i).place)] = 23.7 + 31.3 * i;
+  std::vector<zgeo::UVec3d> ways;
+  zgeo::UMatrix placed;
+  for (int i = 0; i < static_cast<int>(core.chain.joints.size()); ++i) {
+    const Joint& joint = core.joint(i);
+    if (std::find(core.slides.begin(), core.slides.end(), i) != core.slides.end()) {
+      ways.push_back(joint.direction.normalised());
+      placed.applyDir(ways.back());
+    }
+    moveBy(joint, valueOf(joint, values), placed);
+  }
+  constexpr double kFlat = 1e-9;
+  if (ways.size() == 2) return (ways[0] ^ ways[1]).norm() < kFlat;
+  return ways.size() == 3 && std::abs(ways[0] * (ways[1] ^ ways[2])) < kFlat;
+}
+
 std::vector<int> freePlaces(const Solver& solver) {
   const SolverCore core(solver.chain(), {});
   std::vector<int> places;
   const auto take = [&](const std::vector<int>& joints) {
     for (const int i : joints) places.push_back(core.joint(i).place);
   };
-  if (core.kind != SolverKind::arm && core.slides.size() > 3) take(core.slides);
+  if (core.kind != SolverKind::arm && areRedundant(core)) take(core.slides);
   if (core.kind == SolverKind::moreRotary) take(core.turns);
   return places;
 }
@@ -167,29 +188,24 @@ bool Sides::isFollowed(std::span<const Side> tried, const Side& side) const {
   });
 }
 
-/// Nearest-first takes of what its own start gives alone. Of that all is added where axes stay at
-/// the start; of an arm whose tool is tried in every turn from there the one that it takes.
+/// Nearest-first takes of what its own start gives alone, with the turns that it has. Of that all
+/// is added where axes stay at the start; of an arm whose tool is tried in every turn from there
+/// the one that it takes.
 void Sides::follow(const Target& target, Values& nearest, std::size_t first, SideScratch& scratch,
                    std::vector<Side>& out) const {
-  std::vector<Side> step;
-  addFrom(solver_, target, axes_.unwound(nearest), Taken::all, 0, scratch, step);
-  double least = std::numeric_limits<double>::infinity();
-  Values taken = nearest;
-  const Side* nearestSide = nullptr;
-  for (Side& side : step) {
-    axes_.forEachTurn(side.values, [&](const Values& values) {
-      const double way = wayBetween(values, nearest);
-      if (!(way < least)) return;
-      least = way;
-      taken = values;
-      nearestSide = &side;
-    });
-  }
-  nearest = taken;
-  for (const Side& side : step) {
-    if (free_.empty() && &side != nearestSide) continue;
+  wide_.solve(target, nearest, scratch.found);
+  const auto way = [&](const Solution& s) { return wayBetween(s.values, nearest); };
+  const auto taken =
+      std::min_element(scratch.found.begin(), scratch.found.end(),
+                       [&](const Solution& a, const Solution& b) { return way(a) < way(b); });
+  if (taken == scratch.found.end()) return;
+  for (const Solution& solution : scratch.found) {
+    if (free_.empty() && &solution != &*taken) continue;
+    Side side = sideOf(solution);
+    side.values = axes_.unwound(side.values);
     if (!meet(std::span(out).subspan(first), side)) out.push_back(side);
   }
+  nearest = taken->values;
 }
 
 void Sides::carry(const Target& target, std::span<const Side> before, std::size_t first,

@@ -4,7 +4,8 @@
 
 #include "platform/rotations/RotationMatrix.h"
 #include "toolkit/solve/Cone.h"
-#include "toolkit/solve/Core.h"
+#include "toolkit/solve/Faces.h"
+#include "toolkit/solve/Refine.h"
 #include "toolkit/solve/Verifier.h"
 
 using zgeo::UVec3d;
@@ -128,8 +129,7 @@ class Choice {
   void aboutOneLine(const rotations::TwoAngles& pair) {
     if (pair.a1 != rotations::kFreeAngle) {
       const double sense = turning_.axis1 * turning_.axis2 < 0 ? -1.0 : 1.0;
-      addMember({second_, first_, pair.a1 * kRadToDeg, -sense},
-                {query_.core.joint(second_).place, -1});
+      addMember({second_, first_, pair.a1 * kRadToDeg, -sense}, {place(second_), -1});
       return;
     }
     addFamilyOfBoth();
@@ -138,15 +138,32 @@ class Choice {
   /// Neither axis turns the tool's direction: the second one stays where it starts if it can.
   void addFamilyOfBoth() {
     const Joint& second = query_.core.joint(second_);
-    const double start = std::clamp(query_.start(second_), second.min, second.max);
-    for (int step = 0; step <= 360; ++step) {
-      for (const double degrees : {start + step, start - step}) {
-        if (!isInside(second, degrees) && query_.limits == Limits::kept) continue;
-        query_.value(second_, values_) = degrees;
-        if (addMember({first_, -1, 0.0, 0.0}, {query_.core.joint(first_).place, second.place}))
-          return;
+    const SolvedAngles solved = solvedSecond(query_, first_, second_, values_);
+    for (int k = 0; k < solved.count; ++k) addFamilies(second_, solved.degrees[at(k)], first_);
+    if (solved.count > 0) return;
+    const double start = query_.start(second_);
+    const bool isKept = query_.limits == Limits::kept;
+    if (addMemberAt(isKept ? std::clamp(start, second.min, second.max) : start, isKept)) return;
+    const std::vector<double> places = placesOfSecond(query_, first_, second_, values_);
+    for (const bool isFineOnly : {true, false}) {
+      for (const double degrees : places) {
+        for (const double hair : {0.0, -kHair, kHair}) {
+          if (addMemberAt(std::clamp(degrees + hair, second.min, second.max), isFineOnly)) return;
+        }
       }
     }
+  }
+
+  /// Of both axes, the second one there.
+  bool addMemberAt(double degrees, bool isFineOnly) {
+    const std::size_t before = query_.out.size();
+    query_.value(second_, values_) = degrees;
+    if (!addMember({first_, -1, 0.0, 0.0}, {place(second_), place(first_)})) return false;
+    const bool isTaken = std::all_of(
+        query_.out.begin() + static_cast<std::ptrdiff_t>(before), query_.out.end(),
+        [&](const Solution& s) { return !isFineOnly || query_.takesMissed || isFine(s.residual); });
+    if (!isTaken) query_.out.resize(before);
+    return isTaken;
   }
 
   /// A family for every turn of the joint that is not free.
@@ -159,11 +176,14 @@ class Choice {
     }
   }
 
-  void addFamily(int free) { addMember({free, -1, 0.0, 0.0}, {query_.core.joint(free).place, -1}); }
+  void addFamily(int free) { addMember({free, -1, 0.0, 0.0}, {place(free), -1}); }
 
   bool addMember(const Freedom& freedom, const std::array<int, 2>& freePlaces) {
     const SolvedAngles solved = solvedAngles(query_, freedom, values_);
-    if (solved.count > 0) return addSolved(freedom, solved, {freePlaces[1], -1});
+    if (solved.count > 0) {
+      const bool isOther = freePlaces[0] != place(freedom.free);
+      return addSolved(freedom, solved, {isOther ? freePlaces[0] : -1, -1});
+    }
     if (!nearestMember(query_, freedom, values_)) return false;
     verifier_.flush();
     add(query_, values_, {}, singular_, freePlaces);
@@ -233,6 +253,8 @@ class Choice {
       }
     }
   }
+
+  int place(int i) const { return query_.core.joint(i).place; }
 
   const Query& query_;
   Values& values_;

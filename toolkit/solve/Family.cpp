@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "toolkit/solve/Core.h"
+#include "toolkit/solve/Faces.h"
 
 using zgeo::UVec3d;
 
@@ -13,46 +13,8 @@ namespace {
 
 constexpr double kTurn = 360.0;
 
-/// A circle that lies in what the linear joints reach to this (mm) leaves its angle free.
-constexpr double kFreeMm = 1e-7;
-
-/// Roots nearer than this (degrees) are one.
-constexpr double kOneRoot = 1e-5;
-
-/// A root may be a hair outside what it bounds (degrees).
-constexpr double kHair = 1e-9;
-
-/// a + b cos x + c sin x.
-struct Wave {
-  double a = 0.0;
-  double b = 0.0;
-  double c = 0.0;
-
-  /// From its values at 0, 90 and 180 degrees.
-  static Wave through(double at0, double at90, double at180) {
-    const double a = (at0 + at180) / 2;
-    return {a, (at0 - at180) / 2, at90 - a};
-  }
-
-  Wave operator-(const Wave& o) const { return {a - o.a, b - o.b, c - o.c}; }
-  Wave operator*(double s) const { return {a * s, b * s, c * s}; }
-
-  double height() const { return std::hypot(b, c); }
-
-  /// Where it is zero, in degrees, or comes nearest to it: on either side of its top.
-  std::array<double, 2> lows() const {
-    const double r = height();
-    const double middle = std::atan2(c, b) * kRadToDeg;
-    const double aside = std::atan2(std::sqrt(std::max((r - a) * (r + a), 0.0)), -a) * kRadToDeg;
-    return {middle - aside, middle + aside};
-  }
-
-  /// Where it is zero, in degrees; where it only comes near zero that place, too.
-  void addZeros(std::vector<double>& out) const {
-    if (!(height() > 0) || std::abs(a) > height() * (1 + 1e-12)) return;
-    for (const double degrees : lows()) out.push_back(degrees);
-  }
-};
+/// A direction that makes linear joints three is so far from theirs (sine of the angle).
+constexpr double kApart = 0.05;
 
 /// The directions of the linear joints with a rotary one at some angle, and behind them the way
 /// that they have to carry the tool.
@@ -61,11 +23,11 @@ using Ways = std::array<UVec3d, kMostAxes + 4>;
 /// Linear joints, made three in independent directions by some that are none: these stand at 0.
 class Slides {
  public:
-  Slides(const SolverCore& core, const Ways& somewhere) : core_(core), ways_{} {
+  Slides(const SolverCore& core, const Ways& somewhere, double apart) : core_(core), ways_{} {
     for (count_ = 0; count_ < real(); ++count_) isNew(somewhere[at(count_)], 1e-9);
     for (const UVec3d& any :
          {UVec3d(0.31, 0.59, 0.745), UVec3d(0.83, -0.41, 0.38), UVec3d(-0.47, 0.27, 0.84)}) {
-      if (isNew(any, 0.05)) others_[at(count_++ - real())] = any;
+      if (isNew(any, apart)) others_[at(count_++ - real())] = any;
     }
   }
 
@@ -135,18 +97,27 @@ class Family {
 
   SolvedAngles solved(const Values& values) const {
     if (somewhere(values).areEnough()) return {};
-    const Slides slides = slidesAt(values);
-    Wave highest;
-    for (int b = 1; b < slides.count(); ++b) {
-      for (int a = 0; a < b; ++a) {
-        const Wave wave = slides.tripleOfWay(a, b);
-        if (isWanted(slides, a, b) && wave.height() > highest.height()) highest = wave;
-      }
-    }
-    if (!(highest.height() > kFreeMm)) return {};
-    const auto [one, other] = highest.lows();
+    const std::vector<Wave> wanted = wantedOf(slidesAt(values));
+    const auto highest =
+        std::max_element(wanted.begin(), wanted.end(),
+                         [](const Wave& a, const Wave& b) { return a.height() < b.height(); });
+    if (highest == wanted.end() || !(highest->height() > kFreeMm)) return {};
+    auto [one, other] = highest->lows();
+    for (double* degrees : {&one, &other}) settle(wanted, *degrees);
     if (other - one < kOneRoot) return {1, {(one + other) / 2, 0.0}};
     return {one + kTurn - other < kOneRoot ? 1 : 2, {one, other}};
+  }
+
+  std::vector<Wave> faces(const Values& values, double apart = kApart) const {
+    const Slides slides = slidesAt(values, apart);
+    std::vector<Wave> out;
+    for (int b = 1; b < slides.count(); ++b) {
+      for (int a = 0; a < b; ++a) {
+        addFaces(slides, slides.tripleOfWay(a, b), 0, a, b, out);
+        for (int k = b + 1; k < slides.count(); ++k) out.push_back(slides.triple(k, a, b));
+      }
+    }
+    return out;
   }
 
  private:
@@ -163,15 +134,15 @@ class Family {
                                range.count - 1);
       query_.value(freedom_.other, values) = onLimit(other, range[k]);
     }
-    return carry(query_, values);
+    // Where linear joints come to lie in one plane they carry the tip as near as they can.
+    return carry(query_, values) && (query_.takesMissed || residualOf(query_, values).isReached());
   }
 
-  /// The linear joints carry a tool by the ways of a body whose faces lie in the planes of two of
-  /// them, those across it at a limit each. So the members inside the limits end where the way lies
-  /// on a face, or where some joint's own travel ends.
+  /// The members inside the limits end where the way lies on a face, or where some joint's own
+  /// travel ends.
   bool fromEdges(double start, Values& values) const {
     std::vector<double> edges;
-    addLinearEdges(values, edges);
+    for (const Wave& face : faces(values)) face.addZeros(edges);
     addOwnEdges(edges);
     addOtherEdges(edges);
     std::vector<double> places;
@@ -203,25 +174,39 @@ class Family {
     }
   }
 
-  void addLinearEdges(const Values& values, std::vector<double>& out) const {
-    const Slides slides = slidesAt(values);
-    for (int b = 1; b < slides.count(); ++b) {
-      for (int a = 0; a < b; ++a) {
-        addFaces(slides, slides.tripleOfWay(a, b), 0, a, b, out);
-        for (int k = b + 1; k < slides.count(); ++k) slides.triple(k, a, b).addZeros(out);
-      }
-    }
-  }
-
-  /// Where the way, without those joints before `k` that are at a limit, lies on a face.
+  /// The way, without those joints before `k` that are at a limit, out of a face.
   static void addFaces(const Slides& slides, const Wave& way, int k, int a, int b,
-                       std::vector<double>& out) {
+                       std::vector<Wave>& out) {
     while (k < slides.count() && !slides.isAcross(k, a, b)) ++k;
-    if (k == slides.count()) return way.addZeros(out);
+    if (k == slides.count()) return out.push_back(way);
     const auto [min, max] = slides.limits(k);
     if (std::isfinite(min)) addFaces(slides, way - slides.triple(k, a, b) * min, k + 1, a, b, out);
     if (max == min || !std::isfinite(max)) return;
     addFaces(slides, way - slides.triple(k, a, b) * max, k + 1, a, b, out);
+  }
+
+  /// Those that have to be zero.
+  static std::vector<Wave> wantedOf(const Slides& slides) {
+    std::vector<Wave> out;
+    for (int b = 1; b < slides.count(); ++b) {
+      for (int a = 0; a < b; ++a) {
+        if (isWanted(slides, a, b)) out.push_back(slides.tripleOfWay(a, b));
+      }
+    }
+    return out;
+  }
+
+  /// By what all of them say: next to the top of the highest a root of it is not sure.
+  static void settle(const std::vector<Wave>& waves, double& degrees) {
+    constexpr double kMost = 1e-4;  // radians: else it is none of theirs
+    const double angle = degrees * kDegToRad, cosine = std::cos(angle), sine = std::sin(angle);
+    double left = 0.0, steep = 0.0;
+    for (const Wave& w : waves) {
+      const double slope = w.c * cosine - w.b * sine;
+      left += (w.a + w.b * cosine + w.c * sine) * slope;
+      steep += slope * slope;
+    }
+    if (std::abs(left) <= kMost * steep) degrees -= left / steep * kRadToDeg;
   }
 
   /// Whether no joint moves across the plane of two: there the way has to lie.
@@ -233,10 +218,12 @@ class Family {
   }
 
   /// At an angle that is like almost all others.
-  Slides somewhere(const Values& values) const { return {query_.core, waysAt(17.3, values)}; }
+  Slides somewhere(const Values& values, double apart = kApart) const {
+    return {query_.core, waysAt(17.3, values), apart};
+  }
 
-  Slides slidesAt(const Values& values) const {
-    Slides slides = somewhere(values);
+  Slides slidesAt(const Values& values, double apart = kApart) const {
+    Slides slides = somewhere(values, apart);
     for (int quarter = 0; quarter < 3; ++quarter)
       slides.take(quarter, waysAt(90 * quarter, values));
     return slides;
@@ -274,6 +261,10 @@ class Family {
 
 SolvedAngles solvedAngles(const Query& query, const Freedom& freedom, const Values& values) {
   return Family(query, freedom).solved(values);
+}
+
+std::vector<Wave> facesOf(const Query& query, const Freedom& freedom, const Values& values) {
+  return Family(query, freedom).faces(values, 1e-3);
 }
 
 bool nearestMember(const Query& query, const Freedom& freedom, Values& values) {
