@@ -542,11 +542,11 @@ class Options(CommandLine):
     def test_wrong_verbs_get_a_hint(self):
         for arguments, hint in (
                 (["inof", "x"], "found 'inof' (did you mean 'info'?)"),
-                (["foward"], "(did you mean 'forward'?)"), (["lathe"], "found 'lathe'\n"),
+                (["foward"], "(did you mean 'forward'?)"), (["grinder"], "found 'grinder'\n"),
                 (["--json", "info", "x"], "found '--json' before 'info'; write 'korvo info ...'"),
                 (["x.def", "forward"], "found 'x.def' before 'forward'"), ([], "found nothing")):
-            self.assert_fails(USAGE, "korvo: expected a verb (info, forward, inverse, limits, interpolate, "
-                              "translate, mesh, geometry, new, check, lsp) first",
+            self.assert_fails(USAGE, "korvo: expected a verb (info, forward, inverse, path, limits, "
+                              "interpolate, translate, mesh, geometry, new, check, lsp) first",
                               *arguments)
             self.assert_fails(USAGE, hint, *arguments)
 

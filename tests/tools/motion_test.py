@@ -46,9 +46,9 @@ class Limits(CommandLine):
         written = self.write("w.csv", "line,status,A,C,point_error,direction_error,outside_limits,"
                              "reason,by\n2,ok,-20,0,0,0,,,\n")
         self.assertIn("2,ok,,A,50", self.answer("limits", self.machine, "--positions", written))
-        other = self.write("o.csv", "A,feed\n-20,100\n")
+        other = self.write("o.csv", "A,speed\n-20,100\n")
         for verb in ("limits", "forward"):
-            self.assert_fails(REFUSED, "found 'feed'", verb, self.machine, "--positions", other)
+            self.assert_fails(REFUSED, "found 'speed'", verb, self.machine, "--positions", other)
 
     def test_what_is_no_question_is_a_usage_error(self):
         for arguments, message in (
