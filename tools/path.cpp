@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 
+#include "toolkit/export/WholeFile.h"
 #include "toolkit/path/NearestFirst.h"
 #include "tools/AxisOptions.h"
 #include "tools/Checked.h"
@@ -12,7 +13,6 @@
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
 #include "tools/Progress.h"
-#include "tools/ReplaceFile.h"
 #include "tools/Stop.h"
 #include "tools/Verbs.h"
 #include "tools/path_report.h"
@@ -151,6 +151,7 @@ class PathRun {
         plot_(input.targets.size()),
         path_{asked, session, input, options, options.language, {}, {}, {}} {
     if (asked.output) table_.emplace(*asked.output, input, session.machine().axisNames());
+    if (asked.page) openPage(*asked.page);
   }
 
   Exit run() {
@@ -175,6 +176,15 @@ class PathRun {
     if (path_.asked.page) plot_.take(position);
   }
 
+  // Before the run, so that it is not in vain.
+  void openPage(const std::string& file) {
+    try {
+      page_.emplace(fs::path(file));
+    } catch (const WriteError& e) {
+      throw Failure(Exit::refused, e.what());
+    }
+  }
+
   bool look(std::size_t done, std::size_t total) {
     progress_.show(done, total);
     return !stop_.isWanted();
@@ -190,8 +200,17 @@ class PathRun {
     if (path_.nearestFirst->isStopped()) path_.nearestFirst.reset();
   }
 
-  void report() const {
-    if (path_.asked.page) replaceFile(*path_.asked.page, pathPage(path_, plot_));
+  void writePage() {
+    try {
+      page_->write(pathPage(path_, plot_));
+      page_->commit();
+    } catch (const WriteError& e) {
+      throw Failure(Exit::refused, e.what());
+    }
+  }
+
+  void report() {
+    if (page_) writePage();
     if (path_.asked.common.json) {
       std::cout << pathJson(path_).dump(2) << '\n';
     } else {
@@ -204,6 +223,7 @@ class PathRun {
   PathPlot plot_;
   PathOutcome path_;
   std::optional<PathTable> table_;
+  std::optional<WholeFile> page_;
   Progress progress_;
   Stop stop_;
 };

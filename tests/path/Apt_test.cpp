@@ -113,7 +113,17 @@ TEST_P(AptFeed, HoldsForTheTargetsBehindIt) {
 INSTANTIATE_TEST_SUITE_P(Apt, AptFeed,
                          testing::Values(Feed{"FEDRAT/1200", 1200}, Feed{"FEDRAT/MMPM,1200", 1200},
                                          Feed{"FEDRAT/ 0.2 , MMPR", 0.2},
-                                         Feed{"FEDRAT/10,IPM", 254}, Feed{"fedrat/ipr,1", 25.4}));
+                                         Feed{"FEDRAT/10,IPM", 254}, Feed{"fedrat/ipr,1", 25.4},
+                                         Feed{"FEDRAT/PERMIN,5", 5},
+                                         Feed{"FEDRAT/0.1,PERREV", 0.1}));
+
+TEST(Apt, FeedsWithoutALengthAreInTheUnitOfLengths) {
+  const Read all =
+      read({"UNITS/INCHES", "FEDRAT/2,PERMIN", "GOTO/1,0,0", "FEDRAT/2,MMPM", "GOTO/2,0,0"});
+  ASSERT_EQ(all.targets.size(), 2u);
+  EXPECT_DOUBLE_EQ(all.targets[0].feed, 50.8);
+  EXPECT_DOUBLE_EQ(all.targets[1].feed, 2);
+}
 
 TEST(Apt, RapidIsForTheNextTargetAlone) {
   const Read all = read({"FEDRAT/500", "RAPID", "GOTO/1,0,0", "GOTO/2,0,0"});

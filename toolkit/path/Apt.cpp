@@ -192,12 +192,20 @@ void AptReader::take(const double* numbers, std::size_t count) {
   if (take_) take_(target, pieces_.front().line);
 }
 
+/// In mm, of the words that may stand beside a feed; those without a length are in what UNITS says.
+std::optional<double> AptReader::feedUnit(const std::string& word) const {
+  if (word == "MMPM" || word == "MMPR") return 1.0;
+  if (word == "IPM" || word == "IPR") return kInch;
+  if (word == "PERMIN" || word == "PERREV") return unit_;
+  return {};
+}
+
 std::optional<AptProblem> AptReader::readFeed(Cursor& cursor) {
   const std::string wanted =
-      in("expected FEDRAT/ with one number from 0 up and its unit MMPM, "
-         "MMPR, IPM or IPR, or none, found ",
-         "FEDRAT/ avec un nombre positif et son unité MMPM, MMPR, IPM ou "
-         "IPR, ou aucune, attendu, trouvé : ");
+      in("expected FEDRAT/ with one number from 0 up and its unit MMPM, MMPR, IPM, IPR, PERMIN or "
+         "PERREV, or none, found ",
+         "FEDRAT/ avec un nombre positif et son unité MMPM, MMPR, IPM, IPR, PERMIN ou PERREV, ou "
+         "aucune, attendu, trouvé : ");
   if (!cursor.take('/')) return problemAt(cursor.at(), wanted + quoted(cursor.here()));
   std::optional<double> feed;
   std::optional<double> unit;
@@ -208,10 +216,9 @@ std::optional<AptProblem> AptReader::readFeed(Cursor& cursor) {
     if (!feed && cursor.take(number)) {
       feed = number;
     } else {
-      const std::string word = cursor.word();
-      const bool isMm = word == "MMPM" || word == "MMPR", isInch = word == "IPM" || word == "IPR";
-      if (unit || (!isMm && !isInch)) return problemAt(at, wanted + quoted(item));
-      unit = isMm ? 1.0 : kInch;
+      const std::optional<double> named = feedUnit(cursor.word());
+      if (unit || !named) return problemAt(at, wanted + quoted(item));
+      unit = *named;
     }
   } while (cursor.take(','));
   const double value = feed.value_or(-1.0) * unit.value_or(unit_);

@@ -29,8 +29,8 @@ struct AptProblem {
 ///
 ///   GOTO/x,y,z,i,j,k   a target: the tip (mm), and the direction from tip to spindle
 ///   GOTO/x,y,z         the same with the last direction; before the first one 0,0,1
-///   FEDRAT/f           the feed of the targets behind it, with MMPM, MMPR, IPM or IPR on either
-///                      side of the number, which says its unit
+///   FEDRAT/f           the feed of the targets behind it, with MMPM, MMPR, IPM, IPR, PERMIN or
+///                      PERREV on either side of the number, which says its unit
 ///   RAPID              the next target has no feed but is reached in rapid: kRapid
 ///   UNITS/MM  UNITS/INCHES   what lengths and feeds without a unit of their own are in from here
 ///                      on; an inch is 25.4 mm
@@ -72,6 +72,7 @@ class KORVO_TOOLKIT_API AptReader {
   Problem statement();
   Problem readGoto(Cursor& cursor);
   Problem readFeed(Cursor& cursor);
+  std::optional<double> feedUnit(const std::string& word) const;
   Problem readUnits(Cursor& cursor);
   void skip(std::string word);
   void take(const double* numbers, std::size_t count);
