@@ -40,7 +40,7 @@ class EveryChoice {
  public:
   EveryChoice(const Rules& rules, const ToolpathOptions& options,
               const std::vector<std::vector<Solution>>& lists)
-      : rules_(rules), options_(options), lists_(lists) {
+      : rules_(rules), lists_(lists) {
     go(0, options.start ? &*options.start : nullptr, true, 0, 0.0);
   }
 
@@ -64,7 +64,6 @@ class EveryChoice {
   }
 
   const Rules& rules_;
-  const ToolpathOptions& options_;
   const std::vector<std::vector<Solution>>& lists_;
   Counted best_{~std::size_t{0}, 0.0};
 };

@@ -69,6 +69,13 @@ double turnsInto(const Joint& joint, double low, double high) {
   return least;
 }
 
+/// What leaves less, then what is easier to do.
+bool isFirst(const PathAdvice& a, const PathAdvice& b) {
+  if (a.after < b.after || b.after < a.after) return a.after < b.after;
+  if (a.kind != b.kind) return a.kind < b.kind;
+  return a.place != b.place ? a.place < b.place : a.more < b.more;
+}
+
 class Advisor {
  public:
   Advisor(const Machine& machine, const ToolpathOptions& options, Targets targets,
@@ -91,8 +98,7 @@ class Advisor {
       for (const Joint& joint : chain_.joints) moveLimit(joint);
     }
     beginElsewhere();
-    std::stable_sort(all_.begin(), all_.end(),
-                     [](const auto& a, const auto& b) { return a.after < b.after; });
+    std::sort(all_.begin(), all_.end(), isFirst);
     return std::move(all_);
   }
 
@@ -255,8 +261,10 @@ class Advisor {
       const double value = joint.min + (joint.max - joint.min) * i / (kPlaces - 1);
       if (std::abs(value - now) > kSamePlace) places.push_back(value);
     }
-    std::stable_sort(places.begin(), places.end(),
-                     [now](double a, double b) { return std::abs(a - now) < std::abs(b - now); });
+    std::sort(places.begin(), places.end(), [now](double a, double b) {
+      const double wayToA = std::abs(a - now), wayToB = std::abs(b - now);
+      return wayToA != wayToB ? wayToA < wayToB : a < b;
+    });
     return places;
   }
 

@@ -96,8 +96,10 @@ PathAxes::PathAxes(const JointChain& chain, const ToolpathOptions& options) {
   const auto rank = [](const PathAxis& a) {
     return a.isWound && !a.isEndless ? 0 : a.isTurn ? 1 : 2;
   };
-  std::stable_sort(axes_.begin(), axes_.end(),
-                   [&](const PathAxis& a, const PathAxis& b) { return rank(a) < rank(b); });
+  const auto isBefore = [&](const PathAxis& a, const PathAxis& b) { return rank(a) < rank(b); };
+  for (auto next = axes_.begin(); next != axes_.end(); ++next) {  // equal ones keep their order
+    std::rotate(std::upper_bound(axes_.begin(), next, *next, isBefore), next, next + 1);
+  }
   while (limited_ < axes_.size() && rank(axes_[limited_]) == 0) ++limited_;
 }
 
