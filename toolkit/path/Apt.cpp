@@ -218,7 +218,7 @@ std::optional<AptProblem> AptReader::readFeed(Cursor& cursor) {
     } else {
       const std::optional<double> named = feedUnit(cursor.word());
       if (unit || !named) return problemAt(at, wanted + quoted(item));
-      unit = *named;
+      unit = named;
     }
   } while (cursor.take(','));
   const double value = feed.value_or(-1.0) * unit.value_or(unit_);
