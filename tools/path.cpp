@@ -124,7 +124,6 @@ void checkTogether(const PathOptions& o) {
   }
   languageOf(o.language);
   checkFiles(o);
-  if (o.common.strategy) say("korvo: warning: --strategy plays no part in 'path'");
 }
 
 void refuseMachineFile(const PathOptions& o, const Session& session) {
@@ -260,7 +259,7 @@ void addPath(CLI::App& app, Exit& exit) {
   CLI::App* verb = app.add_subcommand(
       "path", "Put the tool on a whole toolpath: the best continuous way of all axes");
   const auto o = std::make_shared<PathOptions>();
-  addCommonOptions(*verb, o->common);
+  addCommonOptions(*verb, o->common, {"--strategy"});
   verb->add_option("TARGETS", o->targets)
       ->required()
       ->option_text(
