@@ -50,6 +50,46 @@ std::unique_ptr<KMachine> torch(const TorchLimits& limits = {}) {
   return torchLines(limits, {-1, 0, -1}, {1000, 0, 1300}).load();
 }
 
+// Every joint but the last, which is free, has two turns within one of its start at zero; one that
+// stands there has three.
+TEST(SolverArmFamily, WithoutLimitsGivesEveryTurnWithinOneOfTheStart) {
+  MachineLines lines = torchLines({}, {-1, 0, -1}, {1000, 0, 1300});
+  for (AxisLine& joint : lines.head) joint.min = -kNoLimit, joint.max = kNoLimit;
+  const auto found = solutionsOf(Solver(lines.machine()), {{900, 100, 700}, {0, 0, 1}}, {});
+  ASSERT_FALSE(found.empty());
+  const auto turnedFrom = [&](const Solution& one) {
+    return std::count_if(found.begin(), found.end(), [&](const Solution& other) {
+      for (std::size_t k = 0; k < 6; ++k) {
+        const double by = std::abs(other.values[k] - one.values[k]);
+        if (by > 1e-6 && std::abs(by - 360) > 1e-6) return false;
+      }
+      return other.branch == one.branch;
+    });
+  };
+  for (const Solution& s : found) {
+    for (const double value : s.values) EXPECT_LE(std::abs(value), 360);
+    EXPECT_EQ(s.freePlaces[0], static_cast<int>(kLast));
+    int turns = 1;
+    for (std::size_t k = 0; k < kLast; ++k) {
+      turns *= std::abs(std::remainder(s.values[k], 360)) < 1e-6 ? 3 : 2;
+    }
+    EXPECT_EQ(turnedFrom(s), turns);
+  }
+}
+
+// Numbers so large that the turns between them cannot be counted, and squares that overflow.
+TEST(SolverArmFamily, ComesToAnEndFarFromEverything) {
+  MachineLines lines = torchLines({}, {-1, 0, -1}, {1000, 0, 1300});
+  for (AxisLine& joint : lines.head) joint.min = -kNoLimit, joint.max = kNoLimit;
+  const Solver solver(lines.machine());
+  Values start{};
+  start.fill(1e30);
+  for (const Solution& s : solutionsOf(solver, {{900, 100, 700}, {0, 0, 1}}, start)) {
+    EXPECT_TRUE(s.residual.isReached());
+  }
+  EXPECT_TRUE(solutionsOf(solver, {{-1.5e173, 1.4e306, 1.4e306}, {0, 0, 1}}, {}).empty());
+}
+
 /// Next to the stretched elbow: what the tool may be turned by is less than a degree or two.
 TEST(SolverArmFamily, MeetsATargetThatFewTurnsOfTheToolReach) {
   const auto machine = torch();
