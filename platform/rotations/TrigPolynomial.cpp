@@ -41,7 +41,7 @@ class Extremes {
       : slope_(f.derivative()),
         curve_(slope_.derivative()),
         bound_(std::hypot(f.c1, f.s1) + 8 * std::hypot(f.c2, f.s2)) {
-    if (bound_ == 0) return;  // a constant has none
+    if (!(bound_ > 0) || !std::isfinite(bound_)) return;  // a constant has none
     const auto end = [](int i) { return kFirst + i * (kTurn / kIntervals); };
     const double first = slope_.at(sinCos(end(0)));
     double before = first;

@@ -50,6 +50,43 @@ std::unique_ptr<KMachine> torch(const TorchLimits& limits = {}) {
   return torchLines(limits, {-1, 0, -1}, {1000, 0, 1300}).load();
 }
 
+// Every joint but the last, which is free, has two turns within one of its start.
+TEST(SolverArmFamily, WithoutLimitsGivesEveryTurnWithinOneOfTheStart) {
+  MachineLines lines = torchLines({}, {-1, 0, -1}, {1000, 0, 1300});
+  for (AxisLine& joint : lines.head) joint.min = -kNoLimit, joint.max = kNoLimit;
+  Values start{};
+  std::fill_n(start.begin(), 6, 11.0);
+  const auto found = solutionsOf(Solver(lines.machine()), {{900, 100, 700}, {0, 0, 1}}, start);
+  ASSERT_FALSE(found.empty());
+  const auto turnedFrom = [&](const Solution& one) {
+    return std::count_if(found.begin(), found.end(), [&](const Solution& other) {
+      for (std::size_t k = 0; k < 6; ++k) {
+        const double by = std::abs(other.values[k] - one.values[k]);
+        if (by > 1e-6 && std::abs(by - 360) > 1e-6) return false;
+      }
+      return other.branch == one.branch;
+    });
+  };
+  for (const Solution& s : found) {
+    for (std::size_t k = 0; k < 6; ++k) EXPECT_LE(std::abs(s.values[k] - start[k]), 360);
+    EXPECT_EQ(s.freePlaces[0], static_cast<int>(kLast));
+    EXPECT_EQ(turnedFrom(s), 32);
+  }
+}
+
+// Numbers so large that the turns between them cannot be counted, and squares that overflow.
+TEST(SolverArmFamily, ComesToAnEndFarFromEverything) {
+  MachineLines lines = torchLines({}, {-1, 0, -1}, {1000, 0, 1300});
+  for (AxisLine& joint : lines.head) joint.min = -kNoLimit, joint.max = kNoLimit;
+  const Solver solver(lines.machine());
+  Values start{};
+  start.fill(1e30);
+  for (const Solution& s : solutionsOf(solver, {{900, 100, 700}, {0, 0, 1}}, start)) {
+    EXPECT_TRUE(s.residual.isReached());
+  }
+  EXPECT_TRUE(solutionsOf(solver, {{-1.5e173, 1.4e306, 1.4e306}, {0, 0, 1}}, {}).empty());
+}
+
 /// Next to the stretched elbow: what the tool may be turned by is less than a degree or two.
 TEST(SolverArmFamily, MeetsATargetThatFewTurnsOfTheToolReach) {
   const auto machine = torch();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "toolkit/solve/Core.h"
 
@@ -96,10 +97,9 @@ PathAxes::PathAxes(const JointChain& chain, const ToolpathOptions& options) {
   const auto rank = [](const PathAxis& a) {
     return a.isWound && !a.isEndless ? 0 : a.isTurn ? 1 : 2;
   };
-  const auto isBefore = [&](const PathAxis& a, const PathAxis& b) { return rank(a) < rank(b); };
-  for (auto next = axes_.begin(); next != axes_.end(); ++next) {  // equal ones keep their order
-    std::rotate(std::upper_bound(axes_.begin(), next, *next, isBefore), next, next + 1);
-  }
+  std::sort(axes_.begin(), axes_.end(), [&](const PathAxis& a, const PathAxis& b) {
+    return std::pair(rank(a), a.place) < std::pair(rank(b), b.place);
+  });
   while (limited_ < axes_.size() && rank(axes_[limited_]) == 0) ++limited_;
 }
 

@@ -429,16 +429,30 @@ class ArmTask {
     for (int k = 0; k < 6; ++k) {
       const Joint joint = pinned(k);
       const auto [low, high] = listedRange(joint, start(k));
-      const bool isEndless = query_.limits == Limits::ignored && !joint.isLocked;
-      circle.ranges[at(k)] = {low, high, start(k), isEndless};
+      const bool isUnbound = query_.limits == Limits::ignored && !joint.isLocked;
+      circle.ranges[at(k)] = {low, high, start(k), isUnbound || isEndless(joint)};
     }
     return circle;
   }
 
-  void addMembers(const ArmMembers& members, const std::array<int, 2>& freePlaces) {
-    for (const ArmMember& member : members.list) {
-      for (int k = 0; k < 6; ++k) value(k) = member.way.degrees[at(k)];
-      add(query_, values_, member.way.branch, member.way.singular, freePlaces);
+  static bool isEndless(const Joint& joint) {
+    return std::isinf(joint.min) && std::isinf(joint.max);
+  }
+
+  void addMembers(const ArmMembers& members, int free, const std::array<int, 2>& freePlaces) {
+    for (const ArmMember& member : members.list) addTurned(member.way, free, 0, freePlaces);
+  }
+
+  /// With all turns of the joints from `next` on that have no limits, but for the one that is free.
+  void addTurned(const ArmWay& way, int free, int next, const std::array<int, 2>& freePlaces) {
+    if (next == 6) return add(query_, values_, way.branch, way.singular, freePlaces);
+    const double degrees = way.degrees[at(next)];
+    const bool isTurned = next != free && isEndless(pinned(next));
+    const TurnRange range = isTurned ? turnsOf(pinned(next), degrees, start(next), query_.limits)
+                                     : TurnRange{degrees, 1};
+    for (int k = 0; k < range.count; ++k) {
+      value(next) = range[k];
+      addTurned(way, free, next + 1, freePlaces);
     }
   }
 
@@ -451,7 +465,7 @@ class ArmTask {
       return waysAt(turnedFrame(shortest, angle), side);
     };
     followCircle(circle, members);
-    addMembers(members, {place(5), -1});
+    addMembers(members, 5, {place(5), -1});
     isFreeOnly_ = true;
     for (const double angle : members.singular) {
       byFrame(turnedFrame(shortest, angle), {place(5), -1});
@@ -556,7 +570,7 @@ class ArmTask {
     ArmCircle circle = circleOf(free);
     circle.waysAt = [&waysAt](double angle, const Branch*) { return waysAt(angle); };
     followCircle(circle, members);
-    addMembers(members, freePlaces);
+    addMembers(members, free, freePlaces);
     const bool wasFreeOnly = std::exchange(isFreeOnly_, true);
     for (const double angle : members.singular) {
       standAt(angle);

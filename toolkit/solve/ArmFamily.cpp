@@ -19,7 +19,8 @@ constexpr double kSlopeStep = 1e-5;  ///< rad between the places of which slopes
 constexpr double kShortest = 1e-10;  ///< rad: what changes within this is a jump.
 constexpr double kMostTurned = 30;   ///< Degrees in one step.
 constexpr int kFewestSteps = 16;
-constexpr double kStill = 1e-6;  ///< Degrees in one step that count as none.
+constexpr int kMostHalvings = 10000;  ///< Ways that rounding alone places jump everywhere.
+constexpr double kStill = 1e-6;       ///< Degrees in one step that count as none.
 
 /// A joint within this (degrees) of a limit stands on it: a root is no surer next to a fold. The
 /// residual decides.
@@ -406,7 +407,7 @@ class Follower {
     Angles middle;
     for (std::size_t j = 0; j < 6; ++j) middle[j] = std::midpoint(a.degrees[j], b.degrees[j]);
     Stop m;
-    if (std::abs(run.at(b.x) - run.at(a.x)) < kShortest ||
+    if (std::abs(run.at(b.x) - run.at(a.x)) < kShortest || ++halvings_ > kMostHalvings ||
         !stopAt(run, std::midpoint(a.x, b.x), middle, m)) {
       s_.now.clear();
       return touch(run, b);
@@ -527,21 +528,24 @@ class Follower {
   /// of two places.
   template <typename Visit>
   void forEachTurn(const Angles& a, const Angles& b, Visit visit) const {
-    Angles first{}, last{};
+    Angles first{};
+    std::array<int, 6> counts{1, 1, 1, 1, 1, 1};
     for (std::size_t j = 0; j < 6; ++j) {
       if (circle_.ranges[j].isEndless) continue;
       const auto [low, high] = std::minmax(a[j], b[j]);
       first[j] = kTurn * std::ceil((circle_.ranges[j].min - kAtLimit - low) / kTurn);
-      last[j] = kTurn * std::floor((circle_.ranges[j].max + kAtLimit - high) / kTurn);
-      if (last[j] < first[j]) return;
+      const double last = kTurn * std::floor((circle_.ranges[j].max + kAtLimit - high) / kTurn);
+      counts[j] = turnCount(first[j], last);
+      if (counts[j] == 0) return;
     }
+    std::array<int, 6> k{};
     Angles turns = first;
     for (std::size_t j = 0; j < 6;) {
       visit(turns);
       for (j = 0; j < 6; ++j) {
-        turns[j] += kTurn;
-        if (turns[j] <= last[j]) break;
-        turns[j] = first[j];
+        k[j] = k[j] + 1 < counts[j] ? k[j] + 1 : 0;
+        turns[j] = first[j] + kTurn * k[j];
+        if (k[j] > 0) break;
       }
     }
   }
@@ -654,6 +658,7 @@ class Follower {
   std::size_t free_;
   Scratch& s_;
   ArmMembers& out_;
+  int halvings_ = 0;
 };
 
 }  // namespace

@@ -112,6 +112,10 @@ struct TurnRange {
 /// within one turn of the start.
 std::array<double, 2> listedRange(const Joint& joint, double start);
 
+/// How many turns of 360 degrees there are from `first` to `last`, both included; not more than are
+/// ever listed, where the numbers are too large to count.
+int turnCount(double first, double last);
+
 TurnRange turnsOf(const Joint& joint, double degrees, double start, Limits limits);
 
 /// The value itself, or the limit that it misses by rounding alone.

@@ -64,7 +64,7 @@ class Zeros {
 
   /// In degrees, with those where it only touches zero.
   void addTo(std::vector<double>& out) const {
-    if (height_ > 0) add(0.0, 2 * std::numbers::pi, out);
+    if (height_ > 0 && std::isfinite(height_)) add(0.0, 2 * std::numbers::pi, out);
   }
 
  private:

@@ -130,9 +130,9 @@ class Family {
       const double value = freedom_.offset + freedom_.slope * degrees;
       const TurnRange range = turnsOf(other, value, start, query_.limits);
       if (range.count == 0) return false;
-      const int k = std::clamp(static_cast<int>(std::lround((start - range.first) / kTurn)), 0,
-                               range.count - 1);
-      query_.value(freedom_.other, values) = onLimit(other, range[k]);
+      const double turn = std::round((start - range.first) / kTurn);
+      const double k = std::clamp(turn, 0.0, range.count - 1.0);
+      query_.value(freedom_.other, values) = onLimit(other, range[static_cast<int>(k)]);
     }
     // Where linear joints come to lie in one plane they carry the tip as near as they can.
     return carry(query_, values) && (query_.takesMissed || residualOf(query_, values).isReached());
