@@ -252,6 +252,36 @@ class Report(PathCommandLine):
         answer = self.report(spiral(25), machine=narrow)
         self.assertEqual([b["kind"] for b in answer["breaks"]["first"]], ["side-changed"])
 
+    # Through the pole, the part on C and B to one side alone: C turns by 180 where the tool is
+    # upright, and 100 mm off C the tip would leave its place if X and Y went straight meanwhile.
+    def test_says_where_the_tool_has_to_stand(self):
+        machine = self.write("side.def", """\
+frame
+rotation=C,6,z,0,0,0,0,0
+part=x,y,0,0,0
+lien=BATI
+axis=X,1,x
+axis=Y,2,y
+axis=Z,3,z
+rotation=B,5,y,0,0,0,0,0
+tool=z,0,0,0
+limits=C,-400,400
+limits=B,0,110
+""")
+        targets = [pointing(5, 30, (100, 0, 0)), pointing(5, 210, (109, 0, 0))]
+        options = ("--step", "C=360", "--tolerance", "0.01,0.1")
+        answer = self.report(targets, *options, machine=machine, code=NO)
+        self.assertEqual((answer["breaks"]["count"], answer["standing"]["count"]), (0, 1))
+        first = answer["standing"]["first"][0]
+        self.assertEqual((first["target"], first["axis"]), (2, "C"))
+        self.assertAlmostEqual(first["way"], 0.5, delta=0.02)
+        self.assertAlmostEqual(first["by"], 180, delta=1)
+        text = self.run_path(targets, *options, machine=machine).stdout
+        self.assertIn("NO: 1 place where the tool stands\n", text)
+        self.assertRegex(text, r"on the way to target 2 \(line 3\), after (49|50) percent: the "
+                               r"tool stands while C goes (179|180)[.\d]* degrees\n")
+        self.assertTrue(self.report(targets, *options[:2], machine=machine)["fits"])
+
     def test_lists_are_cut_and_counted(self):
         answer = self.report(spiral(1300, 0.5), "--step", "C=0.1", "--weight", "B=1000",
                              "--no-advice")
