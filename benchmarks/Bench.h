@@ -103,6 +103,7 @@ void addBodies();
 void addExternal();
 void addTables();
 void addSolver();
+void addPath();
 void addExport();
 
 }  // namespace korvo::bench

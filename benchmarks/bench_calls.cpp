@@ -3,6 +3,7 @@
 //
 //   bench_calls CALL            runs that call
 //   bench_calls stl-peak FILE   prints the peak resident memory, MB, of loading it
+//   bench_calls path-peak COUNT prints how many bytes a target a toolpath takes beside its targets
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -11,6 +12,7 @@
 
 #include "benchmarks/Child.h"
 #include "benchmarks/Scratch.h"
+#include "benchmarks/Swirl.h"
 #include "platform/zgeo/UTri.h"
 #include "toolkit/Machine.h"
 #include "toolkit/solve/Solver.h"
@@ -137,10 +139,21 @@ int printPeak(const std::string& path) {
   return 0;
 }
 
+int printPathPeak(int count) {
+  const Machine machine = example("table-ac");
+  const auto targets = korvo::bench::swirl(machine, count);
+  const double before = korvo::bench::ownPeak();
+  double last = 0.0;
+  korvo::Toolpath(machine).run(targets, [&](const korvo::PathPosition& p) { last = p.values[0]; });
+  std::printf("%.1f\n", (korvo::bench::ownPeak() - before) * 1e6 / count);
+  return last > 1e9 ? 1 : 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc == 3 && std::string(argv[1]) == "stl-peak") return printPeak(argv[2]);
+  if (argc == 3 && std::string(argv[1]) == "path-peak") return printPathPeak(std::atoi(argv[2]));
   const auto found = calls().find(argc == 2 ? argv[1] : "");
   if (found != calls().end()) {
     found->second();

@@ -37,6 +37,7 @@ int main(int argc, char** argv) {
   addInverse();
   addLimits();
   addSolver();
+  addPath();
   addExternal();
   addLoad();
   addStl();
