@@ -26,16 +26,24 @@ void ChainWalk::takeLong(const std::vector<KMachineElem>& elements, const KMachi
 // Deliberate: an inverted element moves in its declared sense what hangs on it; only as the target
 // it leaves its own motion out. Tests: KMachineForward.InvertedTargetLeavesOutItsOwnMotion and
 // .InvertedAxisTurnsWhatHangsOnItInItsDeclaredSense.
-UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v, const KMachineElem* e) {
+UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v, const ChainWalk& chain) {
   Placement motion;
   const AxisValues values(machine, v);
-  const ChainWalk chain(machine.elements, e);
   ChainTurns turns(values, chain.end());
   for (const KMachineElem* const* at = chain.begin(); at != chain.end(); ++at) {
-    if (*at == e && e->isInverted()) break;  // moved only by what carries it
+    if (at + 1 == chain.end() && (*at)->isInverted()) break;  // moved only by what carries it
     moveByOwn(values, **at, motion, [&] { return turns.at(at); });
   }
   return motion.matrix();
+}
+
+// Deliberate: elements hooked to one of the chain are stored for the host and get nothing.
+// Test: KMachineForward.HookedElementsGetNothingFromUpdateDHm.
+void updateRecords(const MachineView& machine, const KMachineValueBase& v, const ChainWalk& chain) {
+  const AxisValues values(machine, v);
+  for (const KMachineElem* e : chain) {
+    if (e->isActive() && e->getElemIndex() > 0) e->setUMVValue(values[*e]);
+  }
 }
 
 namespace {

@@ -140,9 +140,12 @@ void walkMotions(const MachineView& machine, const KMachineValueBase& v, const C
 }
 
 /// Motion matrix of the last element of its chain: all motions before it and, unless it is
-/// inverted, its own. Identity for null.
+/// inverted, its own. Identity for an empty chain.
 zgeo::UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v,
-                       const KMachineElem* e);
+                       const ChainWalk& chain);
+
+/// Writes the position into the current Denavit-Hartenberg values of a chain's axes.
+void updateRecords(const MachineView& machine, const KMachineValueBase& v, const ChainWalk& chain);
 
 /// Motion matrices of all elements in rank order, in one pass: each element's placement is computed
 /// once, from its predecessor's, by the same steps as `motionOf`.

@@ -9,7 +9,7 @@ using zgeo::UVec3d;
 namespace zkin {
 
 UMatrix KMachine::getMatrix(const KMachineValueBase& v, const KMachineElem* e) const {
-  return motionOf({elements_, axisValueIndex_}, v, e);
+  return motionOf({elements_, axisValueIndex_}, v, ChainWalk(elements_, e));
 }
 
 UMatrix KMachine::getMatrix(const KMachineValueBase& v, int elemIndex) const {
@@ -95,14 +95,8 @@ bool KMachine::setTHELength(double length, int tool) const {
   return e != nullptr;
 }
 
-// Deliberate: elements hooked to one of the chain are stored for the host and get nothing.
-// Test: KMachineForward.HookedElementsGetNothingFromUpdateDHm.
 void KMachine::updateDHm(const KMachineValueBase& v, int tool) const {
-  const AxisValues values({elements_, axisValueIndex_}, v);
-  const KMachineElem* e = toolElem(tool);
-  for (const KMachineElem* c : ChainWalk(elements_, e)) {
-    if (c->isActive() && c->getElemIndex() > 0) c->setUMVValue(values[*c]);
-  }
+  updateRecords({elements_, axisValueIndex_}, v, ChainWalk(elements_, toolElem(tool)));
 }
 
 }  // namespace zkin
