@@ -27,17 +27,19 @@ UMatrix KMachine::getMatrix1(const KMachineValueBase& v) const {
 UMatrix KMachine::getMatrix(const KMachineValueBase& v) const { return getMatrix_H2T(v); }
 
 UMatrix KMachine::getMatrix_H2T(const KMachineValueBase& v) const {
-  const KMachineElem* tool = toolElem(currentTool_);
-  UMatrix motion = getMatrix(v, tool);
-  if (tool) motion.setOrigin(motion * tool->getElemPivot());
+  const ChainWalk chain = toolChain(currentTool_);
+  const Placement placed = placementOf({elements_, axisValueIndex_}, v, chain);
+  UMatrix motion = placed.matrix();
+  if (chain.last()) motion.setOrigin(placed * chain.last()->getElemPivot());
   return motion;
 }
 
 // Deliberate: a gun slides forward by its length, which is part of its motion, and the tip lies the
 // length back from there. Test: KMachineForward.TipFrameOfAGunCountsItsLengthTwice.
 UMatrix KMachine::getMatrix_TP2U(const KMachineValueBase& v) const {
-  const KMachineElem* tool = toolElem(currentTool_);
-  const UMatrix motion = getMatrix(v, tool);
+  const ChainWalk chain = toolChain(currentTool_);
+  const KMachineElem* tool = chain.last();
+  const UMatrix motion = motionOf({elements_, axisValueIndex_}, v, chain);
   UVec3d point, dir;
   if (tool) {
     point = motion * tool->getElemPivot();
@@ -53,12 +55,12 @@ UMatrix KMachine::getMatrix_TP2U(const KMachineValueBase& v) const {
 }
 
 bool KMachine::getTool(const KMachineValueBase& v, UVec3d& pos, UVec3d& dir, int tool) const {
-  const KMachineElem* e = toolElem(tool);
+  const ChainWalk chain = toolChain(tool);
+  const KMachineElem* e = chain.last();
   if (!e) return false;
-  const UMatrix motion = getMatrix(v, e);
-  pos = motion * e->getElemPivot();
-  dir = e->getElemAxis().normalised();
-  motion.applyDir(dir);
+  const Placement placed = placementOf({elements_, axisValueIndex_}, v, chain);
+  pos = placed * e->getElemPivot();
+  dir = placed.turned(e->getElemAxis().normalised());
   return true;
 }
 
@@ -96,7 +98,7 @@ bool KMachine::setTHELength(double length, int tool) const {
 }
 
 void KMachine::updateDHm(const KMachineValueBase& v, int tool) const {
-  updateRecords({elements_, axisValueIndex_}, v, ChainWalk(elements_, toolElem(tool)));
+  updateRecords({elements_, axisValueIndex_}, v, toolChain(tool));
 }
 
 }  // namespace zkin

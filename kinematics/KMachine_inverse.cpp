@@ -63,8 +63,7 @@ int KMachine::solveConfig1(const KMachineValueBase& current, const UVec3d& pos, 
 }
 
 SolveView KMachine::solveView() const {
-  const KMachineElem* tool = toolElem(-1);
-  return {{elements_, axisValueIndex_}, tool, ChainWalk(elements_, tool), axisNum_, strategy_};
+  return {{elements_, axisValueIndex_}, toolChain(-1), axisNum_, strategy_};
 }
 
 // --- all positions
@@ -84,7 +83,7 @@ int KMachine::getPossibleAngles(const UVec3d& dir, std::vector<KMachineValueBase
   const OwnedValue seed(newMachineValue()), solved(newMachineValue());
   if (!seed || !solved) return 0;
   SolutionList known(out);
-  Seeds seeds({elements_, axisValueIndex_}, ChainWalk(elements_, toolElem(tool)));
+  Seeds seeds({elements_, axisValueIndex_}, toolChain(tool));
   while (seeds.next(*seed)) {
     // Deliberate: seeds come from `tool`'s chain, the current tool is solved
     // (TwoTools.StartsAreThoseOfTheToolAskedFor).

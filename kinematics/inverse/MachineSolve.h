@@ -8,10 +8,10 @@ namespace zkin {
 /// What the solvers need of a machine: where its axes are, which tool, which strategy.
 struct SolveView {
   MachineView machine;
-  const KMachineElem* tool;  ///< Null when the current tool has no element.
-  ChainWalk chain;           ///< The tool's; empty without one.
+  ChainWalk chain;  ///< Of the current tool; empty when it has no element.
   int axisNum;
   int strategy;
+  const KMachineElem* tool = chain.last();
 };
 
 /// A wanted tool tip (mm) and unit tool direction, in the machine frame.

@@ -12,8 +12,7 @@ std::vector<MovedAxis>& emptyList() {
 
 }  // namespace
 
-Reach reachAt(const SolveView& view, const KMachineValueBase& v,
-              KMachineElem::KME_TYPE type) {
+Reach reachAt(const SolveView& view, const KMachineValueBase& v, KMachineElem::KME_TYPE type) {
   Reach reach{{}, {}, emptyList()};
   walkMotions(view.machine, v, view.chain, [&](const KMachineElem& e, const Placement& motion) {
     if (e.getElemType() == type && !e.isLocked() && hasPlace(view.machine, e)) {
