@@ -23,8 +23,7 @@ ChainWalk::ChainWalk(const std::vector<KMachineElem>& elements, const std::vecto
     to = heap_.data();
   }
   first_ = to;
-  const KMachineElem* const all = elements.data();
-  for (const int rank : ranks) *to++ = all + rank;
+  for (const int rank : ranks) *to++ = &elements[rank];
 }
 
 void ChainWalk::takeLong(const std::vector<KMachineElem>& elements, const KMachineElem* e) {

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <map>
 #include <new>
+#include <utility>
 
 #include "kinematics/ChainAnalysis.h"
 #include "kinematics/ChainWalk.h"
@@ -164,7 +166,9 @@ void KMachine::learnChains(int tools) {
     const ChainWalk chain(elements_, toolElem(t));
     std::vector<int>& ranks = toolChains_.emplace_back();
     ranks.reserve(chain.size());
-    for (const KMachineElem* e : chain) ranks.push_back(static_cast<int>(e - elements_.data()));
+    for (const KMachineElem* e : chain) {
+      ranks.push_back(static_cast<int>(std::distance(std::as_const(elements_).data(), e)));
+    }
   }
 }
 
