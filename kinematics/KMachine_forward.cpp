@@ -28,10 +28,9 @@ UMatrix KMachine::getMatrix(const KMachineValueBase& v) const { return getMatrix
 
 UMatrix KMachine::getMatrix_H2T(const KMachineValueBase& v) const {
   const ChainWalk chain = toolChain(currentTool_);
-  const Placement placed = placementOf({elements_, axisValueIndex_}, v, chain);
-  UMatrix motion = placed.matrix();
-  if (chain.last()) motion.setOrigin(placed * chain.last()->getElemPivot());
-  return motion;
+  Placement placed = placementOf({elements_, axisValueIndex_}, v, chain);
+  if (chain.last()) placed.slide(chain.last()->getElemPivot());
+  return placed.matrix();
 }
 
 // Deliberate: a gun slides forward by its length, which is part of its motion, and the tip lies the
