@@ -361,6 +361,8 @@ class KORVO_KINEMATICS_API KMachine {
   void initTools();
   _sUKine recordOf(int tool) const;
   SolveView solveView() const;
+  int solve(const SolveView& view, const KMachineValueBase& current, const zgeo::UVec3d& pos,
+            const zgeo::UVec3d& dir, KMachineValueBase& out) const;  ///< As `getConfigPlus`.
   int countOutside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&),
                    std::vector<int>* out) const;
 

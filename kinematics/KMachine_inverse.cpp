@@ -19,8 +19,14 @@ namespace zkin {
 
 int KMachine::getConfigPlus(const KMachineValueBase& current, const UVec3d& pos, const UVec3d& dir,
                             KMachineValueBase& out) const try {
+  return solve(solveView(), current, pos, dir, out);
+} catch (const std::bad_alloc&) {
+  return -1;
+}
+
+int KMachine::solve(const SolveView& view, const KMachineValueBase& current, const UVec3d& pos,
+                    const UVec3d& dir, KMachineValueBase& out) const try {
   const UVec3d n = dir.normalised();
-  const SolveView view = solveView();
   updateRecords(view.machine, current, view.chain);
   // Deliberate: without a record of the current tool the last one found anywhere decides
   // (WithoutCurrentTool.TheRecordOfTheLastToolLeadsToFailure).
@@ -84,10 +90,11 @@ int KMachine::getPossibleAngles(const UVec3d& dir, std::vector<KMachineValueBase
   if (!seed || !solved) return 0;
   SolutionList known(out);
   Seeds seeds({elements_, axisValueIndex_}, toolChain(tool));
+  const SolveView view = solveView();
   while (seeds.next(*seed)) {
     // Deliberate: seeds come from `tool`'s chain, the current tool is solved
     // (TwoTools.StartsAreThoseOfTheToolAskedFor).
-    if (getConfigPlus(*seed, UVec3d(), dir, *solved) != 0) {
+    if (solve(view, *seed, UVec3d(), dir, *solved) != 0) {
       UTools::_trace(L"** NO SOLUTION");
     } else if (countOutside(*solved, isRotary, nullptr) == 0 && !known.holds(*solved)) {
       OwnedValue entry(newMachineValue(*solved));

@@ -301,11 +301,10 @@ int solveArm(const SolveView& view, const KMachineValueBase& current, const Targ
   current.dump(L"\n--solveConfig1", true);
   target.point.dump(L" pos", true);
   target.dir.dump(L" dir", false);
-  const ChainWalk walk(view.machine.elements, view.tool);
   // Once warm, solving allocates nothing; the list is taken out, for a trace sink may solve too.
   thread_local Chain spare;
   Chain chain = std::move(spare);
-  chain.assign(walk.begin(), walk.end());
+  chain.assign(view.chain.begin(), view.chain.end());
   std::erase_if(chain, [](const KMachineElem* e) { return !e->isActive(); });
   const auto j1 = std::find_if(chain.begin(), chain.end(), [](const KMachineElem* e) {
     return e->getElemType() == KMachineElem::KMET_TYPE_AROT;
