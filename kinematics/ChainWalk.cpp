@@ -15,6 +15,17 @@ ChainWalk::ChainWalk(const std::vector<KMachineElem>& elements, const KMachineEl
   if (e) takeLong(elements, e);
 }
 
+ChainWalk::ChainWalk(const std::vector<KMachineElem>& elements, const std::vector<int>& ranks)
+    : size_(ranks.size()) {
+  const KMachineElem** to = fixed_;
+  if (size_ > std::size(fixed_)) {
+    heap_.resize(size_);
+    to = heap_.data();
+  }
+  first_ = to;
+  for (const int rank : ranks) *to++ = &elements[rank];
+}
+
 void ChainWalk::takeLong(const std::vector<KMachineElem>& elements, const KMachineElem* e) {
   heap_.assign(std::rbegin(fixed_), std::rend(fixed_));
   for (; e; e = elementOf(elements, e->getPrevIndex())) heap_.push_back(e);
@@ -26,16 +37,25 @@ void ChainWalk::takeLong(const std::vector<KMachineElem>& elements, const KMachi
 // Deliberate: an inverted element moves in its declared sense what hangs on it; only as the target
 // it leaves its own motion out. Tests: KMachineForward.InvertedTargetLeavesOutItsOwnMotion and
 // .InvertedAxisTurnsWhatHangsOnItInItsDeclaredSense.
-UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v, const KMachineElem* e) {
+Placement placementOf(const MachineView& machine, const KMachineValueBase& v,
+                      const ChainWalk& chain) {
   Placement motion;
   const AxisValues values(machine, v);
-  const ChainWalk chain(machine.elements, e);
   ChainTurns turns(values, chain.end());
   for (const KMachineElem* const* at = chain.begin(); at != chain.end(); ++at) {
-    if (*at == e && e->isInverted()) break;  // moved only by what carries it
+    if (at + 1 == chain.end() && (*at)->isInverted()) break;  // moved only by what carries it
     moveByOwn(values, **at, motion, [&] { return turns.at(at); });
   }
-  return motion.matrix();
+  return motion;
+}
+
+// Deliberate: elements hooked to one of the chain are stored for the host and get nothing.
+// Test: KMachineForward.HookedElementsGetNothingFromUpdateDHm.
+void updateRecords(const MachineView& machine, const KMachineValueBase& v, const ChainWalk& chain) {
+  const AxisValues values(machine, v);
+  for (const KMachineElem* e : chain) {
+    if (e->isActive() && e->getElemIndex() > 0) e->setUMVValue(values[*e]);
+  }
 }
 
 namespace {

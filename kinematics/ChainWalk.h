@@ -37,12 +37,16 @@ inline const KMachineElem* elementOf(const std::vector<KMachineElem>& elements, 
 class ChainWalk {
  public:
   ChainWalk(const std::vector<KMachineElem>& elements, const KMachineElem* e);
+  /// A chain whose ranks are known, root first.
+  ChainWalk(const std::vector<KMachineElem>& elements, const std::vector<int>& ranks);
   ChainWalk(const ChainWalk&) = delete;
   ChainWalk& operator=(const ChainWalk&) = delete;
 
   const KMachineElem* const* begin() const { return first_; }
   const KMachineElem* const* end() const { return first_ + size_; }
   std::size_t size() const { return size_; }
+  /// The element itself; null when there is none.
+  const KMachineElem* last() const { return size_ == 0 ? nullptr : first_[size_ - 1]; }
 
  private:
   void takeLong(const std::vector<KMachineElem>& elements, const KMachineElem* e);
@@ -57,18 +61,22 @@ class ChainWalk {
 class AxisValues {
  public:
   AxisValues(const MachineView& machine, const KMachineValueBase& v)
-      : places_(machine.axisValueIndex), values_(v.get()), last_(v.size() - 1) {}
+      : places_(machine.axisValueIndex.data()),
+        count_(machine.axisValueIndex.size()),
+        values_(v.get()),
+        last_(v.size() - 1) {}
 
   // Deliberate: an axis of the frame's index, or beyond the numbers, stays (test:
   // KMachineForward.AxisWithoutAPlaceInThePositionStays); one in a gap of the numbers reads the
   // first value (KMachineForward.AxisAddedInAGapOfTheNumbersMovesByTheFirstValue).
   double operator[](const KMachineElem& axis) const {
     const std::size_t k = static_cast<std::size_t>(axis.getElemIndex()) - 1;
-    return k < places_.size() ? values_[std::clamp(places_[k], 0, last_)] : 0.0;
+    return k < count_ ? values_[std::clamp(places_[k], 0, last_)] : 0.0;
   }
 
  private:
-  const std::vector<int>& places_;
+  const int* places_;
+  std::size_t count_;
   const double* values_;
   int last_;
 };
@@ -139,10 +147,18 @@ void walkMotions(const MachineView& machine, const KMachineValueBase& v, const C
   }
 }
 
-/// Motion matrix of the last element of its chain: all motions before it and, unless it is
-/// inverted, its own. Identity for null.
-zgeo::UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v,
-                       const KMachineElem* e);
+/// Where the last element of a chain is moved: by all motions before it and, unless it is inverted,
+/// by its own. As it was for an empty chain.
+Placement placementOf(const MachineView& machine, const KMachineValueBase& v,
+                      const ChainWalk& chain);
+
+inline zgeo::UMatrix motionOf(const MachineView& machine, const KMachineValueBase& v,
+                              const ChainWalk& chain) {
+  return placementOf(machine, v, chain).matrix();
+}
+
+/// Writes the position into the current Denavit-Hartenberg values of a chain's axes.
+void updateRecords(const MachineView& machine, const KMachineValueBase& v, const ChainWalk& chain);
 
 /// Motion matrices of all elements in rank order, in one pass: each element's placement is computed
 /// once, from its predecessor's, by the same steps as `motionOf`.

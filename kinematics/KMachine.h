@@ -13,6 +13,7 @@
 
 namespace zkin {
 
+class ChainWalk;
 struct SolveView;
 
 /// A machine tool: its elements, the chains that join them, and the answers to where they are.
@@ -161,8 +162,9 @@ class KORVO_KINEMATICS_API KMachine {
 
   // --- KMachine_finalise.cpp: axis numbering, kinematic class, Denavit-Hartenberg records
 
-  /// Numbers the axes, shifts version-2 limits by the legacy offset, and stores every tool's
-  /// record with `initDHm`.
+  /// Numbers the axes, shifts version-2 limits by the legacy offset, notes every tool's chain, and
+  /// stores its record with `initDHm`. Queries take the chains noted as long as no element is added
+  /// and none has another index or predecessor; else they look them up again.
   /// @return  0; -1 when there is not exactly one frame, one part and at least one tool: then no
   ///          axis is counted; tool records are made and axis elements of a run before stay.
   int finalise();
@@ -350,12 +352,17 @@ class KORVO_KINEMATICS_API KMachine {
 
  private:
   const KMachineElem* toolElem(int tool) const;  ///< Element of a tool number; below 1: current.
+  ChainWalk toolChain(int tool) const;           ///< Its chain; empty without an element.
+  bool hasLearntLinks() const;
+  void learnChains(int tools);
   bool isComplete() const;
   void numberAxes();
   void applyLegacyOffset();
   void initTools();
   _sUKine recordOf(int tool) const;
   SolveView solveView() const;
+  int solve(const SolveView& view, const KMachineValueBase& current, const zgeo::UVec3d& pos,
+            const zgeo::UVec3d& dir, KMachineValueBase& out) const;  ///< As `getConfigPlus`.
   int countOutside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&),
                    std::vector<int>* out) const;
 
@@ -367,6 +374,8 @@ class KORVO_KINEMATICS_API KMachine {
   int axisNum_ = 0;
   std::vector<int> axisValueIndex_;
   std::vector<int> axisElems_;  // ranks of the axis elements in value order: they survive copies
+  std::vector<KMachineElem::Link> links_;     // of all elements, as `finalise` found them
+  std::vector<std::vector<int>> toolChains_;  // of tool n at n - 1: its ranks by those links
   std::vector<_sUKine> kines_;
   std::vector<std::pair<int, int>> collCheck_;
   zgeo::UMatrix uni2mac_;

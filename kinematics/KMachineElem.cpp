@@ -32,11 +32,10 @@ bool sameLimit(bool hasA, double a, bool hasB, double b) {
 }  // namespace
 
 bool KMachineElem::operator==(const KMachineElem& o) const {
-  return sameText(name_, o.name_) && elemIndex_ == o.elemIndex_ && prevIndex_ == o.prevIndex_ &&
-         type_ == o.type_ && axis_ == o.axis_ && axisX_ == o.axisX_ && pivot_ == o.pivot_ &&
-         theLength_ == o.theLength_ && law_ == o.law_ && locked_ == o.locked_ &&
-         hookIndex_ == o.hookIndex_ && hookPoint_ == o.hookPoint_ && inverted_ == o.inverted_ &&
-         sameLimit(hasMin_, min_, o.hasMin_, o.min_) &&
+  return sameText(name_, o.name_) && link_ == o.link_ && type_ == o.type_ && axis_ == o.axis_ &&
+         axisX_ == o.axisX_ && pivot_ == o.pivot_ && theLength_ == o.theLength_ && law_ == o.law_ &&
+         locked_ == o.locked_ && hookIndex_ == o.hookIndex_ && hookPoint_ == o.hookPoint_ &&
+         inverted_ == o.inverted_ && sameLimit(hasMin_, min_, o.hasMin_, o.min_) &&
          sameLimit(hasMax_, max_, o.hasMax_, o.max_) && sameText(geomFile_, o.geomFile_);
 }
 
@@ -204,7 +203,7 @@ void traceBody(const KMachineElem& e) {
 
 void KMachineElem::dump(const wchar_t* const prefix) const {
   UTools::_traceTS(L"%s_", prefix);
-  UTools::_traceTS(headOf(type_), name_.c_str(), elemIndex_, prevIndex_);
+  UTools::_traceTS(headOf(type_), name_.c_str(), link_.index, link_.previous);
   UTools::_traceTS(L" <%s>", geomFile_.c_str());
   traceBody(*this);
   if (hookIndex_ != KMET_NONE) {

@@ -103,13 +103,13 @@ class KORVO_KINEMATICS_API KMachineElem {
   const zgeo::UVec3d& getElemPivot() const { return pivot_; }
   zgeo::UVec3d& getElemPivot() { return pivot_; }
   void setElemPivot(const zgeo::UVec3d& p) { pivot_ = p; }
-  int getElemIndex() const { return elemIndex_; }
-  void setElemIndex(int i) { elemIndex_ = i; }
-  void setElemIndex(KMET_INDEX i) { elemIndex_ = i; }
+  int getElemIndex() const { return link_.index; }
+  void setElemIndex(int i) { link_.index = i; }
+  void setElemIndex(KMET_INDEX i) { link_.index = i; }
   int getValueIndex() const { return valueIndex_; }
   void setValueIndex(int i) { valueIndex_ = i; }
-  int getPrevIndex() const { return prevIndex_; }
-  void setPrevIndex(int i) { prevIndex_ = i; }
+  int getPrevIndex() const { return link_.previous; }
+  void setPrevIndex(int i) { link_.previous = i; }
   const std::wstring& getElemName() const { return name_; }
   void setElemName(const std::wstring& name) { name_ = name; }
   const std::wstring& getGeomFile() const { return geomFile_; }
@@ -195,15 +195,24 @@ class KORVO_KINEMATICS_API KMachineElem {
   static zgeo::UMatrix _transitionMatrix(const _sUDHm& h);
 
  private:
+  friend class KMachine;  // keeps the links by which it has found chains
+
+  /// What an element's place in chains depends on.
+  struct Link {
+    int index = KMET_NONE;
+    int previous = KMET_NONE;
+
+    bool operator==(const Link&) const = default;
+  };
+
   _sUDHm dhmRef_;
   mutable _sUDHm dhmCur_;
   KME_TYPE type_ = KMET_TYPE_NONE;
   zgeo::UVec3d axis_;
   zgeo::UVec3d axisX_;
   zgeo::UVec3d pivot_;
-  int elemIndex_ = KMET_NONE;
+  Link link_;
   int valueIndex_ = -1;
-  int prevIndex_ = KMET_NONE;
   int hookIndex_ = KMET_NONE;
   zgeo::UVec3d hookPoint_;
   std::wstring name_;

@@ -105,6 +105,7 @@ KMachineValueBase* copyOfNothing() {
 }
 
 void dumpValues(const double* values, int n, const wchar_t* name, bool keepLine) {
+  if (!UTools::_isTracing()) return keepLine ? void() : UTools::_traceTF();
   UTools::_traceTS(L"KMV<%d> (%s) [ ", n, name);
   for (int i = 0; i < n; ++i) {
     if (i > 0) UTools::_traceTS(L" | ");

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
 #include <map>
 #include <new>
+#include <utility>
 
 #include "kinematics/ChainAnalysis.h"
+#include "kinematics/ChainWalk.h"
 #include "kinematics/DenavitHartenberg.h"
 #include "kinematics/KMachine.h"
 #include "platform/zgeo/UTools.h"
@@ -149,8 +152,24 @@ void KMachine::applyLegacyOffset() {
 // numbered with them (test: Records.FinaliseCoversAsManyNumbersAsThereAreTools); and every run
 // adds records, by the rule of addKine (Records.FinaliseMayReplaceTheSharedRecordInsteadOfStoring).
 void KMachine::initTools() {
-  const auto tools = countOf(elements_, KMachineElem::KMET_TYPE_TOOL);
+  const int tools = static_cast<int>(countOf(elements_, KMachineElem::KMET_TYPE_TOOL));
+  learnChains(tools);
   for (int t = 1; t <= tools; ++t) addKine(t, initDHm(t));
+}
+
+void KMachine::learnChains(int tools) {
+  toolChains_.clear();
+  links_.clear();
+  links_.reserve(elements_.size());
+  for (const KMachineElem& e : elements_) links_.push_back(e.link_);
+  for (int t = 1; t <= tools; ++t) {
+    const ChainWalk chain(elements_, toolElem(t));
+    std::vector<int>& ranks = toolChains_.emplace_back();
+    ranks.reserve(chain.size());
+    for (const KMachineElem* e : chain) {
+      ranks.push_back(static_cast<int>(std::distance(std::as_const(elements_).data(), e)));
+    }
+  }
 }
 
 // Deliberate: elements that several tools share keep the record of the last one set up (test:
@@ -170,8 +189,9 @@ KMachine::_sUKine KMachine::initDHm(int tool) {
 
 KMachine::_sUKine KMachine::analysis(int tool) const {
   UVec3d unused;
-  const KMachineElem* e = toolElem(tool);
-  return classify(getChain(e), getToolIndex(tool), hasRotule(unused, tool), e);
+  const Chain chain = getToolChain(false, tool);
+  return classify(chain, getToolIndex(tool), hasRotule(unused, tool),
+                  chain.empty() ? nullptr : chain.back());
 }
 
 int KMachine::hasRotule(UVec3d& centre, int tool) const {

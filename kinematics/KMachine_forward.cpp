@@ -9,7 +9,7 @@ using zgeo::UVec3d;
 namespace zkin {
 
 UMatrix KMachine::getMatrix(const KMachineValueBase& v, const KMachineElem* e) const {
-  return motionOf({elements_, axisValueIndex_}, v, e);
+  return motionOf({elements_, axisValueIndex_}, v, ChainWalk(elements_, e));
 }
 
 UMatrix KMachine::getMatrix(const KMachineValueBase& v, int elemIndex) const {
@@ -27,17 +27,18 @@ UMatrix KMachine::getMatrix1(const KMachineValueBase& v) const {
 UMatrix KMachine::getMatrix(const KMachineValueBase& v) const { return getMatrix_H2T(v); }
 
 UMatrix KMachine::getMatrix_H2T(const KMachineValueBase& v) const {
-  const KMachineElem* tool = toolElem(currentTool_);
-  UMatrix motion = getMatrix(v, tool);
-  if (tool) motion.setOrigin(motion * tool->getElemPivot());
-  return motion;
+  const ChainWalk chain = toolChain(currentTool_);
+  Placement placed = placementOf({elements_, axisValueIndex_}, v, chain);
+  if (chain.last()) placed.slide(chain.last()->getElemPivot());
+  return placed.matrix();
 }
 
 // Deliberate: a gun slides forward by its length, which is part of its motion, and the tip lies the
 // length back from there. Test: KMachineForward.TipFrameOfAGunCountsItsLengthTwice.
 UMatrix KMachine::getMatrix_TP2U(const KMachineValueBase& v) const {
-  const KMachineElem* tool = toolElem(currentTool_);
-  const UMatrix motion = getMatrix(v, tool);
+  const ChainWalk chain = toolChain(currentTool_);
+  const KMachineElem* tool = chain.last();
+  const UMatrix motion = motionOf({elements_, axisValueIndex_}, v, chain);
   UVec3d point, dir;
   if (tool) {
     point = motion * tool->getElemPivot();
@@ -53,12 +54,12 @@ UMatrix KMachine::getMatrix_TP2U(const KMachineValueBase& v) const {
 }
 
 bool KMachine::getTool(const KMachineValueBase& v, UVec3d& pos, UVec3d& dir, int tool) const {
-  const KMachineElem* e = toolElem(tool);
+  const ChainWalk chain = toolChain(tool);
+  const KMachineElem* e = chain.last();
   if (!e) return false;
-  const UMatrix motion = getMatrix(v, e);
-  pos = motion * e->getElemPivot();
-  dir = e->getElemAxis().normalised();
-  motion.applyDir(dir);
+  const Placement placed = placementOf({elements_, axisValueIndex_}, v, chain);
+  pos = placed * e->getElemPivot();
+  dir = placed.turned(e->getElemAxis().normalised());
   return true;
 }
 
@@ -95,14 +96,8 @@ bool KMachine::setTHELength(double length, int tool) const {
   return e != nullptr;
 }
 
-// Deliberate: elements hooked to one of the chain are stored for the host and get nothing.
-// Test: KMachineForward.HookedElementsGetNothingFromUpdateDHm.
 void KMachine::updateDHm(const KMachineValueBase& v, int tool) const {
-  const AxisValues values({elements_, axisValueIndex_}, v);
-  const KMachineElem* e = toolElem(tool);
-  for (const KMachineElem* c : ChainWalk(elements_, e)) {
-    if (c->isActive() && c->getElemIndex() > 0) c->setUMVValue(values[*c]);
-  }
+  updateRecords({elements_, axisValueIndex_}, v, toolChain(tool));
 }
 
 }  // namespace zkin

@@ -1,6 +1,8 @@
 // Lookups, building, chains, tools, collision pairs.
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <utility>
 
 #include "kinematics/ChainWalk.h"
@@ -140,9 +142,27 @@ std::vector<const KMachineElem*> KMachine::getChain(int index) const {
 }
 
 std::vector<const KMachineElem*> KMachine::getToolChain(bool activeOnly, int tool) const {
-  std::vector<const KMachineElem*> chain = getChain(toolElem(tool));
+  const ChainWalk walk = toolChain(tool);
+  std::vector<const KMachineElem*> chain(walk.begin(), walk.end());
   if (activeOnly) std::erase_if(chain, [](const KMachineElem* e) { return !e->isActive(); });
   return chain;
+}
+
+// Looking up each predecessor among all elements is a third of a query for a short chain: what
+// `finalise` found is taken as long as no element has another index or predecessor since.
+ChainWalk KMachine::toolChain(int tool) const {
+  const std::size_t place = static_cast<std::size_t>(tool > 0 ? tool : currentTool_) - 1;
+  if (place < toolChains_.size() && hasLearntLinks()) return {elements_, toolChains_[place]};
+  return {elements_, toolElem(tool)};
+}
+
+// By bits: index and predecessor in one comparison.
+bool KMachine::hasLearntLinks() const {
+  using Bits = std::uint64_t;
+  return std::equal(elements_.begin(), elements_.end(), links_.begin(), links_.end(),
+                    [](const KMachineElem& e, const KMachineElem::Link& link) {
+                      return std::bit_cast<Bits>(e.link_) == std::bit_cast<Bits>(link);
+                    });
 }
 
 const KMachineElem* KMachine::toolElem(int tool) const {

@@ -19,23 +19,33 @@ namespace zkin {
 
 int KMachine::getConfigPlus(const KMachineValueBase& current, const UVec3d& pos, const UVec3d& dir,
                             KMachineValueBase& out) const try {
+  return solve(solveView(), current, pos, dir, out);
+} catch (const std::bad_alloc&) {
+  return -1;
+}
+
+int KMachine::solve(const SolveView& view, const KMachineValueBase& current, const UVec3d& pos,
+                    const UVec3d& dir, KMachineValueBase& out) const try {
   const UVec3d n = dir.normalised();
-  updateDHm(current, -1);
+  updateRecords(view.machine, current, view.chain);
   // Deliberate: without a record of the current tool the last one found anywhere decides
   // (WithoutCurrentTool.TheRecordOfTheLastToolLeadsToFailure).
   const _sUKine kine = recordOf(-1);
-  if (kine.kinematicClass >= 1 && kine.kinematicClass <= 4) return getConfig(current, pos, n, out);
+  const Target target{pos, n.normalised()};
+  if (kine.kinematicClass >= 1 && kine.kinematicClass <= 4) {
+    return solveRotaryAndLinear(view, current, target, out);
+  }
   if (kine.kinematicClass != 5) return -1;
   out = current;
-  if (!toolElem(-1)) return -1;
+  if (!view.tool) return -1;
   // Deliberate: -1, no ball joint, passes too, and is the part's index: the part is the wrist then
   // (ArmProtocol.WithoutABallJointThePartIsTakenForTheWrist).
   const bool isArm = kine.armType == 1 && kine.rotuleIndex != 0;
-  const int code = isArm ? solveConfig1(current, pos, n, out) : 0;
+  const int code = isArm ? solveArm(view, current, target, kine.rotuleIndex, mac2uni_, out) : 0;
   // Deliberate: with a wrist to turn the answer is 0, whatever the arm solver said
   // (ArmRecords.AWristAnswersZeroWhereTheArmRefuses), and the wrist of an arm is turned a second
   // time (ArmSolver.SecondTurnOfTheWristChangesNothing).
-  return turnWrist(solveView(), n, out) ? 0 : code;
+  return turnWrist(view, n, out) ? 0 : code;
 } catch (const std::bad_alloc&) {
   return -1;
 }
@@ -49,16 +59,17 @@ int KMachine::getConfig(const KMachineValueBase& current, const UVec3d& pos, con
 
 int KMachine::solveConfig1(const KMachineValueBase& current, const UVec3d& pos, const UVec3d& dir,
                            KMachineValueBase& out) const try {
-  if (!toolElem(-1)) return -1;
-  updateDHm(current, -1);
+  const SolveView view = solveView();
+  if (!view.tool) return -1;
+  updateRecords(view.machine, current, view.chain);
   const Target target{pos, dir.normalised()};
-  return solveArm(solveView(), current, target, recordOf(-1).rotuleIndex, mac2uni_, out);
+  return solveArm(view, current, target, recordOf(-1).rotuleIndex, mac2uni_, out);
 } catch (const std::bad_alloc&) {
   return -1;
 }
 
 SolveView KMachine::solveView() const {
-  return {{elements_, axisValueIndex_}, toolElem(-1), axisNum_, strategy_};
+  return {{elements_, axisValueIndex_}, toolChain(-1), axisNum_, strategy_};
 }
 
 // --- all positions
@@ -78,11 +89,12 @@ int KMachine::getPossibleAngles(const UVec3d& dir, std::vector<KMachineValueBase
   const OwnedValue seed(newMachineValue()), solved(newMachineValue());
   if (!seed || !solved) return 0;
   SolutionList known(out);
-  Seeds seeds({elements_, axisValueIndex_}, ChainWalk(elements_, toolElem(tool)));
+  Seeds seeds({elements_, axisValueIndex_}, toolChain(tool));
+  const SolveView view = solveView();
   while (seeds.next(*seed)) {
     // Deliberate: seeds come from `tool`'s chain, the current tool is solved
     // (TwoTools.StartsAreThoseOfTheToolAskedFor).
-    if (getConfigPlus(*seed, UVec3d(), dir, *solved) != 0) {
+    if (solve(view, *seed, UVec3d(), dir, *solved) != 0) {
       UTools::_trace(L"** NO SOLUTION");
     } else if (countOutside(*solved, isRotary, nullptr) == 0 && !known.holds(*solved)) {
       OwnedValue entry(newMachineValue(*solved));

@@ -31,10 +31,23 @@ double theta0(const KMachineElem& e) { return e.getDHmRef().theta; }
 double angle(const KMachineElem& e) { return e.getDHmValue(true); }
 double acosClamped(double c) { return c > 1 ? 0.0 : c < -1 ? kPi : std::acos(c); }
 
+// Without a reader the protocol costs a glance: no open line is left to end behind the first one.
+template <typename... Values>
+void traceLine(const wchar_t* format, Values... values) {
+  if (UTools::_isTracing()) UTools::_trace(format, values...);
+}
+
 void dumpLine(const UVec3d& v, const wchar_t* label, const wchar_t* rest) {
+  if (!UTools::_isTracing()) return;
   v.dump(label, true);
   UTools::_trace(L"%s", rest);
 }
+
+struct Twist {
+  double cos, sin;
+
+  explicit Twist(const KMachineElem& e) : cos(std::cos(alpha(e))), sin(std::sin(alpha(e))) {}
+};
 
 /// The way of the wrist centre and the joints that place it.
 struct Arm {
@@ -43,9 +56,10 @@ struct Arm {
   const KMachineElem& j3;
   const KMachineElem& j4;
   KMachineValueBase& out;
+  const Twist twist2{j2}, twist3{j3}, twist4{j4};
 
   double lateral() const {  // S: how far the plane of the arm lies beside the first axis
-    return d(j3) * std::cos(alpha(j3)) + d(j2) + d(j4) * std::cos(alpha(j4));
+    return d(j3) * twist3.cos + d(j2) + d(j4) * twist4.cos;
   }
 };
 
@@ -102,14 +116,14 @@ UVec3d wristCentre(const SolveView& view, const Target& target, const Chain& cha
 
 void setFirst(const Arm& arm, double theta, const wchar_t* text) {
   arm.out[0] = arm.j1.getUMVValue(theta);
-  UTools::_trace(text, theta, arm.out[0]);
+  traceLine(text, theta, arm.out[0]);
 }
 
 // Deliberate: the nearer branch, also when only the other one lets the arm reach the centre
 // (ArmConditions.TheNearerBranchOfTheFirstJointIsTakenEvenOutOfReach).
 void chooseFirst(const Arm& arm, double thetaA, double thetaB) {
-  UTools::_trace(L"J1 : either (%.2f | %.1f) or (%.2f | %.1f)", thetaA, arm.j1.getUMVValue(thetaA),
-                 thetaB, arm.j1.getUMVValue(thetaB));
+  traceLine(L"J1 : either (%.2f | %.1f) or (%.2f | %.1f)", thetaA, arm.j1.getUMVValue(thetaA),
+            thetaB, arm.j1.getUMVValue(thetaB));
   const double present = angle(arm.j1);
   const double nearA = wrapNear(thetaA, present), nearB = wrapNear(thetaB, present);
   const bool isA = std::fabs(nearA - present) < std::fabs(nearB - present);
@@ -123,7 +137,7 @@ void chooseFirst(const Arm& arm, double thetaA, double thetaB) {
 void solveFirst(const Arm& arm, const UVec3d& centre) {
   const double x = centre.x, y = centre.y;
   const double s = arm.lateral();
-  const double k = s * std::sin(alpha(arm.j2));
+  const double k = s * arm.twist2.sin;
   const double e = y - k;
   if (std::fabs(e) <= kArmLength) {
     if (std::fabs(x) < kArmLength) return;
@@ -136,15 +150,15 @@ void solveFirst(const Arm& arm, const UVec3d& centre) {
 }
 
 void traceWas(const wchar_t* format, const KMachineElem& joint, double value) {
-  UTools::_trace(format, value * kDegToRad + theta0(joint), value, angle(joint));
+  traceLine(format, value * kDegToRad + theta0(joint), value, angle(joint));
 }
 
 void firstJoint(const Arm& arm, const UVec3d& centre) {
-  UTools::_trace(L"J1 was (%.2f | %.1f)", angle(arm.j1), arm.out[0]);
+  traceLine(L"J1 was (%.2f | %.1f)", angle(arm.j1), arm.out[0]);
   solveFirst(arm, centre);
   const double theta = arm.out[0] * kDegToRad + theta0(arm.j1);
   arm.j1.setDHmValue(theta);
-  UTools::_trace(L"J1 : (%.2f | %.1f) *CHECK*", theta, arm.out[0]);
+  traceLine(L"J1 : (%.2f | %.1f) *CHECK*", theta, arm.out[0]);
   traceWas(L"J2 was (%.2f | %.1f) (%.2f)-check", arm.j2, arm.out[1]);
   traceWas(L"J3 was (%.2f | %.1f) (%.2f)-check", arm.j3, arm.out[2]);
 }
@@ -179,12 +193,26 @@ CosSin between(double px, double py, double x, double h, double square) {
   return {(py * h + x * px) / square, (px * h - x * py) / square};
 }
 
+void traceCircles(double d3, double rad4, double radR) {
+  if (!UTools::_isTracing()) return;
+  UTools::_trace(L"We shall intersect 2 circles:");
+  UVec3d(d3, 0, 0).dump(L"C4 center", true);
+  UTools::_trace(L" rad4=%.1lf", rad4);
+  UVec3d().dump(L"CR center", true);
+  UTools::_trace(L" radR=%.1lf", radR);
+}
+
+void traceMeeting(double x, double h) {
+  traceLine(L"   u : (%.1lf, %.1lf)", x, h);
+  traceLine(L"   d : (%.1lf, %.1lf)", x, -h);
+}
+
 void traceBranch(const wchar_t* format, const CosSin& cs, const KMachineElem& joint, double theta) {
-  UTools::_trace(format, cs.c, cs.s, theta, joint.getUMVValue(theta));
+  traceLine(format, cs.c, cs.s, theta, joint.getUMVValue(theta));
 }
 
 void traceJoints(const wchar_t* format, const Arm& arm, double theta2, double theta3) {
-  UTools::_trace(format, theta2, arm.j2.getUMVValue(theta2), theta3, arm.j3.getUMVValue(theta3));
+  traceLine(format, theta2, arm.j2.getUMVValue(theta2), theta3, arm.j3.getUMVValue(theta3));
 }
 
 // Deliberate: the third angle is not brought near its present one
@@ -196,7 +224,7 @@ void takeBranch(const Arm& arm, Branch up, Branch down) {
   down.theta2 = wrapNear(down.theta2, present);
   const bool isDown = !(std::fabs(down.theta2 - present) > std::fabs(up.theta2 - present));
   Branch best = isDown ? down : up;
-  const double c3 = std::cos(alpha(arm.j3));  // 1, or -1 when the third axis points the other way
+  const double c3 = arm.twist3.cos;  // 1, or -1 when the third axis points the other way
   best.theta3 = best.theta3 * c3 + std::acos(c3);
   traceJoints(L"-> d : J2 (%.2f | %.1f) J3 (%.2f | %.1f)", arm, best.theta2, best.theta3);
   traceJoints(L"    i: J2 (%.2f | %.1f) J3 (%.2f | %.1f)", arm, theta0(arm.j2), theta0(arm.j3));
@@ -208,7 +236,7 @@ void takeBranch(const Arm& arm, Branch up, Branch down) {
 }
 
 UVec3d forearm(const Arm& arm) {
-  UVec3d p(a(arm.j4), -d(arm.j4) * std::sin(alpha(arm.j4)), d(arm.j4) * std::cos(alpha(arm.j4)));
+  UVec3d p(a(arm.j4), -d(arm.j4) * arm.twist4.sin, d(arm.j4) * arm.twist4.cos);
   p.dump(L"oO4j3: ", false);
   return p;
 }
@@ -217,41 +245,36 @@ UVec3d forearm(const Arm& arm) {
 // (ArmProtocol.RecordsOfTheHostAreTakenAsTheyAre), and without an upper arm x is over zero
 // (ArmConditions.WithoutAnUpperArmTheFirstJointAndTheWristAreAllThatMoves).
 void secondAndThird(const Arm& arm, UVec3d o4, const UVec3d& centre) {
-  o4.z += d(arm.j3) * std::cos(alpha(arm.j3));
+  o4.z += d(arm.j3) * arm.twist3.cos;
   dumpLine(o4, L"oO4p: ", L" = oO4j3 Z-translated by +R3");
   const UVec3d o = seenFromSecond(arm, centre);
 
   const double d3 = a(arm.j3), rad4 = o4.norm(), radR = o.norm();
-  UTools::_trace(L"We shall intersect 2 circles:");
-  UVec3d(d3, 0, 0).dump(L"C4 center", true);
-  UTools::_trace(L" rad4=%.1lf", rad4);
-  UVec3d().dump(L"CR center", true);
-  UTools::_trace(L" radR=%.1lf", radR);
+  traceCircles(d3, rad4, radR);
   const double x = (d3 * d3 + radR * radR - rad4 * rad4) / (2 * d3);
   const double h2 = radR * radR - x * x;
-  if (h2 < 0) return UTools::_trace(L"no intersection ?");
+  if (h2 < 0) return traceLine(L"no intersection ?");
   const double h = std::sqrt(h2);
-  UTools::_trace(L"   u : (%.1lf, %.1lf)", x, h);
-  UTools::_trace(L"   d : (%.1lf, %.1lf)", x, -h);
+  traceMeeting(x, h);
 
   const CosSin u2 = between(o.x, o.y, x, h, o.norm2()), d2 = between(o.x, o.y, x, -h, o.norm2());
   const double theta2u = -u2.angle(), theta2d = -d2.angle();
-  UTools::_trace(L"J2:");
+  traceLine(L"J2:");
   traceBranch(L"   u : cs(-t2)=(%.3lf, %.3lf)-> J2u: (%.2f | %.1f)", u2, arm.j2, theta2u);
   traceBranch(L"   d : cs(-t2)=(%.3lf, %.3lf)-> J2d: (%.2f | %.1f)", d2, arm.j2, theta2d);
 
   const double s4 = o4.norm2();
   const CosSin u3 = between(o4.x, o4.y, x - d3, h, s4), n3 = between(o4.x, o4.y, x - d3, -h, s4);
-  UTools::_trace(L"J3:");
-  traceBranch(L"   u : cs(+t3)=(%.3lf, %.3lf)-> J3u: (%.2f | %.1f)", u3, arm.j3, u3.angle());
-  traceBranch(L"   d : cs(+t3)=(%.3lf, %.3lf)-> J3d: (%.2f | %.1f)", n3, arm.j3, n3.angle());
-  takeBranch(arm, {theta2u, u3.angle()}, {theta2d, n3.angle()});
+  const double theta3u = u3.angle(), theta3d = n3.angle();
+  traceLine(L"J3:");
+  traceBranch(L"   u : cs(+t3)=(%.3lf, %.3lf)-> J3u: (%.2f | %.1f)", u3, arm.j3, theta3u);
+  traceBranch(L"   d : cs(+t3)=(%.3lf, %.3lf)-> J3d: (%.2f | %.1f)", n3, arm.j3, theta3d);
+  takeBranch(arm, {theta2u, theta3u}, {theta2d, theta3d});
 }
 
 // The second joint square to the first, the third parallel to the second.
 bool hasShape(const Arm& arm) {
-  return std::fabs(std::cos(alpha(arm.j2))) < kArmShape &&
-         std::fabs(std::sin(alpha(arm.j3))) < kArmShape;
+  return std::fabs(arm.twist2.cos) < kArmShape && std::fabs(arm.twist3.sin) < kArmShape;
 }
 
 void solveJoints(const SolveView& view, const Target& target, const Chain& chain,
@@ -278,11 +301,10 @@ int solveArm(const SolveView& view, const KMachineValueBase& current, const Targ
   current.dump(L"\n--solveConfig1", true);
   target.point.dump(L" pos", true);
   target.dir.dump(L" dir", false);
-  const ChainWalk walk(view.machine.elements, view.tool);
   // Once warm, solving allocates nothing; the list is taken out, for a trace sink may solve too.
   thread_local Chain spare;
   Chain chain = std::move(spare);
-  chain.assign(walk.begin(), walk.end());
+  chain.assign(view.chain.begin(), view.chain.end());
   std::erase_if(chain, [](const KMachineElem* e) { return !e->isActive(); });
   const auto j1 = std::find_if(chain.begin(), chain.end(), [](const KMachineElem* e) {
     return e->getElemType() == KMachineElem::KMET_TYPE_AROT;

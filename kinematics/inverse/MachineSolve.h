@@ -8,9 +8,10 @@ namespace zkin {
 /// What the solvers need of a machine: where its axes are, which tool, which strategy.
 struct SolveView {
   MachineView machine;
-  const KMachineElem* tool;  ///< Null when the current tool has no element.
+  ChainWalk chain;  ///< Of the current tool; empty when it has no element.
   int axisNum;
   int strategy;
+  const KMachineElem* tool = chain.last();
 };
 
 /// A wanted tool tip (mm) and unit tool direction, in the machine frame.
@@ -37,7 +38,7 @@ inline bool hasPlace(const MachineView& machine, const KMachineElem& e) {
 ///          when there are fewer than three free linear axes. Deliberate: with more than three free
 ///          linear axes that is the code of the last triple tried, also when an earlier one was
 ///          solved and is the result (FourLinearAxes.TakeTheFirstTripleAndTheCodeOfTheLast).
-/// @cost    Two walks along the chain; one two-axis solve for each pair of free rotary axes, one
+/// @cost    Two passes along the chain; one two-axis solve for each pair of free rotary axes, one
 ///          linear solve for each triple of free linear ones. No allocation once warm.
 int solveRotaryAndLinear(const SolveView& view, const KMachineValueBase& current,
                          const Target& target, KMachineValueBase& out);

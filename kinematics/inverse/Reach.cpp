@@ -12,10 +12,9 @@ std::vector<MovedAxis>& emptyList() {
 
 }  // namespace
 
-Reach reachAt(const SolveView& view, const KMachineValueBase& v, const ChainWalk& chain,
-              KMachineElem::KME_TYPE type) {
+Reach reachAt(const SolveView& view, const KMachineValueBase& v, KMachineElem::KME_TYPE type) {
   Reach reach{{}, {}, emptyList()};
-  walkMotions(view.machine, v, chain, [&](const KMachineElem& e, const Placement& motion) {
+  walkMotions(view.machine, v, view.chain, [&](const KMachineElem& e, const Placement& motion) {
     if (e.getElemType() == type && !e.isLocked() && hasPlace(view.machine, e)) {
       reach.axes.push_back({&e, motion.turned(e.getElemAxis())});
     }

@@ -23,8 +23,7 @@ struct Reach {
 };
 
 /// One walk along the chain of the view's tool at `v`, collecting the axes of one type that a
-/// solver may move: not locked, with a place in positions. `chain` ends with the tool.
-Reach reachAt(const SolveView& view, const KMachineValueBase& v, const ChainWalk& chain,
-              KMachineElem::KME_TYPE type);
+/// solver may move: not locked, with a place in positions.
+Reach reachAt(const SolveView& view, const KMachineValueBase& v, KMachineElem::KME_TYPE type);
 
 }  // namespace zkin

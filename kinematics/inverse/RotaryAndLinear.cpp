@@ -55,9 +55,8 @@ bool turnTwo(const SolveView& view, const Reach& reach, const UVec3d& to, KMachi
 
 // Deliberate: without a free rotary axis nothing is solved, not even the tool's own direction
 // (NoRotaryAxis.IsNeverSolved).
-bool turnTool(const SolveView& view, const ChainWalk& chain, const UVec3d& to,
-              KMachineValueBase& out) {
-  const Reach start = reachAt(view, out, chain, KMachineElem::KMET_TYPE_AROT);
+bool turnTool(const SolveView& view, const UVec3d& to, KMachineValueBase& out) {
+  const Reach start = reachAt(view, out, KMachineElem::KMET_TYPE_AROT);
   const bool turned = start.axes.empty()       ? false
                       : start.axes.size() == 1 ? turnOne(start.axes.front(), start.dir, to, out)
                                                : turnTwo(view, start, to, out);
@@ -72,9 +71,8 @@ UVec3d toolPointOf(const KMachineElem& tool, const Target& target) {
 
 // Deliberate: 0 with fewer than three free linear axes, wherever the point is
 // (LinearStage.LockedAxesStayAndTwoAreNotSolved).
-int slideTool(const SolveView& view, const ChainWalk& chain, const Target& target,
-              KMachineValueBase& out) {
-  const Reach turned = reachAt(view, out, chain, KMachineElem::KMET_TYPE_ALIN);
+int slideTool(const SolveView& view, const Target& target, KMachineValueBase& out) {
+  const Reach turned = reachAt(view, out, KMachineElem::KMET_TYPE_ALIN);
   const UVec3d way = toolPointOf(*view.tool, target) - turned.point;
   std::vector<MovedAxis>& axes = turned.axes;
   std::reverse(axes.begin(), axes.end());  // counted from the tool
@@ -101,9 +99,8 @@ int slideTool(const SolveView& view, const ChainWalk& chain, const Target& targe
 int solveRotaryAndLinear(const SolveView& view, const KMachineValueBase& current,
                          const Target& target, KMachineValueBase& out) {
   out = current;
-  const ChainWalk chain(view.machine.elements, view.tool);
-  if (!turnTool(view, chain, target.dir, out)) return -1;
-  return slideTool(view, chain, target, out);
+  if (!turnTool(view, target.dir, out)) return -1;
+  return slideTool(view, target, out);
 }
 
 }  // namespace zkin

@@ -19,7 +19,7 @@ void shortestWay(KMachineElem::KME_TYPE type, double a, double b, double t, doub
 
 UVec3d tipAt(const SolveView& view, const KMachineValueBase& v) {
   if (!view.tool) return {};
-  const UMatrix motion = motionOf(view.machine, v, view.tool);
+  const UMatrix motion = motionOf(view.machine, v, view.chain);
   UVec3d back = view.tool->getElemAxis().normalised() * view.tool->getTHELength();
   motion.applyDir(back);
   return motion * view.tool->getElemPivot() - back;
@@ -27,8 +27,7 @@ UVec3d tipAt(const SolveView& view, const KMachineValueBase& v) {
 
 void correctTip(const SolveView& view, const UVec3d& target, KMachineValueBase& out) {
   if (!view.tool) return;
-  const ChainWalk chain(view.machine.elements, view.tool);
-  const Reach reach = reachAt(view, out, chain, KMachineElem::KMET_TYPE_ALIN);
+  const Reach reach = reachAt(view, out, KMachineElem::KMET_TYPE_ALIN);
   const UVec3d error = target - reach.tip(*view.tool);
   if (error.norm2() <= kTipErrorSq || reach.axes.size() < 3) return;
   const MovedAxis* axis = reach.axes.data();

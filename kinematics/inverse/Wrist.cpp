@@ -5,7 +5,6 @@
 #include "platform/zgeo/UAlgo.h"
 
 using zgeo::UAlgo;
-using zgeo::UMatrix;
 using zgeo::UVec3d;
 
 namespace zkin {
@@ -30,21 +29,29 @@ const KMachineElem* const* lastCrossing(const MachineView& machine,
   return nullptr;
 }
 
-UVec3d dirAt(const SolveView& view, const KMachineValueBase& v, const KMachineElem* e, UVec3d dir) {
-  motionOf(view.machine, v, e).applyDir(dir);
-  return dir;
-}
+/// Directions at a position: of the tool and of the two axes that turn it.
+struct Wrist {
+  UVec3d tool;
+  UVec3d first;
+  UVec3d second;
+};
 
-// An element looked up by its index: of several the first answers.
-UVec3d axisAt(const SolveView& view, const KMachineValueBase& v, const KMachineElem& axis) {
-  const KMachineElem* e = elementOf(view.machine.elements, axis.getElemIndex());
-  return dirAt(view, v, e, e->getElemAxis());
+// Each axis is the first element of its index, as all of a chain are.
+Wrist wristAt(const SolveView& view, const KMachineValueBase& v, const KMachineElem* first,
+              const KMachineElem* second) {
+  Wrist wrist;
+  walkMotions(view.machine, v, view.chain, [&](const KMachineElem& e, const Placement& motion) {
+    if (&e == first) wrist.first = motion.turned(e.getElemAxis());
+    if (&e == second) wrist.second = motion.turned(e.getElemAxis());
+    if (&e == view.tool) wrist.tool = motion.turned(e.getElemAxis().normalised());
+  });
+  return wrist;
 }
 
 }  // namespace
 
 bool turnWrist(const SolveView& view, const UVec3d& dir, KMachineValueBase& out) {
-  const ChainWalk chain(view.machine.elements, view.tool);
+  const ChainWalk& chain = view.chain;
   const auto last = std::find_if(std::make_reverse_iterator(chain.end()),
                                  std::make_reverse_iterator(chain.begin()),
                                  [](const KMachineElem* e) { return e->isActive(); });
@@ -53,8 +60,8 @@ bool turnWrist(const SolveView& view, const UVec3d& dir, KMachineValueBase& out)
   const auto* b = a ? lastCrossing(view.machine, chain.begin(), a, (*a)->getElemAxis()) : nullptr;
   if (!b) return false;
   auto& pairs = pairList();
-  const UVec3d tool = dirAt(view, out, view.tool, view.tool->getElemAxis().normalised());
-  if (UAlgo::_solveRot_conical(tool, dir, axisAt(view, out, **b), axisAt(view, out, **a), pairs)) {
+  const Wrist wrist = wristAt(view, out, *b, *a);
+  if (UAlgo::_solveRot_conical(wrist.tool, dir, wrist.first, wrist.second, pairs)) {
     add(out, turnsOf(**b, **a, choosePair(pairs, view.strategy)), view.axisNum);
   }
   return true;

@@ -20,8 +20,6 @@ using PairBits = std::uint64_t __attribute__((vector_size(16)));
 template <typename Real>
 using BitsOf = std::conditional_t<std::is_same_v<Real, Pair>, PairBits, std::uint64_t>;
 
-inline double select(bool condition, double a, double b) { return condition ? a : b; }
-
 /// By bits: a choice by the sign of a mask is slow where lanes of 64 bits cannot be compared.
 inline Pair select(PairMask mask, Pair a, Pair b) {
   return reinterpret_cast<Pair>((mask & reinterpret_cast<PairMask>(a)) |

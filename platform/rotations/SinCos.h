@@ -55,7 +55,11 @@ inline SinCosOf<Real> sinCosWithin(Real angle) {
   const Bits swapped = (sinBits ^ cosBits) & (0 - (quarter & 1));
   const Real s = std::bit_cast<Real>(sinBits ^ swapped ^ ((quarter & 2) << 62));
   const Real c = std::bit_cast<Real>(cosBits ^ swapped ^ (((quarter + 1) & 2) << 62));
-  return {s, c, detail::select((quarter & 3) == 0, versineR, 1.0 - c)};
+  // By bits, not by a comparison of the quarter: lanes of 64 bits would be compared one by one.
+  const Bits isFirst = ((quarter | quarter >> 1) & 1) - 1;  // all bits, or none
+  const auto versine =
+      (isFirst & std::bit_cast<Bits>(versineR)) | (~isFirst & std::bit_cast<Bits>(1.0 - c));
+  return {s, c, std::bit_cast<Real>(versine)};
 }
 
 /// The same for every angle: those from kMostSinCos on, and those that are not finite, go to the C
