@@ -114,8 +114,8 @@ class Ends {
  public:
   Ends(const Query& query, int first, int second, Values values)
       : query_(query), free_{first, -1, 0.0, 0.0}, first_(query.core.joint(first)) {
-    for (double offset = 17.3; offset < 360.0; offset += 10.9) {
-      if (findFaces(second, offset, values)) return;
+    for (int i = 0; i < 32; ++i) {
+      if (findFaces(second, 17.3 + 10.9 * i, values)) return;
     }
     faces_.clear();
   }
