@@ -66,10 +66,6 @@ void KMachineElem::setHook(int index, const UVec3d& point) {
 
 bool KMachineElem::_isTool(KME_TYPE t) { return t == KMET_TYPE_TOOL || t == KMET_TYPE_DGUN; }
 
-bool KMachineElem::isActive() const {
-  return type_ != KMET_TYPE_NONE && type_ != KMET_TYPE_BATI && type_ != KMET_TYPE_GEOM;
-}
-
 namespace {
 
 constexpr const wchar_t* kTypeNames[] = {L"none", L"BATI", L"PART", L"TOOL",

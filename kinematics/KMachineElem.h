@@ -156,7 +156,10 @@ class KORVO_KINEMATICS_API KMachineElem {
 
   static bool _isTool(KME_TYPE t);  ///< Tool or drill gun.
   bool isTool() const { return _isTool(type_); }
-  bool isActive() const;  ///< Neither unset, frame nor geometry; unknown types are active.
+  /// Neither unset, frame nor geometry; unknown types are active.
+  bool isActive() const {
+    return type_ != KMET_TYPE_NONE && type_ != KMET_TYPE_BATI && type_ != KMET_TYPE_GEOM;
+  }
 
   /// Linear axis, rotary axis or drill gun.
   /// Deliberate: without a value index it traces an error line and is still true, so for every gun.

@@ -73,10 +73,15 @@ KMachineValueBase* KMachine::axisTranslation(const KMachineValueBase* v,
                                              const UVec3d& delta) const {
   KMachineValueBase* increment = v ? newMachineValue() : nullptr;
   if (!increment) return nullptr;
-  UVec3d point, dir;
-  getTool(*v, point, dir, -1);
+  const SolveView view = solveView();
+  UVec3d tip, dir;
+  if (const KMachineElem* const tool = view.tool) {
+    const Placement placed = placementOf(view.machine, *v, view.chain);
+    dir = placed.turned(tool->getElemAxis().normalised());
+    tip = placed * tool->getElemPivot() - dir * tool->getTHELength();
+  }
   // Deliberate: whatever the solver left counts (Translation.OfAThreeAxisMachineIsZero).
-  getConfigPlus(*v, point - dir * getTHELength(-1) + delta, dir, *increment);
+  solve(view, *v, tip + delta, dir, *increment);
   *increment -= *v;
   return increment;
 }
