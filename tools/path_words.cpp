@@ -8,6 +8,7 @@
 #include "toolkit/model/JointChain.h"
 #include "tools/AnswerText.h"
 #include "tools/Checked.h"
+#include "tools/Numbers.h"
 
 namespace korvo::tools {
 namespace {
@@ -65,7 +66,7 @@ std::string whatText(const PathOutcome& path, const PathAdvice& advice) {
       return partText(path, advice);
     case PathAdvice::Kind::start:
       return in(l, "Start with ", "Partir avec ") + axisName(path, advice.place) + "=" +
-             neat(advice.value);
+             rounded(advice.value);
     case PathAdvice::Kind::limit:
       return limitText(path, advice);
     default:
@@ -180,8 +181,11 @@ std::string unreachedText(const PathOutcome& path, const UnreachedRun& run) {
             in(l, " behind it", " suivantes");
   }
   text += in(l, ": no position", " : pas de position");
-  if (run.reason) text += in(l, "; ", " ; ") + reasonText(path.session, *run.reason, l);
-  return text;
+  if (!run.reason) return text;
+  // Others of the run may miss for other reasons, or by more.
+  text += run.last == run.first ? in(l, "; ", " ; ")
+                                : in(l, "; of the first: ", " ; de la première : ");
+  return text + reasonText(path.session, *run.reason, l);
 }
 
 std::string adviceText(const PathOutcome& path, const PathAdvice& advice) {

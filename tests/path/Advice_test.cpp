@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <vector>
 
@@ -184,6 +185,18 @@ TEST(PathAdviceStart, PutsALockedAxisWhereTheTargetsAre) {
   ASSERT_TRUE(start);
   EXPECT_EQ(start->value, 250);
   EXPECT_EQ(start->before.unreached, 2u);
+  EXPECT_TRUE(start->after.isFitting());
+}
+
+TEST(PathAdviceStart, PutsAHeldAxisWithoutLimitsWhereAReasonWantsIt) {
+  constexpr double kEndless = std::numeric_limits<double>::infinity();
+  ToolpathOptions options;
+  options.solver.redundancy[kC] = {Redundancy::Rule::value, 70};
+  const auto all = adviceOf(forkHead(-kEndless, kEndless),
+                            {pointing(20, 13), pointing(30, 13, {50, 0, 0})}, options);
+  const PathAdvice* const start = find(all, Kind::start, kC);
+  ASSERT_TRUE(start);
+  EXPECT_NEAR(start->value, 13, 1e-9);
   EXPECT_TRUE(start->after.isFitting());
 }
 

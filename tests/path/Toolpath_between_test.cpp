@@ -47,6 +47,7 @@ void expectOnTheWay(const Machine& machine, const std::vector<PathTarget>& targe
   }
   ASSERT_EQ(ran.report.added,
             ran.positions.size() - ran.atTargets().size() + ran.report.unreached.size());
+  for (const PathStanding& standing : ran.report.standing) ASSERT_GE(standing.place, 0);
   checked.added += ran.report.added;
   checked.standing += ran.report.standing.size();
 }
@@ -289,6 +290,89 @@ TEST(ToolpathAtAPole, SaysWhereAnAxisHasToTurnWhileTheToolStands) {
   EXPECT_EQ(ran.report.standing[0].place, static_cast<int>(kC));
   EXPECT_NEAR(ran.report.standing[0].by, 180, 1);
   EXPECT_FALSE(ran.report.isFitting());
+}
+
+TEST(ToolpathAtAPole, StandsAllTheWayBetweenOppositeDirections) {
+  ToolpathOptions options;
+  options.axes[kC].largestStep = 200;
+  options.tolerance = Tolerance{0.01, 0.1};
+  const Ran ran =
+      runPath(forkHead(0), {pointing({0, 0, 0}, 90, 0), pointing({9, 0, 0}, 90, 180)}, options);
+  EXPECT_EQ(ran.report.breakCount(), 0u);
+  EXPECT_EQ(ran.report.added, 0u);
+  ASSERT_EQ(ran.report.standing.size(), 1u);
+  EXPECT_EQ(ran.report.standing[0].target, 1u);
+  EXPECT_EQ(ran.report.standing[0].way, 0.0);
+  EXPECT_EQ(ran.report.standing[0].behind, 1.0);
+  EXPECT_EQ(ran.report.standing[0].place, static_cast<int>(kC));
+  EXPECT_NEAR(ran.report.standing[0].by, 180, 1e-9);
+  ASSERT_EQ(ran.positions.size(), 2u);
+  EXPECT_TRUE(ran.positions[1].isAfterBreak);
+}
+
+TEST(ToolpathAtAPole, StandsNowhereForWhatIsBelowRounding) {
+  ToolpathOptions options;
+  options.tolerance = Tolerance{1e-30, 1e-30};
+  const PathTarget target = pointing({1.1, 2.2, 3.3}, 17, 30);
+  const Ran ran = runPath(forkHead(-110, -123.4), {target, target, target}, options);
+  EXPECT_EQ(ran.positions.size(), 3u);
+  EXPECT_TRUE(ran.report.isFitting());
+}
+
+// --- stopped between targets
+
+/// The second call and all behind it say stop: the first one is the only block's search.
+ToolpathReport stoppedGiving(const std::vector<PathTarget>& targets, const ToolpathOptions& options,
+                             std::vector<PathPosition>& positions) {
+  int calls = 0;
+  return Toolpath(forkHead(-110, -200), options)
+      .run(
+          targets, [&](const PathPosition& p) { positions.push_back(p); },
+          [&](const ToolpathProgress&) { return calls++ == 0; });
+}
+
+TEST(ToolpathBetween, AStopIsHeededOnTheWay) {
+  // A turn by 80 degrees with the tip 200 mm off it leaves a straight line by far more than the
+  // tolerance a thousand times.
+  std::vector<PathTarget> targets{
+      pointing({0, 0, 0}, 5, 30), pointing({9, 0, 0}, 85, 30), {{{0, 0, 0}, {0, 0, 0}}, 0}};
+  ToolpathOptions options;
+  options.tolerance = Tolerance{1e-7, 1e-7};
+  for (const int jobs : {1, 3}) {
+    options.jobs = jobs;
+    std::vector<PathPosition> positions;
+    const ToolpathReport report = stoppedGiving(targets, options, positions);
+    EXPECT_TRUE(report.isStopped());
+    EXPECT_LE(report.done, 1u);  // with threads it may be stopped before the first one
+    EXPECT_EQ(report.positions, report.done);
+    EXPECT_EQ(report.added, 0u);
+    EXPECT_EQ(positions.size(), report.done);
+    EXPECT_TRUE(report.unreached.empty());
+    EXPECT_EQ(report.cost, 0.0);
+  }
+}
+
+TEST(ToolpathBetween, AStopIsHeededBetweenTargetsOfOneBlock) {
+  std::vector<PathTarget> targets;
+  for (int i = 0; i < 1000; ++i) targets.push_back(pointing({0.01 * i, 0, 0}, i % 2 * 60, 30));
+  ToolpathOptions options;
+  options.tolerance = Tolerance{1, 1};
+  for (const int jobs : {1, 3}) {
+    options.jobs = jobs;
+    std::vector<PathPosition> positions;
+    const ToolpathReport report = stoppedGiving(targets, options, positions);
+    EXPECT_GT(report.added, report.done);
+    EXPECT_GT(report.done, 1u);
+    EXPECT_LT(report.positions, 4000u);
+    ASSERT_EQ(report.positions, positions.size());
+    EXPECT_EQ(positions.back().target, report.done - 1);
+    EXPECT_EQ(positions.back().way, 1.0);
+    // B goes by 60 from target to target, X as the tip and the tool's 200 mm do.
+    const double by = 200 * std::sin(60 * kDegree);
+    EXPECT_NEAR(report.axes[kB].travel, 60.0 * static_cast<double>(report.done - 1), 1e-6);
+    EXPECT_GT(report.cost, (60 + by / 2) * static_cast<double>(report.done - 1));
+    EXPECT_LT(report.cost, (60 + 3 * by) * static_cast<double>(report.done - 1));
+  }
 }
 
 TEST(ToolpathAtAPole, TurnsInSmallStepsBesideIt) {

@@ -202,6 +202,28 @@ TEST(ToolpathStart, LooksAhead) {
   EXPECT_NEAR(ran.report.cost, 40 + 180 + 20, 1e-9);
 }
 
+TEST(ToolpathStart, MayBeManyTurnsAway) {
+  ToolpathOptions options;
+  options.start = at(20, 7e8);
+  const Ran ran = runPath(forkHead(-kNoLimit, kNoLimit), {pointing(20, 0)}, options);
+  ASSERT_EQ(ran.positions.size(), 1u);
+  EXPECT_NEAR(ran.positions[0].values[kC], 7e8, 180);
+}
+
+TEST(ToolpathStart, TooFarAwayIsSaid) {
+  ToolpathOptions options;
+  options.start = at(20, 1e10);
+  const Ran ran = runPath(forkHead(-kNoLimit, kNoLimit), spiral(3), options);
+  EXPECT_TRUE(ran.positions.empty());
+  EXPECT_EQ(ran.report.unreached, (std::vector<std::size_t>{0, 1, 2}));
+  ASSERT_EQ(ran.report.reasons.size(), 1u);
+  EXPECT_EQ(ran.report.reasons[0].first, 0u);
+  EXPECT_EQ(ran.report.reasons[0].second.reason, Reason::noDirection);
+  EXPECT_NE(ran.report.reasons[0].second.text.find("1e9 degrees"), std::string::npos);
+  // Brought inside its limits it is near.
+  EXPECT_TRUE(runPath(forkHead(-360, 360), spiral(3), options).report.isFitting());
+}
+
 TEST(ToolpathStart, TheWayFromItIsNoBreak) {
   ToolpathOptions options;
   options.start = at(0, -360);
@@ -450,6 +472,9 @@ TEST(ToolpathRun, StoppedWhileItGivesKeepsWhatItGave) {
   EXPECT_TRUE(stopped.report.isStopped());
   EXPECT_GE(stopped.report.done, 2000u);
   EXPECT_LT(stopped.report.done, 4000u);
+  const Counted counted = Rules(machine, {}).count(stopped.atTargets());
+  EXPECT_NEAR(stopped.report.cost, counted.way, 1e-6 * counted.way);
+  EXPECT_EQ(stopped.report.breakCount(), counted.breaks);
   ASSERT_LT(stopped.positions.size(), whole.positions.size());
   for (std::size_t i = 0; i < stopped.positions.size(); ++i) {
     ASSERT_TRUE(isSame(stopped.positions[i], whole.positions[i])) << i;

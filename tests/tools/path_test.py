@@ -233,8 +233,8 @@ class Report(PathCommandLine):
         self.assertIn("Fits            NO: 39 breaks, 2 targets without a position\n", run.stdout)
         self.assertIn("  target 2 (line 3): C steps by 10 degrees\n", run.stdout)
         self.assertIn("  and 29 more\n", run.stdout)
-        self.assertIn("  target 41 (line 42) and the 1 behind it: no position; outside the limits: "
-                      "X above by 1000 mm\n", run.stdout)
+        self.assertIn("  target 41 (line 42) and the 1 behind it: no position; of the first: "
+                      "outside the limits: X above by 1000 mm\n", run.stdout)
         answer = self.report(targets, "--step", "C=5", "--weight", "B=100")
         self.assertEqual((answer["breaks"]["count"], answer["unreached"]["count"]), (39, 2))
         first = answer["breaks"]["first"][0]
@@ -251,6 +251,44 @@ class Report(PathCommandLine):
         narrow = self.write("narrow.def", FORK.replace("C,-360,360", "C,-170,170"))
         answer = self.report(spiral(25), machine=narrow)
         self.assertEqual([b["kind"] for b in answer["breaks"]["first"]], ["side-changed"])
+
+    def test_says_why_of_one_target_alone(self):
+        targets = [pointing(20, 0), pointing(20, 0, (1020, 0, 0)), pointing(20, 0)]
+        self.assertIn("  target 2 (line 3): no position; outside the limits: X above by 20 mm\n",
+                      self.run_path(targets, code=NO).stdout)
+
+    # No turn is the shortest between them: B goes there, or C turns, while the tool stands.
+    def test_says_that_the_tool_stands_between_opposite_directions(self):
+        targets = [(0, 0, 300, 1, 0, 0), (0, 0, 300, -1, 0, 0)]
+        steps = ["--step", "B=200", "--step", "C=400", "--tolerance", "0.01,0.1"]
+        answer = self.report(targets, *steps, code=NO)
+        self.assertEqual((answer["standing"]["count"], answer["added"]), (1, 0))
+        standing = answer["standing"]["first"][0]
+        self.assertIn(standing["axis"], ("B", "C"))
+        self.assertAlmostEqual(standing["by"], 180, delta=1e-6)
+        self.assertIn("the tool stands while", self.run_path(targets, *steps, code=NO).stdout)
+
+    def test_says_that_an_axis_stays_at_the_start(self):
+        rail = "arm-irb2400-rail"
+        forward = self.json("forward", rail, "--at", "RAIL=500,J2=20,J3=-30,J5=40")
+        targets = [tuple(forward["tip"]) + tuple(forward["direction"])] * 2
+        answer = self.report(targets, "--from", "RAIL=4000", machine=rail, code=NO)
+        run = answer["unreached"]["first"][0]
+        self.assertEqual((run["target"], run["last"]), (1, 2))
+        reason = run["reason"]
+        self.assertEqual((reason["code"], reason["axes"]), ("held-axis", ["RAIL"]))
+        wanted = reason["wanted"][0]
+        self.assertEqual(wanted["axis"], "RAIL")
+        self.assertAlmostEqual(reason["by"], 4000 - wanted["value"], delta=1e-6)
+        self.assertIn("a path leaves RAIL where the start has it", reason["text"])
+        # What it says holds.
+        self.report(targets, "--from", f"RAIL={wanted['value']}", machine=rail, code=ANSWERED)
+
+    def test_says_that_a_start_is_too_far_away(self):
+        endless = self.write("endless.def", FORK.replace("limits=C,-360,360\n", ""))
+        answer = self.report(spiral(3), "--from", "C=1e10", machine=endless, code=NO)
+        self.assertEqual(answer["unreached"]["count"], 3)
+        self.assertIn("1e9 degrees", answer["unreached"]["first"][0]["reason"]["text"])
 
     # Through the pole, the part on C and B to one side alone: C turns by 180 where the tool is
     # upright, and 100 mm off C the tip would leave its place if X and Y went straight meanwhile.
@@ -336,6 +374,15 @@ class Advice(PathCommandLine):
         start = self.advice(targets, "--lock", "Y")["start"]
         self.assertEqual((start["axis"], start["value"]), ("Y", 250))
         self.report(targets, "--lock", "Y", "--from", "Y=250", code=ANSWERED)
+
+    def test_says_where_a_held_axis_without_limits_should_stand(self):
+        endless = self.write("endless.def", FORK.replace("limits=C,-360,360\n", ""))
+        targets = [pointing(20, 13), pointing(30, 13)]
+        start = self.advice(targets, "--hold", "C=70", machine=endless)["start"]
+        self.assertEqual(start["axis"], "C")
+        self.assertAlmostEqual(start["value"], 13, delta=1e-9)
+        self.assertIn("Start with C=13: then it fits", start["text"])
+        self.report(targets, "--hold", "C=13", machine=endless, code=ANSWERED)
 
     def test_is_left_out_when_asked(self):
         targets = [pointing(20, 0, (1020, 0, 0))]

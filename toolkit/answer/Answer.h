@@ -79,7 +79,7 @@ enum class Reason {
   lockedAxis,     ///< Reached if locked axes stood elsewhere, see Answer::wanted; by mm or degrees
                   ///< of one such axis. Of LibrarySolver: the arm's solver moved locked axes.
   heldAxis,       ///< Reached if an axis stood elsewhere than SolverOptions hold it, see
-                  ///< Answer::wanted; by mm or degrees.
+                  ///< Answer::wanted; by mm or degrees. Of a Toolpath: or than the start has it.
   startOfArm,     ///< From this start the arm's solver turns to the wrong side; by mm.
   noSolver,       ///< No solver knows such a machine; by mm where that has a measure.
   missed,         ///< An arm's solver answers beside the target; by mm. See Answer::conditions.

@@ -213,6 +213,26 @@ void explainListed(const Machine& machine, Language language, Answer& answer) {
   answer.text = filled(sentences::kOutside, {list}, language);
 }
 
+void explainStaying(const Machine& machine, const Position& from, Language language,
+                    Answer& answer) {
+  answer.status = Status::notReached;
+  answer.wanted = std::move(answer.moved);
+  answer.moved.clear();
+  std::vector<Words> names, stands;
+  for (const AxisWanted& axis : answer.wanted) {
+    answer.axes.push_back(axis.place);
+    names.emplace_back(machine.axisNames()[axis.place]);
+    stands.push_back(
+        filled(sentences::kAt, {names.back(), amountAt(machine, axis.place, axis.value)}));
+  }
+  if (answer.axes.empty()) return;
+  const int place = answer.axes.front();
+  const double by = std::abs(answer.wanted.front().value - from[place]);
+  give(answer, Reason::heldAxis, by, unitAt(machine, place));
+  answer.text = filled(sentences::kStays,
+                       {allOf(names), allOf(stands), amountAt(machine, place, by)}, language);
+}
+
 Unit unitAt(const Machine& machine, int place) {
   const auto type = machine->getAxisElem(place + 1)->getElemType();
   return type == KMachineElem::KMET_TYPE_AROT ? Unit::degree : Unit::mm;

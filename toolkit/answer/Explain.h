@@ -62,6 +62,11 @@ void explainReach(const zgeo::UVec3d& tip, Language language, Answer& answer);
 /// The axes in `outside` are outside their limits.
 void explainListed(const Machine& machine, Language language, Answer& answer);
 
+/// `answer` reaches the target where `moved` has axes that shall stay where `from` has them: then
+/// it is none.
+void explainStaying(const Machine& machine, const Position& from, Language language,
+                    Answer& answer);
+
 /// Of the values of an axis.
 Unit unitAt(const Machine& machine, int place);
 Words amountAt(const Machine& machine, int place, double value);

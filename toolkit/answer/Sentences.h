@@ -15,6 +15,10 @@ inline constexpr Text kNoTarget{
 inline constexpr Text kNoStart{"no start: one of its values is not finite",
                                "pas de position de départ : une de ses valeurs n'est pas finie"};
 
+inline constexpr Text kStartTooFar{
+    "no start: a rotary axis is more than 1e9 degrees from zero, too far for its angle to be one",
+    "pas de position de départ : un axe rotatif est à plus de 1e9 degrés de zéro, trop loin pour "
+    "que son angle en soit un"};
 inline constexpr Text kFarStart{
     "the start is so far away that rounding leaves the tool {0} from the direction",
     "la position de départ est si loin que l'arrondi laisse l'outil à {0} de la direction"};
@@ -62,6 +66,10 @@ inline constexpr Text kAllLocked{"{0} are locked: the target would be reached wi
 inline constexpr Text kHeld{
     "{0} is held: the target would be reached with {1}, {2} away",
     "{0} est maintenu : la cible serait atteinte avec {1}, soit un écart de {2}"};
+inline constexpr Text kStays{
+    "a path leaves {0} where the start has it: the target would be reached with {1}, {2} away",
+    "un parcours laisse {0} où le départ l'a mis : la cible serait atteinte avec {1}, soit un "
+    "écart de {2}"};
 inline constexpr Text kAt{"{0} at {1}", "{0} à {1}"};
 
 // --- what serves a machine

@@ -24,6 +24,7 @@ constexpr double kDear = 1e3;        // what a mm or degree beyond the old limit
 constexpr double kSamePlace = 1e-6;  // mm or degrees
 constexpr std::size_t kSamples = 64;        // targets on which much is tried
 constexpr int kPlaces = 9;                  // of an axis that is the start's to choose
+constexpr std::size_t kMostWanted = 9;      // of those beside them that reasons name
 constexpr std::size_t kShortPath = 20'000;  // on which every place is tried in full
 
 std::size_t at(int place) { return static_cast<std::size_t>(place); }
@@ -212,7 +213,9 @@ class Advisor {
       if (report_.unreached.empty()) {
         if (targets_.size() > kShortPath) return;
       } else {
-        places = {bestPlace(joint, places)};
+        const std::vector<double> wanted = wantedPlaces(joint);
+        places.insert(places.end(), wanted.begin(), wanted.end());
+        if (!places.empty()) places = {bestPlace(joint, places)};
       }
       for (const double value : places) {
         if (tryStart(joint, value)) break;
@@ -239,7 +242,7 @@ class Advisor {
         isStarts |= (hasSlides && isFreeSlide(joint)) ||
                     (kind == SolverKind::moreRotary && isFreeTurn(joint));
       }
-      if (isStarts && isFinite(joint)) some.push_back(joint);
+      if (isStarts) some.push_back(joint);
     }
     return some;
   }
@@ -257,7 +260,7 @@ class Advisor {
   std::vector<double> placesOf(const Joint& joint) const {
     const double now = placeNow(joint);
     std::vector<double> places;
-    for (int i = 0; i < kPlaces; ++i) {
+    for (int i = 0; isFinite(joint) && i < kPlaces; ++i) {
       const double value = joint.min + (joint.max - joint.min) * i / (kPlaces - 1);
       if (std::abs(value - now) > kSamePlace) places.push_back(value);
     }
@@ -265,6 +268,18 @@ class Advisor {
       const double wayToA = std::abs(a - now), wayToB = std::abs(b - now);
       return wayToA != wayToB ? wayToA < wayToB : a < b;
     });
+    return places;
+  }
+
+  /// Where targets without a position would be reached.
+  std::vector<double> wantedPlaces(const Joint& joint) const {
+    std::vector<double> places;
+    for (const auto& [target, answer] : report_.reasons) {
+      if (places.size() == kMostWanted) break;
+      if (answer.wanted.size() != 1 || answer.wanted[0].place != joint.place) continue;
+      if (std::abs(answer.wanted[0].value - placeNow(joint)) <= kSamePlace) continue;
+      places.push_back(answer.wanted[0].value);
+    }
     return places;
   }
 
@@ -277,7 +292,7 @@ class Advisor {
     }
   }
 
-  /// From where most samples are reached; of equal ones the nearest.
+  /// From where most samples are reached; of equal ones the first.
   double bestPlace(const Joint& joint, const std::vector<double>& places) {
     const std::vector<Target> targets = samples();
     double best = placeNow(joint);

@@ -65,7 +65,8 @@ KORVO_TOOLKIT_API const char* toString(PathAdvice::Kind kind);
 /// targets, and the shortest that reaches them all.
 ///
 /// Start: axes that are locked, or held by the options, and those beyond what a target determines
-/// (a rail, a fourth linear axis, a third rotary one): nine places from limit to limit.
+/// (a rail, a fourth linear axis, a third rotary one): nine places from limit to limit, and those
+/// at which the reasons of the report say that targets would be reached.
 ///
 /// Limit: with one axis' limits taken away, or far away, the path shows where that axis goes, the
 /// old limits exceeded as little as can be; the limits that hold this are the ones tried.

@@ -16,6 +16,7 @@ constexpr double kMostTurns = 100.0;
 constexpr double kManyTurns = 64.0;
 
 constexpr double kDefaultStep = 90.0;  // degrees
+constexpr double kFarthest = 1e9;      // degrees from zero, of a start
 
 double startOf(const Joint& joint, const ToolpathOptions& options) {
   const double start = options.start ? (*options.start)[at(joint.place)] : 0.0;
@@ -92,6 +93,7 @@ PathAxes::PathAxes(const JointChain& chain, const ToolpathOptions& options) {
     axes_.push_back(axisOf(joint, options, idle_));
     reference_[at(joint.place)] = startOf(joint, options);
   }
+  start_ = reference_;
   shorten(reference_, axes_);
   reference_ = unwound(reference_);
   const auto rank = [](const PathAxis& a) {
@@ -101,6 +103,12 @@ PathAxes::PathAxes(const JointChain& chain, const ToolpathOptions& options) {
     return std::pair(rank(a), a.place) < std::pair(rank(b), b.place);
   });
   while (limited_ < axes_.size() && rank(axes_[limited_]) == 0) ++limited_;
+}
+
+bool PathAxes::isStartFar() const {
+  return std::any_of(axes_.begin(), axes_.end(), [this](const PathAxis& axis) {
+    return axis.isTurn && std::abs(start_[axis.at()]) > kFarthest;
+  });
 }
 
 Machine PathAxes::unwound(const Machine& machine) const {

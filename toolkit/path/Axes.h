@@ -41,7 +41,13 @@ class PathAxes {
   const std::vector<PathAxis>& all() const { return axes_; }
   std::size_t size() const { return axes_.size(); }
 
-  /// What the solver starts from: the start, else zero; brought inside the limits.
+  /// Where the axes stand before: the start, else zero; brought inside the limits.
+  const Values& start() const { return start_; }
+
+  /// Whether a rotary axis stands so far out that nothing says any more where in its turn it is.
+  bool isStartFar() const;
+
+  /// What the solver starts from: the start with full turns taken off.
   const Values& reference() const { return reference_; }
 
   /// Of the axis that turns the tool about its own line, and moves nothing else: it stays. Or -1.
@@ -98,7 +104,7 @@ class PathAxes {
 
   std::vector<PathAxis> axes_;
   std::size_t limited_ = 0;  ///< How many wound axes have limits.
-  Values reference_{};
+  Values start_{}, reference_{};
   int idle_ = -1;
 };
 

@@ -21,6 +21,7 @@ constexpr double kTurns = 0.1;
 constexpr int kMostTries = 60;
 constexpr int kMostStanding = 4;             // on one way
 constexpr std::size_t kMostAdded = 100'000;  // on one way
+constexpr std::size_t kBetweenLooks = 1000;  // positions
 
 /// Axes that stand where a rule has them between targets stand where the targets have them.
 SolverOptions followingOptions(SolverOptions options) {
@@ -72,8 +73,9 @@ Between::Between(const Machine& machine, const ToolpathOptions& options, const P
       axes_(axes),
       solver_(axes.unwound(machine), followingOptions(options.solver)) {}
 
-void Between::add(const PathTarget& before, const PathTarget& target, std::size_t index,
-                  const PathPosition& from, const PathPosition& to, Added& out) const {
+bool Between::add(const PathTarget& before, const PathTarget& target, std::size_t index,
+                  const PathPosition& from, const PathPosition& to, const GoesOn& goesOn,
+                  Added& out) const {
   const PathWay way(before.target, target.target);
   Task task{before,
             target,
@@ -85,15 +87,15 @@ void Between::add(const PathTarget& before, const PathTarget& target, std::size_
             {solver_.chain(), way, tolerance_},
             standingShare(before, target, tolerance_),
             {}};
-  fill(task);
+  return fill(task, goesOn);
 }
 
-void Between::fill(Task& task) const {
+bool Between::fill(Task& task, const GoesOn& goesOn) const {
   Values at = task.from.values;
   const std::size_t first = task.out.positions.size(), standing = task.out.standing.size();
   for (double begin = 0.0; begin < 1.0;) {
     const Deviation::Verdict whole = task.deviation.judge(at, task.to.values);
-    if (whole.isKept) return;
+    if (whole.isKept) return true;
     const bool isEndless = task.out.positions.size() - first >= kMostAdded;
     const Step step =
         isEndless || !task.way.hasShortestTurn() ? Step{} : longest(task, at, begin, whole.share);
@@ -101,11 +103,16 @@ void Between::fill(Task& task) const {
       at = step.end.values;
       begin = step.end.way;
       task.out.positions.push_back(step.end);
+      const bool isLook = task.out.positions.size() % kBetweenLooks == 0;
+      if (isLook && !goesOn()) return false;
       continue;
     }
-    const bool isLast = isEndless || task.out.standing.size() - standing + 1 >= kMostStanding;
+    // Where no turn is the shortest there is no way to be on again before its end.
+    const bool isLast = isEndless || !task.way.hasShortestTurn() ||
+                        task.out.standing.size() - standing + 1 >= kMostStanding;
     stand(task, isLast, at, begin);
   }
+  return true;
 }
 
 /// The whole rest of the way is known to be too long, and by how much.
@@ -145,7 +152,8 @@ void Between::stand(Task& task, bool isLast, Values& at, double& begin) const {
     standing.place = axis.place;
     standing.by = by;
   }
-  task.out.standing.push_back(standing);
+  // Where no axis moves nothing is waited for: the tolerance is below rounding.
+  if (standing.place >= 0) task.out.standing.push_back(standing);
   begin = next ? end.way : 1.0;
   at = end.values;
   if (!next) return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -19,16 +20,20 @@ class Between {
     std::vector<PathStanding> standing;
   };
 
+  /// Asked before every thousandth position or so; false gives up.
+  using GoesOn = std::function<bool()>;
+
   /// Between two targets that follow each other, with the positions chosen for them. `index` is
-  /// that of the second.
-  void add(const PathTarget& before, const PathTarget& target, std::size_t index,
-           const PathPosition& from, const PathPosition& to, Added& out) const;
+  /// that of the second. False where it was given up: the way ends anywhere.
+  bool add(const PathTarget& before, const PathTarget& target, std::size_t index,
+           const PathPosition& from, const PathPosition& to, const GoesOn& goesOn,
+           Added& out) const;
 
  private:
   struct Task;
   struct Step;
 
-  void fill(Task& task) const;
+  bool fill(Task& task, const GoesOn& goesOn) const;
   Step longest(Task& task, const Values& from, double begin, double share) const;
   void stand(Task& task, bool isLast, Values& at, double& begin) const;
   std::optional<PathPosition> at(Task& task, double way) const;

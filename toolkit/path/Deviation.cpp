@@ -42,7 +42,7 @@ PathWay::PathWay(const Target& from, const Target& to)
   const UVec3d normal = from_ ^ to_;
   angle_ = std::atan2(normal.norm(), from_ * to_);
   hasTurn_ = angle_ < std::numbers::pi - 1e-6;
-  if (angle_ > kLeastAngle) across_ = (normal ^ from_).normalised();
+  if (hasTurn_ && angle_ > kLeastAngle) across_ = (normal ^ from_).normalised();
 }
 
 Target PathWay::at(double way) const {

@@ -32,7 +32,8 @@ PathBreak breakBetween(const PathAxes& axes, const PathPosition& from, const Pat
   PathBreak found;
   found.target = to.target;
   found.before = from.target;
-  double most = 0.0;
+  // An axis is named whatever rounding, far from zero, leaves of what it exceeds.
+  double most = -std::numeric_limits<double>::infinity();
   for (const PathAxis& axis : axes.all()) {
     const double by = std::abs(to.values[axis.at()] - from.values[axis.at()]);
     const double over = by - axis.largestStep;

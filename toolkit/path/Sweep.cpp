@@ -126,10 +126,8 @@ void Sweep::start() {
   }
 }
 
-double Sweep::beginCost(const Values& begin) const {
-  if (!startRow_.empty()) return 0.0;
-  const std::vector<double> from = rowOf(axes_, axes_.reference()), to = rowOf(axes_, begin);
-  return kBeginNearZero * costs_.way(from.data(), to.data());
+double Sweep::startCost(const double* row) const {
+  return startRow_.empty() ? 0.0 : costs_.way(startRow_.data(), row);
 }
 
 void Sweep::connect() {
@@ -187,8 +185,6 @@ std::size_t Sweep::bestState() const {
   return static_cast<std::size_t>(std::min_element(costBefore_.begin(), costBefore_.end()) -
                                   costBefore_.begin());
 }
-
-PathCost Sweep::best() const { return costBefore_.empty() ? PathCost{} : costBefore_[bestState()]; }
 
 std::vector<std::vector<std::uint32_t>> Sweep::chosen() {
   std::vector<std::vector<std::uint32_t>> all(links_.size());

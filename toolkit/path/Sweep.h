@@ -100,11 +100,9 @@ class Sweep {
   std::size_t size() const { return count_; }
   std::size_t bytes() const { return bytes_; }
 
-  /// Of the best path of all that was taken.
-  PathCost best() const;
-
-  /// How much of that says only that it shall begin near zero, when it begins there.
-  double beginCost(const Values& begin) const;
+  /// What the way from the start costs to the first position, in the order of PathAxes; without a
+  /// start nothing.
+  double startCost(const double* row) const;
 
   static constexpr std::uint32_t kNone = 0xffffffff;
 

@@ -1,10 +1,15 @@
 #include "toolkit/path/Toolpath.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <future>
+#include <numeric>
 
+#include "toolkit/answer/Explain.h"
 #include "toolkit/answer/Reach.h"
+#include "toolkit/answer/Sentences.h"
 #include "toolkit/answer/Values.h"
 #include "toolkit/path/Between.h"
 #include "toolkit/path/Blocks.h"
@@ -63,38 +68,49 @@ class Kept {
 class Giving {
  public:
   using Targets = std::span<const PathTarget>;
+  using Look = std::function<bool()>;
 
-  Giving(const Sides& sides, const Between* between, const ToolpathOptions& options,
-         Targets targets, const PathSink& sink, ToolpathReport& report)
+  /// `look` is asked by the thread that gives alone; false stops.
+  Giving(const Sides& sides, const Sweep& sweep, const Between* between,
+         const ToolpathOptions& options, Targets targets, const PathSink& sink, const Look& look,
+         ToolpathReport& report)
       : sides_(sides),
+        sweep_(sweep),
         between_(between),
         options_(options),
         targets_(targets),
         sink_(sink),
+        look_(look),
         report_(report),
         costs_(sides.axes()),
         statistics_(sides.axes(), options, report) {}
 
-  void give(const SideBlock& block, const std::vector<std::uint32_t>& chosen) {
+  /// False once it was stopped: the report is that of what was given.
+  bool give(const SideBlock& block, const std::vector<std::uint32_t>& chosen) {
     list(block, chosen);
-    std::vector<std::future<Added>> added;
-    const std::size_t jobs = between_ ? std::max(options_.jobs, 1) : 1;
     const std::size_t count = positions_.size();
-    for (std::size_t job = 1; job < jobs; ++job) {
-      added.push_back(std::async(std::launch::async, [this, job, jobs, count] {
-        return between(count * job / jobs, count * (job + 1) / jobs);
-      }));
+    const std::size_t jobs = between_ ? static_cast<std::size_t>(std::max(options_.jobs, 1)) : 1;
+    const std::size_t many = between_ ? jobs * kGivenAtOnce : count;
+    for (std::size_t begin = 0; begin < count && !isStopped_; begin += many) {
+      giveSome(begin, std::min(begin + many, count), jobs);
+      if (report_.positions - looked_ >= kMostUnlooked) goesOn();
     }
-    giveAll(between(0, count / jobs), 0, count / jobs);
-    for (std::size_t job = 1; job < jobs; ++job) {
-      giveAll(added[job - 1].get(), count * job / jobs, count * (job + 1) / jobs);
+    if (isStopped_) {
+      leaveOut();
+      return false;
     }
     next_ += block.size();
     report_.done = next_;
+    return look_();
   }
 
  private:
-  /// What stands between the positions before, and how many of each.
+  /// Positions of targets whose ways are filled by one thread before they are given.
+  static constexpr std::size_t kGivenAtOnce = 32;
+  static constexpr std::size_t kMostUnlooked = 1000;  ///< Positions given between two looks.
+
+  /// What stands between the positions before, and how many of each; of the last none where it was
+  /// stopped.
   struct Added {
     Between::Added all;
     std::vector<std::size_t> ends;
@@ -104,6 +120,7 @@ class Giving {
   struct Given {
     PathPosition position;
     bool isFollowing = false;  ///< The target before has a position, and there is no break.
+    double cost = 0.0;         ///< Of all up to here.
   };
 
   void list(const SideBlock& block, const std::vector<std::uint32_t>& chosen) {
@@ -135,6 +152,9 @@ class Giving {
       if (axis.isEndless) p.values[axis.at()] = turned(row_.back(), axis.at());
     }
     takeMargin(sides_.axes(), p);
+    cost_ += last ? costs_.way(lastRow_.data(), row_.data()) : sweep_.startCost(row_.data());
+    cost_ += sides_.axes().marginCost(row_.data());
+    given.cost = cost_;
     if (last && !isGap_) {
       given.isFollowing = !costs_.isBreak(lastRow_.data(), row_.data());
       if (!given.isFollowing) report_.breaks.push_back(breakBetween(sides_.axes(), *last, p));
@@ -162,24 +182,53 @@ class Giving {
     return i == 0 ? *before_ : positions_[i - 1].position;
   }
 
-  Added between(std::size_t begin, std::size_t end) const {
+  /// The other threads stop when this one does.
+  void giveSome(std::size_t begin, std::size_t end, std::size_t jobs) {
+    const auto edge = [=](std::size_t job) { return begin + (end - begin) * job / jobs; };
+    std::vector<std::future<Added>> added;
+    for (std::size_t job = 1; job < jobs; ++job) {
+      added.push_back(
+          std::async(std::launch::async, [this, first = edge(job), last = edge(job + 1)] {
+            return between(first, last, [this] { return !isStopped_; });
+          }));
+    }
+    giveAll(between(edge(0), edge(1), [this] { return goesOn(); }), edge(0));
+    for (std::size_t job = 1; job < jobs; ++job) {
+      while (added[job - 1].wait_for(kBetweenLooks) != std::future_status::ready) goesOn();
+      const Added some = added[job - 1].get();
+      if (!isStopped_) giveAll(some, edge(job));
+    }
+  }
+
+  static constexpr std::chrono::milliseconds kBetweenLooks{20};
+
+  bool goesOn() {
+    looked_ = report_.positions;
+    if (!isStopped_ && !look_()) isStopped_ = true;
+    return !isStopped_;
+  }
+
+  Added between(std::size_t begin, std::size_t end, const Between::GoesOn& goesOn) const {
     Added added;
     for (std::size_t i = begin; i < end; ++i) {
       const PathPosition& to = positions_[i].position;
       if (between_ && positions_[i].isFollowing) {
         const PathPosition& from = positionBefore(i);
-        between_->add(targets_[from.target], targets_[to.target], to.target, from, to, added.all);
+        const bool isWhole = between_->add(targets_[from.target], targets_[to.target], to.target,
+                                           from, to, goesOn, added.all);
+        if (!isWhole) return added;
       }
       added.ends.push_back(added.all.positions.size());
     }
     return added;
   }
 
-  void giveAll(const Added& added, std::size_t begin, std::size_t end) {
+  void giveAll(const Added& added, std::size_t begin) {
     std::size_t next = 0;
     auto standing = added.all.standing.begin();
-    for (std::size_t i = begin; i < end; ++i) {
-      for (; next < added.ends[i - begin]; ++next) give(added.all.positions[next]);
+    for (std::size_t k = 0; k < added.ends.size(); ++k) {
+      const std::size_t i = begin + k;
+      for (; next < added.ends[k]; ++next) give(added.all.positions[next]);
       if (positions_[i].isFollowing) {
         statistics_.takeStep(positionBefore(i), positions_[i].position);
       }
@@ -187,11 +236,12 @@ class Giving {
       for (; standing != added.all.standing.end() && standing->target == position.target;
            ++standing) {
         position.isAfterBreak |= standing->behind == 1.0;
+        report_.standing.push_back(*standing);
       }
       give(position);
+      report_.cost = positions_[i].cost;
+      report_.done = position.target + 1;
     }
-    report_.standing.insert(report_.standing.end(), added.all.standing.begin(),
-                            added.all.standing.end());
   }
 
   void give(const PathPosition& position) {
@@ -199,11 +249,19 @@ class Giving {
     if (sink_) sink_(position);
   }
 
+  /// What was listed of targets that were not given any more.
+  void leaveOut() {
+    std::erase_if(report_.unreached, [this](std::size_t target) { return target >= report_.done; });
+    std::erase_if(report_.breaks, [this](const PathBreak& b) { return b.target >= report_.done; });
+  }
+
   const Sides& sides_;
+  const Sweep& sweep_;
   const Between* between_;
   const ToolpathOptions& options_;
   Targets targets_;
   const PathSink& sink_;
+  const Look& look_;
   ToolpathReport& report_;
   StepCosts costs_;
   Statistics statistics_;
@@ -212,21 +270,40 @@ class Giving {
   std::optional<PathPosition> before_;
   std::vector<double> lastRow_, row_;
   std::size_t next_ = 0;
+  std::size_t looked_ = 0;
+  double cost_ = 0.0;
   bool isGap_ = false;
+  std::atomic<bool> isStopped_ = false;
 };
 
-void explain(const Machine& machine, const ToolpathOptions& options,
-             std::span<const PathTarget> targets, ToolpathReport& report) {
+void explain(std::span<const PathTarget> targets, const Machine& machine,
+             const ToolpathOptions& options, const PathAxes& axes, ToolpathReport& report) {
   if (report.unreached.empty()) return;
   Reach reach(machine, options.solver, options.language);
   Position from = machine.position();
-  if (options.start) setValues(*options.start, from);
+  setValues(axes.start(), from);
   for (std::size_t i = 0; i < report.unreached.size(); ++i) {
     const std::size_t target = report.unreached[i];
     if (i > 0 && report.unreached[i - 1] + 1 == target) continue;
     if (report.reasons.size() >= options.mostReasons) return;
-    report.reasons.emplace_back(target, reach.nearest(targets[target].target, from));
+    Answer answer = reach.nearest(targets[target].target, from);
+    // A path leaves what targets leave to the start where it is.
+    if (answer.status == Status::reached) explainStaying(machine, from, options.language, answer);
+    report.reasons.emplace_back(target, std::move(answer));
   }
+}
+
+/// No target has a position from such a start, and none is looked for.
+void refuseStart(const Machine& machine, const ToolpathOptions& options, const PathAxes& axes,
+                 ToolpathReport& report) {
+  report.done = report.targets;
+  report.unreached.resize(report.targets);
+  std::iota(report.unreached.begin(), report.unreached.end(), std::size_t{0});
+  if (report.targets == 0 || options.mostReasons == 0) return;
+  Answer answer(machine.position());
+  setValues(axes.start(), answer.position);
+  explainNoTarget(sentences::kStartTooFar, options.language, answer);
+  report.reasons.emplace_back(0, std::move(answer));
 }
 
 }  // namespace
@@ -247,6 +324,10 @@ ToolpathReport Toolpath::run(std::span<const PathTarget> targets, const PathSink
   report.targets = targets.size();
   report.axisCount = sides.solver().chain().axisCount;
 
+  if (sides.axes().isStartFar()) {
+    refuseStart(task_->machine, options, sides.axes(), report);
+    return report;
+  }
   Sweep sweep(sides.axes(), options);
   Kept kept;
   bool isStopped = false;
@@ -264,19 +345,19 @@ ToolpathReport Toolpath::run(std::span<const PathTarget> targets, const PathSink
   }
   const std::size_t room = kBytesPerTarget * sweep.size();
   kept.shrink(room > sweep.bytes() ? room - sweep.bytes() : 0);
-  report.cost = sweep.best().way;
 
   const std::size_t searched = sweep.size();
   const auto chosen = sweep.chosen();
   BlockSource second(sides, targets.first(searched), options.jobs, &kept.blocks());
-  Giving giving(sides, task_->between ? &*task_->between : nullptr, options, targets, sink, report);
+  const Giving::Look look = [&] {
+    return isStopped || !watch || watch({searched, report.done, targets.size()});
+  };
+  Giving giving(sides, sweep, task_->between ? &*task_->between : nullptr, options, targets, sink,
+                look, report);
   for (std::size_t b = 0; b < second.blockCount(); ++b) {
-    giving.give(second.next(), chosen[b]);
-    const bool goesOn = !watch || watch({searched, report.done, targets.size()});
-    if (!goesOn && !isStopped) break;
+    if (!giving.give(second.next(), chosen[b])) break;
   }
-  if (report.first) report.cost -= sweep.beginCost(report.first->values);
-  explain(task_->machine, options, targets, report);
+  explain(targets, task_->machine, options, sides.axes(), report);
   return report;
 }
 

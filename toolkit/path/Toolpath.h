@@ -53,7 +53,8 @@ struct ToolpathOptions {
   /// Where the machine stands before. The way from there counts as travel and is never a break;
   /// without it of equally good paths the one is taken that begins nearest to zero. Locked axes
   /// stand where it has them; without it they, and what else a target leaves to the start, stand at
-  /// zero or at the limit nearest to it.
+  /// zero or at the limit nearest to it. With a rotary axis more than 1e9 degrees from zero no
+  /// target has a position.
   std::optional<Values> start;
 
   std::optional<Tolerance> tolerance;  ///< Set: positions are added between targets.
@@ -139,7 +140,12 @@ struct ToolpathReport {
 
   std::optional<PathPosition> first;  ///< Where it begins.
 
-  double cost = 0.0;  ///< Weighted travel between targets and cost of margins: what is least.
+  /// What is least: over all targets with a position up to `done` the weighted way of every axis
+  /// from the one before (the first: from ToolpathOptions::start), at breaks and across unreached
+  /// targets too, straight or, of an axis without limits, the short way; and what margins cost at
+  /// each. The positions between targets have no part in it, so that with a tolerance, or where an
+  /// axis turns back between two targets, the travels in `axes` come to more.
+  double cost = 0.0;
   int axisCount = 0;
   std::array<AxisTravel, kMostAxes> axes;  ///< By place.
 
@@ -166,9 +172,9 @@ struct ToolpathProgress {
   std::size_t targets = 0;
 };
 
-/// Called every thousand targets or so; false stops. Stopped while it searches, a path ends with
-/// the targets searched so far, which are all given, as the best path of these alone; stopped while
-/// it gives, with those given.
+/// Called every thousand targets or so, and every thousand positions between them; false stops.
+/// Stopped while it searches, a path ends with the targets searched so far, which are all given, as
+/// the best path of these alone; stopped while it gives, with those given.
 using ToolpathWatch = std::function<bool(const ToolpathProgress&)>;
 
 /// The best continuous way of a machine's axes along a toolpath.
