@@ -137,7 +137,7 @@ TEST(Apt, RapidIsForTheNextTargetAlone) {
 // --- what is skipped
 
 TEST(Apt, OtherStatementsAreSkippedAndCountedByTheirWord) {
-  const Read all = read({"PARTNO GOTO/1,2,3", "LOADTL/4", "loadtl/5", "PPRINT/GOTO/1,2,3",
+  const Read all = read({"PARTNO GOTO/1,2,3", "LOADTL/4", "N9 loadtl/5", "PPRINT/GOTO/1,2,3",
                          "N5 PPRINT GOTO/1,2,3", "GOTOX/1,2,3", "/1,2", "P1=POINT/1,2,3", "FINI"});
   EXPECT_FALSE(all.problem);
   EXPECT_TRUE(all.targets.empty());

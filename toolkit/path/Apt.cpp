@@ -192,7 +192,8 @@ std::optional<AptProblem> AptReader::statement() {
   const bool isLabelled = behind.take(')') || behind.take('=') || isNumber(word);
   if (isLabelled) {
     const std::string next = behind.word();
-    if (isRead(next) || isText(next) || changesPath(next)) {
+    const bool isWord = isNumber(word) && !next.empty() && isLetter(next.front());
+    if (isWord || isRead(next) || isText(next) || changesPath(next)) {
       word = next;
       cursor = behind;
     }
