@@ -1,5 +1,7 @@
 #include "tools/AxisOptions.h"
 
+#include <set>
+
 #include "tools/AnswerText.h"
 #include "tools/Failure.h"
 #include "tools/Messages.h"
@@ -20,6 +22,7 @@ void checkSampled(const Session& session, const SolverOptions& options) {
 
 void forEachAxis(const Session& session, const std::vector<std::string>& given, const char* option,
                  const std::function<void(int place, const std::string& text)>& take) {
+  std::set<int> seen;
   for (const std::string& list : given) {
     for (const std::string& item : split(list, ',')) {
       const std::size_t equals = item.find('=');
@@ -33,6 +36,9 @@ void forEachAxis(const Session& session, const std::vector<std::string>& given, 
       }
       if (session.isLocked(place)) {
         failUsage(std::string("axes that are not locked after ") + option, inQuotes(item));
+      }
+      if (!seen.insert(place).second) {
+        failUsage(std::string("each axis once in ") + option, inQuotes(names[place]) + " again");
       }
       take(place, item.substr(equals + 1));
     }

@@ -10,6 +10,7 @@
 #include "tools/Failure.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
+#include "tools/Stop.h"
 
 namespace korvo::tools {
 namespace {
@@ -97,11 +98,13 @@ bool LineBlocks::fill() {
   const std::size_t got = std::fread(buffer_.data() + end_, 1, buffer_.size() - end_, file_);
   read_ += got;
   end_ += got;
-  atEnd_ = got == 0;
+  const bool isInterrupted = std::ferror(file_) && errno == EINTR;
+  if (isInterrupted) std::clearerr(file_);
+  atEnd_ = isInterrupted ? Stop::isWanted() : got == 0;
   if (std::ferror(file_))
     throw Failure(Exit::refused,
                   name_ + ": expected a readable table, found an error while reading");
-  return got != 0;
+  return !atEnd_;
 }
 
 // The place of the line's LF, or of the end of what there is.

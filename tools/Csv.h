@@ -24,8 +24,8 @@ class LineBlocks {
   LineBlocks(const LineBlocks&) = delete;
   LineBlocks& operator=(const LineBlocks&) = delete;
 
-  /// The next line without its end (LF or CR LF), valid until the next call; false at the end. A
-  /// UTF-8 mark at the start of the file is skipped.
+  /// The next line without its end (LF or CR LF), valid until the next call; false at the end, or
+  /// where a signal ended the wait for more. A UTF-8 mark at the start of the file is skipped.
   bool next(std::string_view& line);
 
   int number() const { return number_; }   ///< Of the line given last, from 1.

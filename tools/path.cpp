@@ -15,6 +15,7 @@
 #include "tools/Progress.h"
 #include "tools/Stop.h"
 #include "tools/Verbs.h"
+#include "tools/path_notes.h"
 #include "tools/path_report.h"
 #include "tools/path_table.h"
 
@@ -144,12 +145,17 @@ Exit exitOf(const ToolpathReport& report) {
 class PathRun {
  public:
   PathRun(const PathOptions& asked, const Session& session, const PathInput& input,
-          const ToolpathOptions& options)
+          const ToolpathOptions& options, Stop& stop)
       : input_(input),
         options_(options),
         plot_(input.targets.size()),
-        path_{asked, session, input, options, options.language, {}, {}, {}} {
-    if (asked.output) table_.emplace(*asked.output, input, session.machine().axisNames());
+        path_{asked, session, input, options, options.language, {}, {}, {}},
+        stop_(stop) {
+    const Stop::Delay delay;
+    if (asked.output) {
+      table_.emplace(*asked.output, input, session.machine().axisNames());
+      stop_.removeAtEnd(table_->temporary());
+    }
     if (asked.page) openPage(*asked.page);
   }
 
@@ -159,12 +165,14 @@ class PathRun {
         input_.targets, [this](const PathPosition& p) { take(p); },
         [this](const ToolpathProgress& p) { return look(p.searched + p.given, 2 * p.targets); });
     if (table_) table_->commit();
+    isHeeded_ = false;
     compare();
     if (!path_.asked.noAdvice)
       path_.advice = advise(machine(), options_, input_.targets, path_.report, watch());
+    path_.isCutShort = isHeeded_ && !path_.report.isStopped();
     progress_.wipe();
     report();
-    return exitOf(path_.report);
+    return path_.isCutShort ? Exit::stopped : exitOf(path_.report);
   }
 
  private:
@@ -179,6 +187,7 @@ class PathRun {
   void openPage(const std::string& file) {
     try {
       page_.emplace(fs::path(file));
+      stop_.removeAtEnd(page_->temporary());
     } catch (const WriteError& e) {
       throw Failure(Exit::refused, e.what());
     }
@@ -186,7 +195,8 @@ class PathRun {
 
   bool look(std::size_t done, std::size_t total) {
     progress_.show(done, total);
-    return !stop_.isWanted();
+    isHeeded_ = isHeeded_ || Stop::isWanted();
+    return !isHeeded_;
   }
 
   ToolpathWatch watch() {
@@ -224,7 +234,8 @@ class PathRun {
   std::optional<PathTable> table_;
   std::optional<WholeFile> page_;
   Progress progress_;
-  Stop stop_;
+  Stop& stop_;
+  bool isHeeded_ = false;
 };
 
 Exit run(const PathOptions& o) {
@@ -233,8 +244,13 @@ Exit run(const PathOptions& o) {
   Session session(o.common, o.targets);
   refuseMachineFile(o, session);
   const ToolpathOptions options = toolpathOptionsOf(o, session);
+  sayNotes(options, session);
+  Stop stop;
+  stop.setEndsReading(true);
   const PathInput input = readTargets(o, session, lines);
-  const Exit exit = PathRun(o, session, input, options).run();
+  stop.setEndsReading(false);
+  sayNotFollowed(input, options.language);
+  const Exit exit = PathRun(o, session, input, options, stop).run();
   session.closeTrace();
   return exit;
 }

@@ -39,8 +39,9 @@ struct PathInput {
   bool isApt = false;
   char separator = ',';  ///< Of its columns.
   std::vector<PathTarget> targets;
-  std::vector<std::uint32_t> lines;                         ///< Of each target.
-  std::map<std::string, std::size_t, std::less<>> skipped;  ///< Statements that were not read.
+  std::vector<std::uint32_t> lines;                             ///< Of each target.
+  std::map<std::string, std::size_t, std::less<>> skipped;      ///< Statements that were not read.
+  std::map<std::string, std::size_t, std::less<>> notFollowed;  ///< That change the tool's way.
 
   std::size_t lineOf(std::size_t target) const { return lines[target]; }
 };
@@ -59,6 +60,7 @@ struct PathOutcome {
   ToolpathReport report;
   std::vector<PathAdvice> advice;
   std::optional<ToolpathReport> nearestFirst;
+  bool isCutShort = false;  ///< Stopped behind the path itself, in comparing or trying what helps.
 };
 
 }  // namespace korvo::tools

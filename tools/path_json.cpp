@@ -142,12 +142,14 @@ json nearestFirstJson(const PathOutcome& path) {
 }
 
 json inputJson(const PathOutcome& path) {
-  json skipped = json::object();
+  json skipped = json::object(), notFollowed = json::object();
   for (const auto& [word, count] : path.input.skipped) skipped[word] = count;
+  for (const auto& [word, count] : path.input.notFollowed) notFollowed[word] = count;
   return {{"file", path.input.name},
           {"format", path.input.isApt ? "apt" : "csv"},
           {"targets", path.input.targets.size()},
-          {"skipped", std::move(skipped)}};
+          {"skipped", std::move(skipped)},
+          {"notFollowed", std::move(notFollowed)}};
 }
 
 json fileJson(const std::optional<std::string>& file) {
@@ -181,6 +183,7 @@ json pathJson(const PathOutcome& path) {
           {"standing", listed(report.standing, report.standing.size(),
                               [&](const PathStanding& at) { return standingJson(path, at); })},
           {"advice", std::move(advice)},
+          {"adviceStopped", path.isCutShort},
           {"axes", std::move(axes)},
           {"nearestLimit", nearestLimitJson(path)},
           {"singular", singularJson(path)},

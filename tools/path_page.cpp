@@ -144,6 +144,7 @@ class Page {
 
   std::string text() {
     head();
+    notFollowed();
     verdict();
     advice();
     figures();
@@ -170,6 +171,12 @@ class Page {
             escaped(path_.session.settingsText(l_)) + "</p>\n";
   }
 
+  void notFollowed() {
+    if (path_.input.notFollowed.empty()) return;
+    out_ += "<div class=\"verdict bad\"><b>" + in("Not followed", "Non suivi") + "</b>" +
+            escaped(notFollowedText(path_.input, l_)) + "</div>\n";
+  }
+
   void verdict() {
     const bool isGood = path_.report.isFitting();
     out_ += std::string("<div class=\"verdict") + (isGood ? "" : " bad") + "\"><b>" +
@@ -181,11 +188,12 @@ class Page {
   }
 
   void advice() {
-    if (path_.advice.empty()) return;
+    if (path_.advice.empty() && !path_.isCutShort) return;
     out_ += "<section><h2>" + in("What helps", "Ce qui aide") + "</h2>\n<ul>\n";
     for (const PathAdvice& one : path_.advice) {
       out_ += "<li>" + escaped(adviceText(path_, one)) + "</li>\n";
     }
+    if (path_.isCutShort) out_ += "<li>" + escaped(cutShortText(path_)) + "</li>\n";
     out_ += "</ul>\n<p class=\"soft\">" +
             in("Each was tried alone, by a run over all targets.",
                "Chaque conseil a été essayé seul, sur toutes les cibles.") +

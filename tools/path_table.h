@@ -16,6 +16,9 @@ class PathTable {
 
   void take(const PathPosition& position);
 
+  /// Where it is until then.
+  const std::filesystem::path& temporary() const { return file_.temporary(); }
+
   /// Puts it in its place.
   void commit();
 

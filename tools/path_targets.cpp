@@ -8,6 +8,7 @@
 #include "tools/Failure.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
+#include "tools/Stop.h"
 #include "tools/inverse.h"
 #include "tools/path.h"
 
@@ -34,9 +35,12 @@ std::string_view withoutQuotes(std::string_view text) {
   return isQuoted ? trimmed(text.substr(1, text.size() - 2)) : text;
 }
 
-// A header names its columns between separators; statements have a slash, a $, or stand alone.
+// A header names its columns between separators; statements have a slash, a $, or stand alone. GOTO
+// is no column, whatever is wrong behind it.
 bool looksLikeApt(std::string_view line) {
   if (line.find_first_of("/$") != std::string_view::npos) return true;
+  const std::string_view word = line.substr(line.find_first_not_of(" \t"));
+  if (isWord(word.substr(0, 4), "goto") && word.find_first_of(" \t") == 4) return true;
   return line.find_first_of(",;") == std::string_view::npos;
 }
 
@@ -53,24 +57,44 @@ class TargetReader {
     std::string_view line;
     while (nextLine(line) && isEmpty(line)) {
     }
-    if (!isTold_) input_.isApt = looksLikeApt(line);
+    const std::string first(line);
+    if (!isTold_) input_.isApt = isEmpty(line) || looksLikeApt(line);
+    const int number = lines_.number();
     if (input_.isApt) {
       readApt(line);
     } else {
       readTable(line);
     }
-    if (input_.targets.empty()) {
-      throw Failure(Exit::refused, input_.name + ": " +
-                                       in(language_, "expected targets, found none",
-                                          "cibles attendues, trouvé : aucune"));
-    }
+    if (input_.targets.empty()) failEmpty(first, number);
     return std::move(input_);
   }
 
  private:
+  // What is no table is taken for APT; without a target it may be neither.
+  [[noreturn]] void failEmpty(const std::string& first, int number) const {
+    const std::string wanted =
+        in(language_, "expected targets, found none", "cibles attendues, trouvé : aucune");
+    const bool isGuessed = input_.isApt && !isTold_ && !isEmpty(first);
+    if (!isGuessed) throw Failure(Exit::refused, input_.name + ": " + wanted);
+    throw Failure(Exit::refused,
+                  input_.name + ":" + std::to_string(number) + ": " + wanted +
+                      in(language_,
+                         ": neither a table with tip_x, tip_y, tip_z (or x, y, z), i, j, k between "
+                         ", or ; nor APT with GOTO/x,y,z; it begins with ",
+                         " : ni tableau avec tip_x, tip_y, tip_z (ou x, y, z), i, j, k entre , ou "
+                         "; ni APT avec GOTO/x,y,z ; début : ") +
+                      inQuotes(first));
+  }
+
   bool nextLine(std::string_view& line) {
     line = {};
-    if (!lines_.next(line)) return false;
+    const bool isThere = lines_.next(line);
+    if (Stop::isWanted()) {
+      throw Failure(Exit::stopped,
+                    input_.name + ": " +
+                        in(language_, "stopped while it was read", "arrêté pendant la lecture"));
+    }
+    if (!isThere) return false;
     if (!lines_.wasCut()) return true;
     const std::string most = std::to_string(LineBlocks::kMaxLine);
     fail(lines_, in(language_, "expected a line of up to " + most + " bytes, found a longer one",
@@ -100,6 +124,7 @@ class TargetReader {
     }
     if (const auto problem = reader.end()) failApt(*problem);
     input_.skipped = reader.skipped();
+    input_.notFollowed = reader.notFollowed();
   }
 
   [[noreturn]] void failApt(const AptProblem& p) const {

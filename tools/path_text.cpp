@@ -21,6 +21,9 @@ class Text {
     line("Machine", "Machine", path_.session.file());
     line("Settings", "Réglages", path_.session.settingsText(l_));
     line("Targets", "Cibles", inputText(path_));
+    if (!path_.input.notFollowed.empty()) {
+      line("Not followed", "Non suivi", notFollowedText(path_.input, l_));
+    }
     line("Fits", "Passe",
          (path_.report.isFitting() ? in(l_, "yes: ", "oui : ") : in(l_, "NO: ", "NON : ")) +
              verdictText(path_));
@@ -61,9 +64,10 @@ class Text {
   }
 
   void advice() {
-    if (path_.advice.empty()) return;
+    if (path_.advice.empty() && !path_.isCutShort) return;
     out_ << in(l_, "What helps", "Ce qui aide") << '\n';
     for (const PathAdvice& one : path_.advice) out_ << "  " << adviceText(path_, one) << '\n';
+    if (path_.isCutShort) out_ << "  " << cutShortText(path_) << '\n';
   }
 
   void begin() {

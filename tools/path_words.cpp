@@ -76,6 +76,15 @@ std::string whatText(const PathOutcome& path, const PathAdvice& advice) {
   }
 }
 
+// "LOADTL 1, SPINDL 2"
+std::string countsText(const std::map<std::string, std::size_t, std::less<>>& counts) {
+  std::string text;
+  for (const auto& [word, count] : counts) {
+    text += (text.empty() ? "" : ", ") + word + " " + std::to_string(count);
+  }
+  return text;
+}
+
 }  // namespace
 
 std::string fixed(double value, int decimals) {
@@ -202,6 +211,12 @@ std::string adviceText(const PathOutcome& path, const PathAdvice& advice) {
   return whatText(path, advice) + in(l, ": ", " : ") + saved;
 }
 
+std::string cutShortText(const PathOutcome& path) {
+  if (!path.isCutShort) return "";
+  return in(path.language, "stopped by a signal before all of it was tried",
+            "arrêté par un signal avant que tout soit essayé");
+}
+
 std::string singularText(const PathOutcome& path) {
   const Language l = path.language;
   const ToolpathReport& r = path.report;
@@ -239,12 +254,20 @@ std::string positionText(const PathOutcome& path, const Values& values) {
   return text;
 }
 
-std::string skippedText(const PathInput& input) {
-  std::string text;
-  for (const auto& [word, count] : input.skipped) {
-    text += (text.empty() ? "" : ", ") + word + " " + std::to_string(count);
-  }
-  return text;
+std::string skippedText(const PathInput& input) { return countsText(input.skipped); }
+
+std::string notFollowedText(const PathInput& input, Language l) {
+  if (input.notFollowed.empty()) return "";
+  std::size_t count = 0;
+  for (const auto& [word, times] : input.notFollowed) count += times;
+  const bool isOne = count == 1;
+  return std::to_string(count) +
+         in(l,
+            isOne ? " statement changes where the tool goes and was not followed: "
+                  : " statements change where the tool goes and were not followed: ",
+            isOne ? " instruction change le chemin de l'outil et n'a pas été suivie : "
+                  : " instructions changent le chemin de l'outil et n'ont pas été suivies : ") +
+         countsText(input.notFollowed);
 }
 
 std::string inputText(const PathOutcome& path) {

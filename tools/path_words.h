@@ -41,6 +41,9 @@ std::string unreachedText(const PathOutcome& path, const UnreachedRun& run);
 /// What to do, and what it saves.
 std::string adviceText(const PathOutcome& path, const PathAdvice& advice);
 
+/// Where not all was tried, or nothing was compared, because a signal came; else empty.
+std::string cutShortText(const PathOutcome& path);
+
 /// "12 targets within 1 degrees of a singular direction ...".
 std::string singularText(const PathOutcome& path);
 
@@ -52,6 +55,10 @@ std::string positionText(const PathOutcome& path, const Values& values);
 
 /// "LOADTL 1, SPINDL 2"; empty when nothing was skipped.
 std::string skippedText(const PathInput& input);
+
+/// "2 statements change where the tool goes and were not followed: CIRCLE 1, TRANS 1"; empty when
+/// there are none.
+std::string notFollowedText(const PathInput& input, Language language);
 
 /// "cavity.cl: 20000 targets, APT/CL".
 std::string inputText(const PathOutcome& path);

@@ -14,7 +14,7 @@ struct Read {
   std::vector<PathTarget> targets;
   std::vector<int> lines;
   std::optional<AptProblem> problem;
-  std::map<std::string, std::size_t, std::less<>> skipped;
+  AptReader::Counts skipped, notFollowed;
 };
 
 Read read(const std::vector<std::string>& lines, Language language = Language::english) {
@@ -31,6 +31,7 @@ Read read(const std::vector<std::string>& lines, Language language = Language::e
   }
   all.problem = reader.end();
   all.skipped = reader.skipped();
+  all.notFollowed = reader.notFollowed();
   return all;
 }
 
@@ -136,14 +137,37 @@ TEST(Apt, RapidIsForTheNextTargetAlone) {
 // --- what is skipped
 
 TEST(Apt, OtherStatementsAreSkippedAndCountedByTheirWord) {
-  const Read all = read({"PARTNO GOTO/1,2,3", "LOADTL/4", "loadtl/5", "PPRINT/GOTO/1,2,3",
-                         "GODLTA/0,0,5", "CIRCLE/0,0,0,0,0,1,5", "GOTOX/1,2,3", "/1,2", "FINI"});
+  const Read all = read({"PARTNO GOTO/1,2,3", "LOADTL/4", "N9 loadtl/5", "PPRINT/GOTO/1,2,3",
+                         "N5 PPRINT GOTO/1,2,3", "GOTOX/1,2,3", "/1,2", "P1=POINT/1,2,3", "FINI"});
   EXPECT_FALSE(all.problem);
   EXPECT_TRUE(all.targets.empty());
-  const std::map<std::string, std::size_t, std::less<>> wanted{
-      {"?", 1},     {"CIRCLE", 1}, {"FINI", 1},   {"GODLTA", 1},
-      {"GOTOX", 1}, {"LOADTL", 2}, {"PARTNO", 1}, {"PPRINT", 1}};
+  const AptReader::Counts wanted{{"?", 1},      {"FINI", 1}, {"GOTOX", 1}, {"LOADTL", 2},
+                                 {"PARTNO", 1}, {"P1", 1},   {"PPRINT", 2}};
   EXPECT_EQ(all.skipped, wanted);
+  EXPECT_TRUE(all.notFollowed.empty());
+}
+
+TEST(Apt, WhatChangesThePathIsCountedForItself) {
+  const Read all = read({"FROM/0,0,9", "GODLTA/0,0,5", "N7 circle/0,0,0,0,0,1,5", "CIRCLE/1",
+                         "TRANS/1,2,3", "TRACUT/M1", "TLAXIS/0,0,1", "L1) CYCLE/DRILL,5", "FINI"});
+  EXPECT_FALSE(all.problem);
+  const AptReader::Counts wanted{{"CIRCLE", 2}, {"CYCLE", 1},  {"FROM", 1}, {"GODLTA", 1},
+                                 {"TLAXIS", 1}, {"TRACUT", 1}, {"TRANS", 1}};
+  EXPECT_EQ(all.notFollowed, wanted);
+  EXPECT_EQ(all.skipped, (AptReader::Counts{{"FINI", 1}}));
+}
+
+TEST(Apt, ANumberOrALabelMayStandBeforeAStatement) {
+  const Read all = read({"N10 UNITS/INCHES", "N20 GOTO/1,0,0", "0030 goto/2,0,0", "L1) GOTO/3,0,0",
+                         "LBL = GOTO/4,0,0", "N50 RAPID", "N60 GOTO/5,0,0"});
+  ASSERT_FALSE(all.problem) << all.problem->text;
+  ASSERT_EQ(all.targets.size(), 5u);
+  for (std::size_t i = 0; i < 5; ++i) {
+    EXPECT_EQ(all.targets[i].target.tip.x, 25.4 * static_cast<double>(i + 1));
+  }
+  EXPECT_EQ(all.targets[4].feed, kRapid);
+  EXPECT_EQ(all.lines, (std::vector<int>{2, 3, 4, 5, 7}));
+  EXPECT_TRUE(all.skipped.empty());
 }
 
 TEST(Apt, ManyWordsAreCountedTogether) {
@@ -178,22 +202,26 @@ TEST_P(AptProblems, AreSaidWithTheirPlace) {
 
 INSTANTIATE_TEST_SUITE_P(
     Apt, AptProblems,
-    testing::Values(Wrong{{"GOTO/P1"}, 1, 6, "'P1'"}, Wrong{{"GOTO 1,2,3"}, 1, 6, "'1'"},
-                    Wrong{{"GOTO"}, 1, 5, "''"}, Wrong{{"$$", "GOTO/1,2"}, 2, 9, "2 numbers"},
-                    Wrong{{"GOTO/1,2,3,4"}, 1, 13, "4 numbers"},
-                    Wrong{{"GOTO/1,2,3,0,0,1,7"}, 1, 19, "7 numbers"},
-                    Wrong{{"GOTO/1,2,3,"}, 1, 12, "''"}, Wrong{{"GOTO/1,,3"}, 1, 8, "''"},
-                    Wrong{{"GOTO/1,2 3"}, 1, 10, "'3'"}, Wrong{{"GOTO/1,2,0x10"}, 1, 10, "'0x10'"},
-                    Wrong{{"GOTO/1,2,nan"}, 1, 10, "'nan'"}, Wrong{{"GOTO/1,2,1e"}, 1, 10, "'1e'"},
-                    Wrong{{"GOTO/1,2,1e999"}, 1, 10, "'1e999'"},
-                    Wrong{{"UNITS/INCHES", "GOTO/1,2,1e308"}, 2, 10, "'1e308'"},
-                    Wrong{{" GOTO/1,2,3,0,0,0"}, 1, 1, "i,j,k all 0"},
-                    Wrong{{"GOTO/1,2,$", "3,0,$ more", " x,1"}, 3, 2, "'x'"},
-                    Wrong{{"GOTO/1,2,$"}, 1, 10, "the end"}, Wrong{{"FEDRAT/"}, 1, 8, "''"},
-                    Wrong{{"FEDRAT 5"}, 1, 8, "'5'"}, Wrong{{"FEDRAT/-5"}, 1, 10, "''"},
-                    Wrong{{"FEDRAT/5,FAST"}, 1, 10, "'FAST'"}, Wrong{{"FEDRAT/5,6"}, 1, 10, "'6'"},
-                    Wrong{{"FEDRAT/MMPM"}, 1, 12, "''"}, Wrong{{"UNITS/CM"}, 1, 7, "'CM'"},
-                    Wrong{{"UNITS"}, 1, 6, "''"}));
+    testing::Values(
+        Wrong{{"GOTO/P1"}, 1, 6, "'P1'"}, Wrong{{"GOTO 1,2,3"}, 1, 6, "'1'"},
+        Wrong{{"GOTO"}, 1, 5, "''"}, Wrong{{"GOTO1,2,3"}, 1, 1, "'GOTO1,2,3'"},
+        Wrong{{"FINI", "N20goto/1,2,3"}, 2, 4, "'N20goto/1,2,3'"},
+        Wrong{{"RAPID, GOTO/1,2,3"}, 1, 8, "'RAPID, "},
+        Wrong{{"CUTTER/5 $", " GOTO/1,2,3"}, 2, 2, "'CUTTER/5 "},
+        Wrong{{"/GOTO/1,2,3"}, 1, 2, "'/GOTO/"}, Wrong{{"N20 GOTO/1,2"}, 1, 13, "2 numbers"},
+        Wrong{{"$$", "GOTO/1,2"}, 2, 9, "2 numbers"}, Wrong{{"GOTO/1,2,3,4"}, 1, 13, "4 numbers"},
+        Wrong{{"GOTO/1,2,3,0,0,1,7"}, 1, 19, "7 numbers"}, Wrong{{"GOTO/1,2,3,"}, 1, 12, "''"},
+        Wrong{{"GOTO/1,,3"}, 1, 8, "''"}, Wrong{{"GOTO/1,2 3"}, 1, 10, "'3'"},
+        Wrong{{"GOTO/1,2,0x10"}, 1, 10, "'0x10'"}, Wrong{{"GOTO/1,2,nan"}, 1, 10, "'nan'"},
+        Wrong{{"GOTO/1,2,1e"}, 1, 10, "'1e'"}, Wrong{{"GOTO/1,2,1e999"}, 1, 10, "'1e999'"},
+        Wrong{{"UNITS/INCHES", "GOTO/1,2,1e308"}, 2, 10, "'1e308'"},
+        Wrong{{" GOTO/1,2,3,0,0,0"}, 1, 1, "i,j,k all 0"},
+        Wrong{{"GOTO/1,2,$", "3,0,$ more", " x,1"}, 3, 2, "'x'"},
+        Wrong{{"GOTO/1,2,$"}, 1, 10, "the end"}, Wrong{{"FEDRAT/"}, 1, 8, "''"},
+        Wrong{{"FEDRAT 5"}, 1, 8, "'5'"}, Wrong{{"FEDRAT/-5"}, 1, 10, "''"},
+        Wrong{{"FEDRAT/5,FAST"}, 1, 10, "'FAST'"}, Wrong{{"FEDRAT/5,6"}, 1, 10, "'6'"},
+        Wrong{{"FEDRAT/MMPM"}, 1, 12, "''"}, Wrong{{"UNITS/CM"}, 1, 7, "'CM'"},
+        Wrong{{"UNITS"}, 1, 6, "''"}));
 
 TEST(Apt, ProblemsAreFrenchToo) {
   const Read all = read({"GOTO/P1"}, Language::french);

@@ -1,6 +1,8 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include "tests/support/TempFile.h"
 #include "tests/toolkit/ExportBodies.h"
@@ -103,6 +105,67 @@ TEST(WholeFile, RefusesWhatIsNoFileAndWhereNoneCanBe) {
               WholeFile f(folder.path() / "no" / "a.stl");
             }).find("a.stl: expected a folder to write it into, found none of that name"),
             std::string::npos);
+}
+
+#if defined(__linux__)
+
+// What /dev/stdout is; where it leads is a pipe, or a file that somebody writes to.
+class OpenStream : public testing::Test {
+ protected:
+  fs::path linkTo(int stream) {
+    const fs::path link = folder_.path() / ("link" + std::to_string(stream));
+    fs::create_symlink("/proc/self/fd/" + std::to_string(stream), link);
+    return link;
+  }
+
+  TempDir folder_;
+};
+
+TEST_F(OpenStream, LinkToAPipeIsRefusedAndStays) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const fs::path link = linkTo(ends[1]);
+  const std::string said = messageOf([&] { writeText(link, "new"); });
+  EXPECT_NE(said.find(": expected a file, found something else"), std::string::npos) << said;
+  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_EQ(filesIn(folder_.path()), 1u);
+  close(ends[0]);
+  close(ends[1]);
+}
+
+TEST_F(OpenStream, LinkToAFileThatIsOpenIsRefusedAndBothStay) {
+  const fs::path old = folder_.write("a", "old");
+  const int stream = open(old.c_str(), O_WRONLY);
+  ASSERT_GE(stream, 0);
+  const fs::path link = linkTo(stream);
+  fs::create_symlink(link.filename(), folder_.path() / "link");
+  for (const fs::path& path : {link, folder_.path() / "link"}) {
+    const std::string said = messageOf([&] { writeText(path, "new"); });
+    EXPECT_NE(said.find("expected a file, found what leads to an open stream"), std::string::npos)
+        << said;
+    EXPECT_TRUE(fs::is_symlink(path));
+  }
+  EXPECT_EQ(bytesOf(old), "old");
+  EXPECT_EQ(filesIn(folder_.path()), 3u);
+  close(stream);
+}
+
+#endif
+
+TEST(WholeFile, RefusesALinkToNone) {
+  const TempDir folder;
+  const fs::path link = folder.path() / "link";
+  fs::create_symlink("none", link);
+  const std::string said = messageOf([&] { writeText(link, "new"); });
+  EXPECT_NE(said.find("expected a file, found a link to none"), std::string::npos) << said;
+  EXPECT_TRUE(fs::is_symlink(link));
+}
+
+TEST(WholeFile, SaysWhereItsBytesAreUntilItIsWhole) {
+  const TempDir folder;
+  WholeFile file(folder.path() / "a");
+  EXPECT_EQ(file.temporary().parent_path(), folder.path());
+  EXPECT_TRUE(fs::exists(file.temporary()));
 }
 
 TEST(WholeFile, OnAFullDiskTheOldOneStays) {

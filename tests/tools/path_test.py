@@ -174,8 +174,33 @@ FINI
         answer = self.report(path)
         self.assertEqual(answer["input"]["format"], "apt")
         self.assertEqual(answer["input"]["skipped"], {"FINI": 1, "LOADTL": 1, "PARTNO": 1})
-        self.assertIn("3 targets, APT/CL; skipped: FINI 1, LOADTL 1, PARTNO 1\n",
-                      self.run_path(path).stdout)
+        self.assertEqual(answer["input"]["notFollowed"], {})
+        run = self.run_path(path)
+        self.assertIn("3 targets, APT/CL; skipped: FINI 1, LOADTL 1, PARTNO 1\n", run.stdout)
+        self.assertNotIn("Not followed", run.stdout)
+        self.assertEqual(run.stderr, "")
+
+    def test_labelled_and_numbered_moves_are_targets(self):
+        path = self.write("a.cl", "GOTO/1,2,3\nN20 GOTO/4,5,6\nL1) GOTO/7,8,9\nP=GOTO/1,1,1\n")
+        self.assertEqual([r["line"] for r in self.positions(path)], ["1", "2", "3", "4"])
+        run = self.run_path(self.write("b.cl", "GOTO/1,2,3\nX GOTO/4,5,6\n"), code=REFUSED)
+        self.assertIn("b.cl:2:3: expected GOTO at the start of a statement", run.stderr)
+
+    def test_what_changes_the_path_and_is_not_followed_is_said(self):
+        path = self.write("a.cl", "FINI\nTRANS/0,0,5\nGOTO/1,2,3\nCIRCLE/0,0,0,0,0,1,5\n"
+                                  "CIRCLE/0,0,0,0,0,1,6\n")
+        said = ("3 statements change where the tool goes and were not followed: CIRCLE 2, "
+                "TRANS 1\n")
+        out = self.at("page.html")
+        run = self.run_path(path, "--report", out, code=ANSWERED)
+        self.assertEqual(run.stderr, path + ": " + said)
+        self.assertIn("\nNot followed    " + said, run.stdout)
+        with open(out, encoding="utf-8") as file:
+            self.assertIn("<b>Not followed</b>" + said.strip(), file.read())
+        answer = self.report(path)["input"]
+        self.assertEqual(answer["notFollowed"], {"CIRCLE": 2, "TRANS": 1})
+        self.assertEqual(answer["skipped"], {"FINI": 1})
+        self.assertIn("n'ont pas été suivies", self.run_path(path, "--lang", "fr").stderr)
 
     def test_the_format_is_told_by_content_whatever_the_name(self):
         for text, wanted in (("$$ x\nGOTO/1,2,3\n", "apt"), ("\n\nGOTO/1,2,3\n", "apt"),
@@ -190,6 +215,20 @@ FINI
         self.assertEqual(self.report(path, "--input", "apt")["input"]["skipped"], {"WORD": 1})
         run = self.run_path(self.write("a.cl", "GOTO/1,2,3\n"), "--input", "csv", code=REFUSED)
         self.assertIn("expected a header with tip_x", run.stderr)
+
+    def test_what_is_neither_is_said_with_how_it_begins(self):
+        for text, line, start in (("\n# made today\nx,y,z,i,j,k\n1,2,3,0,0,1\n", 2, "# made today"),
+                                  ("x\ty\tz\ti\tj\tk\n1\t2\t3\t0\t0\t1\n", 1, r"x\ty\tz"),
+                                  ("\x01\x02\n", 1, r"\x01\x02"), ("FINI\n", 1, "FINI")):
+            with self.subTest(text):
+                path = self.write("odd.txt", text)
+                run = self.run_path(path, code=REFUSED)
+                self.assertTrue(run.stderr.startswith(
+                    f"{path}:{line}: expected targets, found none: neither a table with tip_x"),
+                    run.stderr)
+                self.assertIn("nor APT with GOTO/x,y,z; it begins with '" + start, run.stderr)
+        run = self.run_path(self.write("odd.txt", "GOTO 1,2,3\n"), code=REFUSED)
+        self.assertIn("odd.txt:1:6: expected GOTO/x,y,z", run.stderr)
 
     def test_what_cannot_be_read_is_said_with_line_and_column(self):
         path = self.write("bad.cl", "\n\n$$\nGOTO/1,2,3\nGOTO/1,2,$\nP3\n")
@@ -543,6 +582,46 @@ class Refusals(PathCommandLine):
             run = self.run_path(spiral(2), option, self.at("no/such/file"), code=REFUSED)
             self.assertIn("expected a folder to write it into", run.stderr)
 
+    # What /dev/stdout is, in a folder of our own.
+    def test_links_to_open_streams_are_refused_and_stay(self):
+        link = self.at("stream")
+        os.symlink("/proc/self/fd/1", link)
+        with open(self.at("plain"), "wb") as plain:
+            for option in ("-o", "--report"):
+                for stream in (subprocess.PIPE, plain):
+                    with self.subTest((option, stream)):
+                        run = subprocess.run(
+                            [KORVO, "path", self.machine, self.write("t.csv", table(spiral(2))),
+                             option, link], stdout=stream, stderr=subprocess.PIPE, text=True,
+                            timeout=60, check=False)
+                        self.assertEqual(run.returncode, REFUSED)
+                        self.assertIn("stream: expected a file, found", run.stderr)
+                        self.assertEqual(os.readlink(link), "/proc/self/fd/1")
+        self.assertEqual(sorted(os.listdir(self.folder)),
+                         ["ac.def", "fork.def", "plain", "stream", "t.csv"])
+
+    def test_an_axis_given_twice_is_refused(self):
+        for option in ("--weight", "--step", "--margin", "--margin-cost", "--hold", "--from"):
+            self.assert_fails(USAGE, f"each axis once in {option}, found 'C' again", "path",
+                              self.machine, self.write("t.csv", table(spiral(2))), option,
+                              "C=5,C=9")
+        run = self.run_path(spiral(2), "--weight", "C=1", "--weight", "C=2", code=USAGE)
+        self.assertIn("each axis once in --weight", run.stderr)
+
+    def test_what_cannot_be_meant_so_is_said(self):
+        endless = self.write("endless.def", FORK.replace("limits=C,-360,360\n", ""))
+        for options, said in (
+                (["--hold", "B=200"], "--hold has B at 200, outside its limits (at most 110)"),
+                (["--hold", "B=-111"], "--hold has B at -111, outside its limits (at least -110)"),
+                (["--hold", "B=110"], ""),
+                (["--from", "Z=9999"], "--from has Z at 9999, outside its limits (at most 1000)"),
+                (["--margin", "C=5"], "--margin of C has no effect: it has no limits"),
+                (["--margin", "B=5", "--margin-cost", "B=5"], ""),
+                (["--margin-cost", "B=5"], "--margin-cost of B has no effect without --margin")):
+            with self.subTest(options):
+                run = self.run_path(spiral(2), *options, "--no-advice", machine=endless)
+                self.assertEqual(run.stderr, f"korvo: {said}\n" if said else "")
+
     def test_strategy_plays_no_part_and_says_so(self):
         run = self.run_path(spiral(2), "--strategy", "2", code=ANSWERED)
         self.assertIn("--strategy plays no part in 'path'", run.stderr)
@@ -577,7 +656,8 @@ class Stopping(PathCommandLine):
             self.wait_for(lambda: self.temporary() or child.poll() is not None)
             child.send_signal(number)  # it may be stopped from the temporary file on
             output, errors = child.communicate(timeout=60)
-            if child.returncode != ANSWERED:
+            is_behind = '"adviceStopped": true' in output or "before all of it" in output
+            if child.returncode != ANSWERED and not is_behind:
                 break
         self.assertEqual(child.returncode, STOPPED, errors)
         self.assertEqual(self.temporary(), [])
@@ -630,6 +710,59 @@ class Stopping(PathCommandLine):
         self.assertIsNone(child.poll())
         child.send_signal(signal.SIGINT)
         self.assertEqual(child.wait(timeout=60), -signal.SIGINT)
+
+    # The first one comes as early as it can, while it searches; the second one before it is done.
+    def test_a_second_signal_leaves_nothing_unfinished(self):
+        path, out = self.many(), self.write("out.csv", "old")
+        for _ in range(10):
+            child = subprocess.Popen([KORVO, "path", self.machine, path, "-o", out, "--report",
+                                      self.at("page.html")],
+                                     stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            self.wait_for(lambda: self.temporary() or child.poll() is not None)
+            child.send_signal(signal.SIGTERM)
+            child.send_signal(signal.SIGINT)
+            if child.wait(timeout=60) in (-signal.SIGINT, -signal.SIGTERM):
+                break
+        self.assertLess(child.returncode, 0)
+        self.assertEqual(sorted(os.listdir(self.folder)),
+                         ["ac.def", "fork.def", "many.csv", "out.csv"])
+        with open(out, encoding="utf-8") as file:
+            self.assertEqual(file.read(), "old")
+
+    def test_what_helps_is_stopped_and_says_so(self):
+        with open(self.many(), encoding="utf-8") as file:
+            text = file.read()
+        path = self.write("far.csv", text + "5000,0,0,0,0,1\n")
+        out = self.at("out.csv")
+        for options in ((), ("--json",)):
+            child = subprocess.Popen([KORVO, "path", self.machine, path, "-o", out, *options],
+                                     stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+            self.wait_for(lambda: os.path.exists(out) or child.poll() is not None)
+            child.send_signal(signal.SIGINT)  # the table is in its place, trials follow
+            output, errors = child.communicate(timeout=60)
+            self.assertEqual(child.returncode, STOPPED, errors)
+            os.remove(out)
+            if options:
+                answer = json.loads(output)
+                validate(answer)
+                self.assertTrue(answer["adviceStopped"])
+                self.assertFalse(answer["stopped"])
+            else:
+                self.assertIn("What helps\n", output)
+                self.assertIn("  stopped by a signal before all of it was tried\n", output)
+                self.assertIn("NO: 1 target without a position", output)
+
+    def test_reading_standard_input_is_stopped(self):
+        for number in (signal.SIGINT, signal.SIGTERM):
+            child = subprocess.Popen([KORVO, "path", self.machine, "-"], stdin=subprocess.PIPE,
+                                     stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+            child.stdin.write(table(spiral(3)))
+            child.stdin.flush()
+            time.sleep(0.5)
+            child.send_signal(number)
+            self.assertEqual(child.wait(timeout=30), STOPPED)
+            output, errors = child.communicate()
+            self.assertEqual((output, errors), ("", "standard input: stopped while it was read\n"))
 
     def test_progress_is_shown_on_a_terminal_only(self):
         path = self.many()

@@ -42,12 +42,34 @@ fs::path beside(const fs::path& path) {
   fail(path, "room and permission to write a file beside it, found none; it is as it was");
 }
 
-// What stands at `path`, a link followed; `path` itself when nothing does.
+// A link to what a program has open. Where it leads is none of our business even when it is a file:
+// others write to it already, and would go on with the one that was replaced.
+bool leadsToStream(fs::path path) {
+  constexpr int kMostLinks = 40;
+  std::error_code error;
+  for (int links = 0; links < kMostLinks; ++links) {
+    const fs::path parent = path.parent_path();
+    const fs::path folder = fs::canonical(parent.empty() ? "." : parent, error);
+    if (error) return false;
+    if (folder.generic_string().starts_with("/proc/")) return true;
+    const fs::path next = fs::read_symlink(folder / path.filename(), error);
+    if (error) return false;
+    path = folder / next;
+  }
+  return false;
+}
+
+// What stands at `path`, a link followed; `path` itself when nothing does. A link is never
+// replaced, so it has to lead to a file.
 fs::path targetOf(const fs::path& path) {
   std::error_code error;
-  fs::path target = fs::canonical(path, error);
-  if (error) return path;
-  if (!fs::is_regular_file(target)) fail(path, "a file, found something else of that name");
+  if (!fs::exists(fs::symlink_status(path, error))) return path;
+  const fs::file_status status = fs::status(path, error);
+  if (!fs::exists(status)) fail(path, "a file, found a link to none");
+  if (!fs::is_regular_file(status)) fail(path, "a file, found something else of that name");
+  if (leadsToStream(path)) fail(path, "a file, found what leads to an open stream");
+  const fs::path target = fs::canonical(path, error);
+  if (error) fail(path, "a file, found a link to none");
   if (!std::ofstream(target, std::ios::binary | std::ios::app)) {
     fail(path, "a file that may be written, found one that may only be read");
   }

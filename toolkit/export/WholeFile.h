@@ -18,7 +18,8 @@ class KORVO_TOOLKIT_API WriteError : public std::runtime_error {
 /// A file that appears whole or not at all: it is written beside its place and takes it in the end.
 ///
 /// Permissions of a file that is replaced stay, and a link stays one: the file it leads to is
-/// replaced. What is no regular file, or may only be read, is none of ours to replace.
+/// replaced. What is no regular file, or may only be read, is none of ours to replace, nor is a
+/// link to none or to an open stream (/dev/stdout).
 class KORVO_TOOLKIT_API WholeFile {
  public:
   /// Throws WriteError when no file can be written there.
@@ -32,6 +33,9 @@ class KORVO_TOOLKIT_API WholeFile {
 
   /// Writes over the beginning, once all else is written. A failure shows in `commit`.
   void overwriteStart(std::string_view bytes);
+
+  /// Where the bytes are until `commit`: what is left when the program is ended before.
+  const std::filesystem::path& temporary() const { return temporary_; }
 
   /// Ends the file and puts it in its place. Throws WriteError when not all of it could be written.
   void commit();

@@ -22,6 +22,58 @@ bool isWordLetter(char c) {
   return (u >= 'A' && u <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
+bool isLetter(char c) { return isWordLetter(c) && !(c >= '0' && c <= '9'); }
+
+bool isDigits(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+/// "20", "N20": the number of a statement.
+bool isNumber(std::string_view word) {
+  return isDigits(word) || (word.starts_with('N') && isDigits(word.substr(1)));
+}
+
+template <std::size_t N>
+bool isAmong(std::string_view word, const std::string_view (&words)[N]) {
+  return std::find(std::begin(words), std::end(words), word) != std::end(words);
+}
+
+bool isRead(std::string_view word) {
+  static constexpr std::string_view kWords[] = {"GOTO", "FEDRAT", "RAPID", "UNITS"};
+  return isAmong(word, kWords);
+}
+
+/// Behind these stands text for people or for the control.
+bool isText(std::string_view word) {
+  static constexpr std::string_view kWords[] = {"PARTNO", "PPRINT", "REMARK", "INSERT", "MSG"};
+  return isAmong(word, kWords);
+}
+
+/// Motions, cycles of motions, and what moves or turns all points or directions behind it.
+bool changesPath(std::string_view word) {
+  static constexpr std::string_view kWords[] = {
+      "ARC",    "ARCMOV", "BSPLIN", "CALL",   "CALSUB", "CIRCLE", "COPY",   "CYCLE",  "FROM",
+      "GOBACK", "GOCLER", "GODLTA", "GODOWN", "GOFWD",  "GOHOME", "GOLFT",  "GORGT",  "GOUP",
+      "HELIX",  "INDEX",  "MOVARC", "NURBS",  "ORIGIN", "POCKET", "REFSYS", "RETRCT", "ROTABL",
+      "ROTATE", "ROTHED", "SPLINE", "THREAD", "TLAXIS", "TRACUT", "TRANS"};
+  return isAmong(word, kWords);
+}
+
+/// Where GOTO stands in `text` and is no part of a longer word; npos when nowhere.
+std::size_t findGoto(std::string_view text) {
+  constexpr std::string_view kGoto = "GOTO";
+  const auto isSame = [](char a, char b) { return upper(a) == b; };
+  for (auto from = text.begin();;) {
+    const auto found = std::search(from, text.end(), kGoto.begin(), kGoto.end(), isSame);
+    if (found == text.end()) return std::string_view::npos;
+    const auto behind = found + static_cast<std::ptrdiff_t>(kGoto.size());
+    const bool isAlone = (found == text.begin() || !isLetter(*(found - 1))) &&
+                         (behind == text.end() || !isLetter(*behind));
+    if (isAlone) return static_cast<std::size_t>(found - text.begin());
+    from = behind;
+  }
+}
+
 /// As people write decimal numbers: no "inf", no "0x1p3", no "1e".
 std::size_t scanDecimal(std::string_view text, double& value) {
   const text::Scan scan = text::scanDouble(text, value);
@@ -135,12 +187,42 @@ std::optional<AptProblem> AptReader::end() {
 std::optional<AptProblem> AptReader::statement() {
   Cursor cursor(text_);
   if (cursor.isAtEnd()) return {};
-  const std::string word = cursor.word();
+  std::string word = cursor.word();
+  Cursor behind = cursor;
+  const bool isLabelled = behind.take(')') || behind.take('=') || isNumber(word);
+  if (isLabelled) {
+    const std::string next = behind.word();
+    const bool isWord = isNumber(word) && !next.empty() && isLetter(next.front());
+    if (isWord || isRead(next) || isText(next) || changesPath(next)) {
+      word = next;
+      cursor = behind;
+    }
+  }
+  return statementOf(word, cursor);
+}
+
+std::optional<AptProblem> AptReader::statementOf(const std::string& word, Cursor& cursor) {
   if (word == "GOTO") return readGoto(cursor);
   if (word == "FEDRAT") return readFeed(cursor);
   if (word == "UNITS") return readUnits(cursor);
   if (word == "RAPID" && cursor.isAtEnd()) {
     isRapid_ = true;
+    return {};
+  }
+  return passOver(word);
+}
+
+std::optional<AptProblem> AptReader::passOver(const std::string& word) {
+  const std::size_t at = isText(word) ? std::string::npos : findGoto(text_);
+  if (at != std::string::npos) {
+    return problemAt(at, in("expected GOTO at the start of a statement, or behind a number or a "
+                            "label, found ",
+                            "GOTO attendu au début d'une instruction, ou derrière un numéro ou "
+                            "une étiquette, trouvé : ") +
+                             quoted(std::string_view(text_)));
+  }
+  if (changesPath(word)) {
+    ++notFollowed_[word];
   } else {
     skip(word);
   }

@@ -35,7 +35,13 @@ struct AptProblem {
 ///   UNITS/MM  UNITS/INCHES   what lengths and feeds without a unit of their own are in from here
 ///                      on; an inch is 25.4 mm
 ///
-/// All other statements are skipped and counted, GODLTA and CIRCLE too: look at `skipped`.
+/// A number or a label may stand before a statement: `N20 GOTO/...`, `20 GOTO/...`, `L1) GOTO/...`,
+/// `P1=GOTO/...`. Any other statement in which GOTO stands as a word is a problem, for it might be
+/// a target; but for the text behind PARTNO, PPRINT, REMARK, INSERT and MSG.
+///
+/// All others are skipped and counted. Those that move the tool, or change where points are
+/// (GODLTA, CIRCLE, TRANS and the like), are counted for themselves: with any of them the targets
+/// are not the path that was meant.
 class KORVO_TOOLKIT_API AptReader {
  public:
   /// Longest statement in bytes, its continuations together.
@@ -52,9 +58,14 @@ class KORVO_TOOLKIT_API AptReader {
   /// Says that there are no more lines.
   std::optional<AptProblem> end();
 
-  /// How many statements there were of each word that is not read. Words above the first 100 are
-  /// counted as "...".
-  const std::map<std::string, std::size_t, std::less<>>& skipped() const { return skipped_; }
+  using Counts = std::map<std::string, std::size_t, std::less<>>;
+
+  /// How many statements there were of each word that is not read and does no harm. Words above the
+  /// first 100 are counted as "...".
+  const Counts& skipped() const { return skipped_; }
+
+  /// How many there were of each word that changes where the tool goes and is not read either.
+  const Counts& notFollowed() const { return notFollowed_; }
 
  private:
   class Cursor;
@@ -70,6 +81,8 @@ class KORVO_TOOLKIT_API AptReader {
   std::string in(const char* english, const char* french) const;
   AptProblem problemAt(std::size_t at, const std::string& text) const;
   Problem statement();
+  Problem statementOf(const std::string& word, Cursor& cursor);
+  Problem passOver(const std::string& word);
   Problem readGoto(Cursor& cursor);
   Problem readFeed(Cursor& cursor);
   std::optional<double> feedUnit(const std::string& word) const;
@@ -86,7 +99,7 @@ class KORVO_TOOLKIT_API AptReader {
   double feed_ = 0.0;
   double unit_ = 1.0;  ///< mm
   bool isRapid_ = false;
-  std::map<std::string, std::size_t, std::less<>> skipped_;
+  Counts skipped_, notFollowed_;
 };
 
 }  // namespace korvo
