@@ -346,7 +346,7 @@ class SolverArmAtSingularPlaces : public testing::TestWithParam<Place> {
 TEST_P(SolverArmAtSingularPlaces, LosesNoBranch) {
   constexpr int kTargets = 50;  // each arm
   Row row;
-  const int arms = proofCount(2500, 1800000) / kTargets;
+  const int arms = proofCount(2500, 2000000) / kTargets;
   for (int i = 0; i < arms; ++i) {
     Dice dice(static_cast<unsigned>(i));
     ArmPlace place(GetParam(), dice, row);
