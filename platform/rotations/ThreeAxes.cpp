@@ -194,19 +194,26 @@ void ThreeAxes::addSides(const Shoulder& s, ThreeAnglesList& list) const {
   addSide({s.phi, flat(s.psi), 0.0, s.planar1, s.across}, 1, list);
 }
 
-/// A target on both limits at once: next to line 2 while the shoulder's sides are one. There the
-/// square root makes much of what a target misses; the elbow's limit tells the side better.
+/// A target on both limits at once: the elbow flat while the shoulder's sides nearly are one. There
+/// the square root makes much of what a target misses; the elbow's limit tells the side better. Of
+/// two sides out of reach one is added, and one beside that of the list.
 void ThreeAxes::addAtLimits(const Shoulder& s, double distance, ThreeAnglesList& list) const {
+  const int found = list.count;
   for (const int side : {1, -1}) {
     const Bent b = bent(s.planar1, side * s.aside - offsetNormal_);
+    if (b.isReached()) continue;
     const double limitSq = b.outMm > 0 ? sumSq_ : differenceSq_;
     const double planar2 = std::sqrt(std::max(limitSq - s.planar1 * s.planar1, 0.0));
     const double normal = std::copysign(planar2, b.planar2) + offsetNormal_,
                  aside = std::fabs(normal);
     const double missMm = std::fabs(aside - s.aside) * (aside + s.aside) / (2 * distance);
-    if (missMm > kReachOfSize * size_) continue;
-    addSide({s.phi, arcTangent(aside, s.across), aside, s.planar1, s.across}, normal < 0 ? -1 : 1,
-            list);
+    const int limitSide = normal < 0 ? -1 : 1;
+    if (missMm > kReachOfSize * size_ || (found > 0 && limitSide != side)) continue;
+    addSide({s.phi, arcTangent(aside, s.across), aside, s.planar1, s.across}, limitSide, list);
+    if (side > 0) {
+      const auto begin = list.solutions.begin();
+      std::rotate(begin, begin + found, begin + list.count);
+    }
     return;
   }
 }
@@ -242,7 +249,7 @@ ThreeAnglesList ThreeAxes::solveUsual(const Vec3& to) const {
   const Shoulder shoulder{arcTangent(n, u), arcTangent(aside, across),        aside, planar1,
                           across,           distance <= kOnLineOfSize * size_};
   addSides(shoulder, list);
-  if (list.count == 0 && distance > 0) addAtLimits(shoulder, distance, list);
+  if (list.count <= 2 && distance > 0) addAtLimits(shoulder, distance, list);
   list.reach = list.count > 0 ? Reach::reached : whyNot(shoulder);
   return list;
 }

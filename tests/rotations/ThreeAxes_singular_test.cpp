@@ -231,6 +231,40 @@ TEST_P(NextToTheFold, BothElbowsAreFound) {
   }
 }
 
+class StretchedNextToTheShouldersFold : public testing::TestWithParam<double> {};
+
+// What rounding makes of the point may leave one side of the shoulder out of reach, while the elbow
+// bends on the other.
+TEST_P(StretchedNextToTheShouldersFold, IsReachedOnTheSideThatMadeIt) {
+  Dice dice(16);
+  const double aside = GetParam();
+  for (int i = 0; i < 20 * kEach; ++i) {
+    const double lateral = dice.between(80, 300) * (dice.coin() ? 1 : -1);
+    const Arm arm = usualArm(dice.between(-100, 200), lateral, dice.between(200, 500),
+                             dice.between(200, 500), dice.between(-100, 100));
+    const double a1 = dice.angle(), a3 = stretchedAngle(arm);
+    // The point's way along X, from line 1: c + b cos a2 + s sin a2.
+    const double at0 = arm.at(0, 0, a3)[0], at90 = arm.at(0, kPi / 2, a3)[0];
+    const double at180 = arm.at(0, kPi, a3)[0];
+    const double c = (at0 + at180) / 2, b = (at0 - at180) / 2, s = at90 - c;
+    const double wanted = dice.coin() ? aside : -aside;
+    const double a2 = std::atan2(s, b) + std::acos((wanted - c) / std::hypot(b, s));
+    const Vec3 to = arm.at(a1, a2, a3);
+    const ThreeAnglesList found = arm.to(to);
+    const double sides = aside / std::fabs(lateral);  // they are twice that apart
+    EXPECT_TRUE(std::any_of(found.begin(), found.end(),
+                            [&](const ThreeAngles& t) {
+                              return isSame(t.a1, a1, sides / 2) && isSame(t.a2, a2, 2e-2) &&
+                                     isSame(t.a3, a3, 2e-2);
+                            }))
+        << i << ": " << listed(found);
+    expectNoneWrong(arm, found, to);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(ThreeAxes, StretchedNextToTheShouldersFold,
+                         testing::Values(1.0, 0.1, 1e-2, 1e-3, 1e-4));
+
 /// Of lines anywhere: 0 where the speeds of the point by the three turns are in one plane. Seen
 /// before the second turn, which is undone on the first line.
 double volumeAt(const Arm& arm, double a2, double a3) {
