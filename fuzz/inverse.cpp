@@ -44,7 +44,7 @@ class Bytes {
   T take() {
     T value{};
     const std::size_t count = std::min(left_, sizeof value);
-    std::memcpy(&value, at_, count);
+    if (count > 0) std::memcpy(&value, at_, count);
     at_ += count;
     left_ -= count;
     return value;
