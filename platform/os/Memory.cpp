@@ -14,7 +14,8 @@ void wishLargePages(void* begin, std::size_t size) {
   const auto address = reinterpret_cast<std::uintptr_t>(begin);
   const std::uintptr_t first = (address + kPage - 1) / kPage * kPage;
   const std::uintptr_t last = (address + size) / kPage * kPage;
-  if (first < last) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+  if (first >= last) return;
+  madvise(static_cast<char*>(begin) + (first - address), last - first, MADV_HUGEPAGE);
 }
 #else
 void wishLargePages(void*, std::size_t) {}
