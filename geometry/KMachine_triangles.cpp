@@ -15,12 +15,15 @@ namespace {
 
 /// Makes room for all bodies at once: a list that grew from body to body would be copied each time,
 /// and with large bodies that costs as much as reading them.
-void makeRoom(const std::vector<KMachineElem>& elements, std::vector<UTri>& triangles) try {
+/// @return  Whether there was; if not, some bodies may still fit.
+bool makeRoom(const std::vector<KMachineElem>& elements, std::vector<UTri>& triangles) try {
   std::size_t count = 0;
   for (const KMachineElem& e : elements) count += expectedTriangles(e.getGeomFile());
   triangles.reserve(count);
   korvo::os::wishLargePages(triangles.data(), triangles.capacity() * sizeof(UTri));
-} catch (const std::exception&) {  // short of memory: some bodies may still fit
+  return true;
+} catch (const std::exception&) {
+  return false;
 }
 
 /// Appends all of `body` or, when there is no memory for it, nothing.
