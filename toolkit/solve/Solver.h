@@ -131,7 +131,8 @@ class SolverCore;
 /// carry the wrist centre and the last three turn the tool.
 ///
 /// Of an axis that has no lower or no upper limit, or more than a hundred turns between them, the
-/// turns within one turn of the start are given. Locked axes stay where the start has them.
+/// turns within one turn of the start are given; a start beyond 1e9 degrees counts as there. Locked
+/// axes stay where the start has them.
 /// With more than three free linear axes the first three that can carry the tool do, counted from
 /// it; the others stand as `SolverOptions::redundancy` says, and move from there by as little as
 /// brings the three inside their limits.
