@@ -56,7 +56,7 @@ class KORVO_KINEMATICS_API KMachine {
   /// Reads the definition file and finalises the machine.
   ///
   /// @return  The result of `finalise`. -1, and nothing changed, when the version is 0 or the file
-  ///          cannot be read; -1 when memory is out.
+  ///          cannot be read to its end; -1 when memory is out.
   /// @errors  Lines that do not parse are ignored. A rotation-point line with an operand that is no
   ///          number never ends (Deliberate: part of the interface; check files first).
   ///          A part line whose reversal would lead back to an earlier part for ever is left
@@ -363,8 +363,8 @@ class KORVO_KINEMATICS_API KMachine {
   SolveView solveView() const;
   int solve(const SolveView& view, const KMachineValueBase& current, const zgeo::UVec3d& pos,
             const zgeo::UVec3d& dir, KMachineValueBase& out) const;  ///< As `getConfigPlus`.
-  int countOutside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&),
-                   std::vector<int>* out) const;
+  template <typename IsChecked>
+  int countOutside(const KMachineValueBase& v, IsChecked isChecked, std::vector<int>* out) const;
 
   std::wstring dataFilePNE_;
   std::vector<KMachineElem> elements_;

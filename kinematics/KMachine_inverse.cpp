@@ -96,7 +96,7 @@ int KMachine::getPossibleAngles(const UVec3d& dir, std::vector<KMachineValueBase
     // (TwoTools.StartsAreThoseOfTheToolAskedFor).
     if (solve(view, *seed, UVec3d(), dir, *solved) != 0) {
       UTools::_trace(L"** NO SOLUTION");
-    } else if (countOutside(*solved, isRotary, nullptr) == 0 && !known.holds(*solved)) {
+    } else if (checkLimitsRot(*solved, nullptr) == 0 && !known.holds(*solved)) {
       OwnedValue entry(newMachineValue(*solved));
       if (!entry) return 0;
       out.push_back(entry.get());
@@ -118,7 +118,7 @@ int KMachine::getPossibleConfigs(const UVec3d& dir, const UVec3d& pos,
   for (std::size_t i = 0; solved && i < out.size();) {
     solved->reset();
     const bool isReached = out[i] && getConfigPlus(*out[i], pos, dir, *solved) == 0;
-    if (isReached && countOutside(*solved, isLinearOrGun, nullptr) == 0) {
+    if (isReached && checkLimitsLin(*solved, nullptr) == 0) {
       *out[i++] = *solved;
     } else {
       KMachineValueBase::_release(out[i]);

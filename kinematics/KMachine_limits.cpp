@@ -14,7 +14,8 @@ namespace zkin {
 
 // --- limits
 
-int KMachine::countOutside(const KMachineValueBase& v, bool (*isChecked)(const KMachineElem&),
+template <typename IsChecked>
+int KMachine::countOutside(const KMachineValueBase& v, IsChecked isChecked,
                            std::vector<int>* out) const {
   const double* const values = v.get();
   const int size = v.size();
@@ -43,7 +44,9 @@ int KMachine::checkLimitsLin(const KMachineValueBase& v, std::vector<int>* out) 
 }
 
 int KMachine::checkLimitsFull(const KMachineValueBase& v, std::vector<int>* out) const {
-  if (out) out->assign(v.size(), 0);
+  // Without a list the order of the axes can't be told: one pass.
+  if (!out) return countOutside(v, [](auto& e) { return isRotary(e) || isLinearOrGun(e); }, out);
+  out->assign(v.size(), 0);
   return countOutside(v, isRotary, out) + countOutside(v, isLinearOrGun, out);
 }
 
