@@ -72,6 +72,7 @@ class KORVO_KINEMATICS_API KMachineElem {
   /// @param version  2: axes are X, Y, Z, A, B, C ("AXE_" in front is dropped), other names get
   ///                 index 0. Any other: free names, the axis number is the second operand.
   /// @return  Whether the keyword was recognised. Missing or malformed operands leave defaults.
+  ///          False, too, and the element reset, when memory is out.
   bool setFromLine(const std::wstring& line, int version);
 
   /// Reads the token at `pos` as "%d" and advances `pos`; false, and nothing changed, when there is

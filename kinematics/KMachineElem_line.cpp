@@ -1,6 +1,7 @@
 // An element from one line of the machine definition file.
 
 #include <algorithm>
+#include <new>
 
 #include "kinematics/KMachineElem.h"
 #include "kinematics/read/Operands.h"
@@ -191,7 +192,7 @@ void splitAt(std::wstring_view text, wchar_t separator, bool keepEmpty, Operands
   }
 }
 
-bool KMachineElem::setFromLine(const std::wstring& line, int version) {
+bool KMachineElem::setFromLine(const std::wstring& line, int version) try {
   reset();
   const std::wstring clean = squeezed(UTools::_simplified(line, false, false));
   Operands parts, operands;
@@ -201,6 +202,9 @@ bool KMachineElem::setFromLine(const std::wstring& line, int version) {
   if (parts.size() > 1) splitAt(parts[1], L',', true, operands);
   readElement(*this, keyword, operands, version);
   return true;
+} catch (const std::bad_alloc&) {
+  reset();  // half an element would look like a whole one
+  return false;
 }
 
 bool KMachineElem::_readValue(const std::vector<std::wstring>& tokens, int& pos, int& value) {

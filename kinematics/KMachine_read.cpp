@@ -1,5 +1,6 @@
 // The definition file.
 
+#include <cstdio>
 #include <new>
 #include <utility>
 
@@ -29,6 +30,8 @@ int KMachine::readDataFile() try {
   // strategy and mode that the file does not name: only elements and rotation points start anew.
   Definition read =
       readDefinition(file.get(), {version_, axisNum_, folderOf(dataFilePNE_), collCheck_});
+  // Half a machine would look like a whole one.
+  if (std::ferror(file.get()) != 0) return -1;
   axisElems_.clear();  // ranks of the elements replaced now
   elements_ = std::move(read.elements);
   rotationPoints_ = std::move(read.rotationPoints);

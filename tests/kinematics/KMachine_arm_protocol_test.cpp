@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tests/kinematics/KMachine_arm.h"
+#include "tests/support/InCLocale.h"
 #include "tests/support/LoadText.h"
 #include "tests/support/TraceCapture.h"
 
@@ -24,6 +25,11 @@ struct Parsed {
   std::vector<std::size_t> decimals;
 };
 
+double numberOf(const std::wstring& text) {
+  const korvo::test::InCLocale scope;
+  return std::stod(text);
+}
+
 Parsed parse(const std::wstring& line) {
   Parsed parsed;
   for (std::size_t i = 0; i < line.size();) {
@@ -35,7 +41,7 @@ Parsed parse(const std::wstring& line) {
     }
     const std::size_t point = end++;
     while (end < line.size() && std::iswdigit(line[end])) ++end;
-    parsed.numbers.push_back(std::stod(line.substr(i, end - i)));
+    parsed.numbers.push_back(numberOf(line.substr(i, end - i)));
     parsed.decimals.push_back(end - point - 1);
     parsed.words += L"#" + std::to_wstring(parsed.decimals.back());
     i = end;

@@ -8,6 +8,7 @@
 #include "tests/support/LoadText.h"
 
 #include <cmath>
+#include <locale>
 #include <numbers>
 #include <sstream>
 
@@ -268,6 +269,7 @@ UMatrix modified(const DHm& h, double thetaRad) {
 /// The definition file of the arm's zero position: the Z axes and origins of its published frames.
 std::string fileOf(const PublishedArm& arm) {
   std::ostringstream text;
+  text.imbue(std::locale::classic());
   text.precision(17);
   text << "frame\npart=x,y\nlien=BATI\n";
   UMatrix frame;

@@ -49,7 +49,13 @@ std::string MachineLines::text() const {
   for (const AxisLine& axis : part) text += lineOf(axis);
   text += "part=x,y,0,0,0\nlien=BATI\n";
   for (const AxisLine& axis : head) text += lineOf(axis);
-  return text + "tool=" + numbers(toolDirection) + "," + numbers(toolPoint) + "\n";
+  text += "tool=" + numbers(toolDirection) + "," + numbers(toolPoint) + "\n";
+  for (const ToolLine& tool : moreTools) {
+    text += "lien=" + (head.empty() ? "BATI" : head.back().name) + "\n" +
+            (tool.isGun ? "gun=" : "tool=") + numbers(tool.direction) + "," + numbers(tool.point) +
+            "\n";
+  }
+  return text;
 }
 
 std::unique_ptr<KMachine> MachineLines::load() const { return loadMachine(text(), 1); }

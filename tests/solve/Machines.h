@@ -30,12 +30,20 @@ AxisLine linear(const std::string& name, int number, const zgeo::UVec3d& directi
 AxisLine rotary(const std::string& name, int number, const zgeo::UVec3d& direction,
                 const zgeo::UVec3d& point = {}, double min = -kNoLimit, double max = kNoLimit);
 
+/// A further tool or drill gun on what carries the first tool.
+struct ToolLine {
+  bool isGun = false;
+  zgeo::UVec3d direction;
+  zgeo::UVec3d point;
+};
+
 /// A machine of version 1: what carries the part, frame first, what carries the tool, frame first.
 struct MachineLines {
   std::vector<AxisLine> part;
   std::vector<AxisLine> head;
   zgeo::UVec3d toolDirection{0, 0, 1};
   zgeo::UVec3d toolPoint;
+  std::vector<ToolLine> moreTools{};
 
   std::string text() const;
   std::unique_ptr<zkin::KMachine> load() const;  ///< With tool 1 current.

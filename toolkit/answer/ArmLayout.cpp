@@ -29,7 +29,7 @@ const UVec3d kUp(0, 0, 1);
 
 bool isRotary(const KMachineElem* e) { return e->getElemType() == KMachineElem::KMET_TYPE_AROT; }
 
-std::string nameOf(const KMachineElem* e) { return toUtf8(e->getElemName()); }
+std::string nameOf(const KMachineElem* e) { return shownText(e->getElemName()); }
 
 UVec3d unitOf(const KMachineElem* e) { return e->getElemAxis().normalised(); }
 

@@ -35,6 +35,7 @@ class ArmShape {
 
   int joint(int k) const { return joints_[static_cast<std::size_t>(k)]; }  ///< 0 to 5, root first.
   const zgeo::UVec3d& centre() const { return centre_; }
+  double miss() const { return miss_; }  ///< How far (mm) a line of the wrist passes the centre.
 
   /// Whether every joint that is held stands in front of the first: then their motion moves the
   /// whole arm.
@@ -49,10 +50,12 @@ class ArmShape {
   const rotations::ThreeAxes& shoulder() const { return shoulder_; }
 
  private:
-  ArmShape(const JointChain& chain, const std::array<int, 6>& joints, const zgeo::UVec3d& centre);
+  ArmShape(const JointChain& chain, const std::array<int, 6>& joints, const zgeo::UVec3d& centre,
+           double miss);
 
   std::array<int, 6> joints_;
   zgeo::UVec3d centre_;
+  double miss_ = 0.0;
   bool isOneBody_ = false;
   bool isRegular_ = false;
   rotations::BallWrist wrist_;

@@ -102,9 +102,11 @@ std::optional<Meeting> meetingAt(const JointChain& chain, const std::vector<int>
 
 }  // namespace
 
-ArmShape::ArmShape(const JointChain& chain, const std::array<int, 6>& joints, const UVec3d& centre)
+ArmShape::ArmShape(const JointChain& chain, const std::array<int, 6>& joints, const UVec3d& centre,
+                   double miss)
     : joints_(joints),
       centre_(centre),
+      miss_(miss),
       shoulder_(plain(centre), lineOf(chain.joints[at(joints[0])]),
                 lineOf(chain.joints[at(joints[1])]), lineOf(chain.joints[at(joints[2])])) {
   isOneBody_ = joints[5] - joints[0] == 5 && joints[5] + 1 == static_cast<int>(chain.joints.size());
@@ -128,7 +130,7 @@ std::optional<ArmShape> ArmShape::of(const JointChain& chain) {
     const auto first = carriersOf(chain, turns, last - 2, meeting->centre);
     if (!first) continue;
     return ArmShape(chain, {(*first)[0], (*first)[1], (*first)[2], wrist[0], wrist[1], wrist[2]},
-                    meeting->centre);
+                    meeting->centre, meeting->miss);
   }
   return {};
 }

@@ -87,13 +87,23 @@ Residual residualOf(const Query& query, const Values& values) {
                      : residualOf(chain, values, query.target.tip, query.direction);
 }
 
+namespace {
+
+/// Whether a position of an arm is near enough to be moved onto the target: closed forms take the
+/// wrist for one point, and each of its three turns carries that point along by up to twice what
+/// its line passes it by.
+bool isRefined(const Query& query, const Residual& residual) {
+  return query.core.arm && !query.takesMissed && residual.directionRad <= kReachedRad &&
+         residual.pointMm <= kReachedMm + 6 * query.core.arm->miss();
+}
+
+}  // namespace
+
 void add(const Query& query, Values values, const Branch& branch, const SingularDistance& singular,
          std::array<int, 2> freePlaces) {
   Solution solution;
   solution.residual = residualOf(query, values);
-  if (query.core.arm && !query.takesMissed && solution.residual.isReached()) {
-    refine(query, values, solution.residual);
-  }
+  if (isRefined(query, solution.residual)) refine(query, values, solution.residual);
   for (const Joint& joint : query.core.chain.joints) {
     if (joint.place < 0) continue;
     const double value = values[at(joint.place)];
