@@ -76,7 +76,7 @@ RotaryBody bodyOf(const KMachineElem& axis, bool isArm) {
 }
 
 AxisInfo axisOf(const KMachineElem& e, bool isArm, Language language) {
-  AxisInfo info{toUtf8(e.getElemName()),
+  AxisInfo info{shownText(e.getElemName()),
                 e.getElemType() == KMachineElem::KMET_TYPE_AROT,
                 e.getElemIndex(),
                 e.getValueIndex(),
@@ -188,7 +188,7 @@ std::vector<GeometryFile> geometryOf(const KMachine& machine) {
   for (const KMachineElem* e : elementsOf(machine)) {
     const std::wstring& file = e->getGeomFile();
     if (file.empty()) continue;
-    files.push_back({elementName(*e), toUtf8(file), e->isGeomFileReadable()});
+    files.push_back({elementName(*e), shownText(file), e->isGeomFileReadable()});
   }
   return files;
 }
@@ -261,7 +261,7 @@ Words wristText(int wristType) {
 // Every tool has the same name in the library.
 std::string elementName(const KMachineElem& e) {
   const int tool = e.isTool() ? KMachineElem::_getIndexTool(e.getElemIndex()) : 0;
-  return tool ? "tool " + std::to_string(tool) : toUtf8(e.getElemName());
+  return tool ? "tool " + std::to_string(tool) : shownText(e.getElemName());
 }
 
 std::string kinematicClassText(const zkin::KMachine::_sUKine& kine, int inHead, int underPart,
@@ -277,7 +277,7 @@ std::string armShapeText(const zkin::KMachine::_sUKine& kine, Language language)
 
 MachineInfo describe(const Machine& machine, Language language) {
   MachineInfo info;
-  info.file = toUtf8(machine->getDataFilePNE());
+  info.file = shownText(machine->getDataFilePNE());
   info.tree = treeOf(*machine);
   info.tools = toolsOf(*machine, language);
   const bool isArm = !info.tools.empty() && info.tools.front().kine.kinematicClass == 5;

@@ -12,6 +12,12 @@ std::wstring wideOf(const std::filesystem::path& path) {
 #endif
 }
 
-std::string utf8Of(const std::filesystem::path& path) { return toUtf8(wideOf(path)); }
+std::string utf8Of(const std::filesystem::path& path) {
+#if defined(_WIN32)
+  return toUtf8(path.wstring());
+#else
+  return shownText(path.string());
+#endif
+}
 
 }  // namespace korvo

@@ -41,8 +41,8 @@ KMachineValueBase* newPosition(const zkin::KMachine& machine) {
 
 AxisNames::AxisNames(const zkin::KMachine& machine) : version_(machine.getVersion()) {
   for (int k = 1; const zkin::KMachineElem* axis = machine.getAxisElem(k); ++k) {
-    names_.push_back(toUtf8(axis->getElemName()));
-    keys_.push_back(UTools::_up(axis->getElemName()));
+    names_.push_back(shownText(axis->getElemName()));
+    keys_.push_back(UTools::_up(toWide(names_.back())));
   }
 }
 

@@ -24,7 +24,7 @@ CheckResult fixFile(std::ostream& out, const std::filesystem::path& path, CheckR
   }
   if (after == before) return result;
   replaceFile(path, after);
-  printDifference(out, toUtf8(toWide(path.string())), before, after, style);
+  printDifference(out, shownText(path.string()), before, after, style);
   return result;
 }
 

@@ -11,6 +11,8 @@ constexpr std::size_t kLongest = 40;
 
 bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
 
+bool continuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
 void appendSpelled(std::string& out, char c) {
   constexpr const char* kHex = "0123456789abcdef";
   if (!isControl(c)) {
@@ -37,9 +39,11 @@ std::string printable(std::string_view text) {
 }
 
 std::string inQuotes(std::string_view text) {
+  std::size_t shown = std::min(text.size(), kLongest);
+  while (shown > 0 && shown < text.size() && continuesCharacter(text[shown])) --shown;
   std::string out = "'";
-  for (const char c : text.substr(0, kLongest)) appendSpelled(out, c);
-  return out + (text.size() > kLongest ? "...'" : "'");
+  for (const char c : text.substr(0, shown)) appendSpelled(out, c);
+  return out + (shown < text.size() ? "...'" : "'");
 }
 
 std::string joined(const std::vector<std::string>& words) {

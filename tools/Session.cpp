@@ -18,6 +18,22 @@ using zgeo::UVec3d;
 
 namespace korvo::tools {
 
+namespace {
+
+/// Writes a line for each traced one, names as the definition file has them.
+class TraceText : public zgeo::UTraceSink {
+ public:
+  explicit TraceText(std::ostream& stream) : stream_(stream) {}
+  void line(const std::wstring& text, std::chrono::system_clock::time_point) override {
+    stream_ << shownText(text) << '\n';
+  }
+
+ private:
+  std::ostream& stream_;
+};
+
+}  // namespace
+
 /// Sends the library's trace to a file or to standard error while it lives.
 class Session::Trace {
  public:
@@ -50,7 +66,7 @@ class Session::Trace {
 
   std::string name_;
   std::ofstream stream_;
-  std::optional<zgeo::UStreamTraceSink> sink_;
+  std::optional<TraceText> sink_;
 };
 
 namespace {
@@ -99,12 +115,12 @@ bool isSameFile(const std::string& a, const std::filesystem::path& b) {
 }  // namespace
 
 Session::Session(const CommonOptions& options, const std::optional<std::string>& table)
-    : options_(checked(options)) {
-  const std::filesystem::path path = findMachine(options.machine);
-  file_ = toUtf8(toWide(path.string()));
-  loadMachine(path);  // before the trace file is made: a refused machine leaves no file behind
-  openTrace(path, table, options.trace);
-  if (trace_) loadAgain(path);
+    : options_(checked(options)),
+      path_(findMachine(options.machine)),
+      file_(shownText(path_.string())) {
+  loadMachine();  // before the trace file is made: a refused machine leaves no file behind
+  openTrace(table, options.trace);
+  if (trace_) loadAgain();
   setTool();
   setPartZero();
   lockAxes();
@@ -113,11 +129,11 @@ Session::Session(const CommonOptions& options, const std::optional<std::string>&
 
 Session::~Session() = default;
 
-void Session::openTrace(const std::filesystem::path& path, const std::optional<std::string>& table,
+void Session::openTrace(const std::optional<std::string>& table,
                         const std::optional<std::string>& trace) {
   if (!trace) return;
   const std::string tableFile = table ? *table == "-" ? "/dev/stdin" : *table : "";
-  if (isSameFile(*trace, path) || isSameFile(*trace, tableFile)) {
+  if (isSameFile(*trace, path_) || isSameFile(*trace, tableFile)) {
     failUsage("a file of its own after --trace", inQuotes(*trace) + ", which is read");
   }
   trace_ = std::make_unique<Trace>(*trace);
@@ -127,8 +143,8 @@ void Session::closeTrace() {
   if (trace_) trace_->close();
 }
 
-void Session::loadMachine(const std::filesystem::path& path) {
-  Loaded loaded = load(path, options_.format, options_.checks);
+void Session::loadMachine() {
+  Loaded loaded = load(path_, options_.format, options_.checks);
   const std::string lines = linesOf(loaded);
   if (!loaded) throw Failure(Exit::refused, lines);
   if (!lines.empty()) say(lines);
@@ -138,8 +154,8 @@ void Session::loadMachine(const std::filesystem::path& path) {
 }
 
 // The trace is that of the library reading the file, not of the checks that ask the machine.
-void Session::loadAgain(const std::filesystem::path& path) {
-  Loaded loaded = load(path, options_.format, Checks::endless);
+void Session::loadAgain() {
+  Loaded loaded = load(path_, options_.format, Checks::endless);
   if (!loaded) throw Failure(Exit::refused, linesOf(loaded));
   machine_ = std::move(loaded.machine);
 }

@@ -28,7 +28,8 @@ class Session {
   const Machine& machine() const { return *machine_; }
   const FormatChoice& format() const { return format_; }
   const std::vector<Diagnostic>& findings() const { return findings_; }  ///< Of the check.
-  const std::string& file() const { return file_; }                      ///< For messages.
+  const std::filesystem::path& path() const { return path_; }
+  const std::string& file() const { return file_; }  ///< The path for messages.
   int tool() const { return options_.tool; }
   bool hasToolOption() const { return options_.hasTool; }
   const PartZero& partZero() const { return options_.partZero; }
@@ -44,10 +45,9 @@ class Session {
  private:
   class Trace;
 
-  void openTrace(const std::filesystem::path& path, const std::optional<std::string>& table,
-                 const std::optional<std::string>& trace);
-  void loadMachine(const std::filesystem::path& path);
-  void loadAgain(const std::filesystem::path& path);
+  void openTrace(const std::optional<std::string>& table, const std::optional<std::string>& trace);
+  void loadMachine();
+  void loadAgain();
   void setTool();
   void setPartZero();
   void lockAxes();
@@ -57,6 +57,7 @@ class Session {
   std::optional<Machine> machine_;
   FormatChoice format_;
   std::vector<Diagnostic> findings_;
+  std::filesystem::path path_;
   std::string file_;
   std::vector<bool> locked_;
 };

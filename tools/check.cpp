@@ -111,7 +111,7 @@ void explain(const CheckOptions& o, const TextStyle& style) {
 }
 
 CheckedFile checkedFile(const std::filesystem::path& path, Format format, Language language) {
-  return {toUtf8(toWide(path.string())), check(path, format, language)};
+  return {shownText(path.string()), check(path, format, language)};
 }
 
 void printSummary(const Counts& counts, bool hasFixed, Language language) {

@@ -48,7 +48,7 @@ std::string textOf(const zkin::ZRN_INTERVAL& i) { return textOf(i.start) + "  " 
 // Text of the file on one line of a terminal.
 std::string shown(std::string_view bytes) {
   std::string text;
-  for (const char c : spelled(toUtf8(toWide(std::string(bytes))))) {
+  for (const char c : spelled(shownText(bytes))) {
     text += c == '\n' ? "\\n" : c == '\t' ? "\\t" : std::string(1, c);
   }
   return text;

@@ -57,7 +57,7 @@ void printTree(std::ostream& out, const MachineInfo& info, Language l) {
 }
 
 void printAxis(std::ostream& out, const AxisInfo& a, Language l) {
-  out << "  " << a.valueIndex << "  " << padded(a.name, 6)
+  out << "  " << a.valueIndex << "  " << padded(a.name, 5) << ' '
       << padded(typeText(a.isRotary ? "rotary" : "linear", l), l == Language::french ? 9 : 7)
       << in(l, " number ", " numéro ") << a.number << ", direction " << text(a.direction);
   if (a.isRotary) out << in(l, ", a point on its line ", ", un point de son axe ") << text(a.point);
@@ -91,7 +91,7 @@ void printDh(std::ostream& out, const ToolInfo& tool, Language l) {
             "    Denavit-Hartenberg (modifié), position zéro : ")
       << "alpha deg, a mm, theta deg, d mm\n";
   for (const DhRow& row : tool.dhTable) {
-    out << "      " << std::left << std::setw(8) << row.name << std::right;
+    out << "      " << padded(row.name, 8);
     for (const double v :
          {row.dh.alpha * kRadToDeg, row.dh.a, row.dh.theta * kRadToDeg, row.dh.d}) {
       out << std::setw(16) << rounded(v);

@@ -2,6 +2,7 @@
 #include <iostream>
 #include <memory>
 
+#include "geometry/GeometryFile.h"
 #include "toolkit/Describe.h"
 #include "toolkit/Text.h"
 #include "toolkit/export/Bodies.h"
@@ -91,7 +92,7 @@ json withoutBody(const Session& session, const std::vector<Body>& bodies) {
         std::any_of(bodies.begin(), bodies.end(), [rank](const Body& b) { return b.rank == rank; });
     if (hasBody || e.getGeomFile().empty()) continue;
     elements.push_back({{"element", elementName(e)},
-                        {"file", toUtf8(e.getGeomFile())},
+                        {"file", shownText(e.getGeomFile())},
                         {"found", e.isGeomFileReadable()}});
   }
   return elements;
@@ -163,7 +164,7 @@ void print(std::ostream& out, const MeshOptions& o, const Session& session, cons
         << textOf(answer.extents[i].box) << '\n';
   }
   out << "Total      " << counted(answer.triangles) << ", " << textOf(answer.box) << "\nWritten    "
-      << toUtf8(toWide(o.output)) << '\n';
+      << shownText(o.output) << '\n';
 }
 
 json bodiesJson(const std::vector<Body>& bodies, const Measured& answer) {
@@ -191,7 +192,7 @@ json answerJson(const MeshOptions& o, const Session& session, const Position& at
           {"triangles", answer.triangles},
           {"leftOut", answer.leftOut},
           {"box", jsonOf(answer.box)},
-          {"output", toUtf8(toWide(o.output))}};
+          {"output", shownText(o.output)}};
 }
 
 // --- the file
@@ -201,19 +202,12 @@ bool isSameFile(const fs::path& a, const fs::path& b) {
   return fs::equivalent(a, b, error) && !error;
 }
 
-// The library keeps a name as the bytes of the definition file, one a character.
-fs::path pathOf(const std::wstring& name) {
-  std::string bytes;
-  for (const wchar_t c : name) bytes += static_cast<char>(c);
-  std::replace(bytes.begin(), bytes.end(), '\\', '/');
-  return bytes;
-}
-
 void refuseWhatIsRead(const MeshOptions& o, const Session& session) {
-  bool isRead = isSameFile(o.output, session.file());
+  bool isRead = isSameFile(o.output, session.path());
   for (int rank = 0; rank < session.machine()->getElemNumber(); ++rank) {
-    const std::wstring& name = session.machine()->getElemByRank(rank)->getGeomFile();
-    isRead = isRead || isSameFile(o.output, pathOf(name));
+    const std::string path =
+        zkin::geometryFilePath(session.machine()->getElemByRank(rank)->getGeomFile());
+    isRead = isRead || isSameFile(o.output, std::u8string(path.begin(), path.end()));
   }
   if (isRead) failUsage("a file of its own after -o", inQuotes(o.output) + ", which is read");
 }

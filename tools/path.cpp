@@ -97,7 +97,7 @@ ToolpathOptions toolpathOptionsOf(const PathOptions& o, const Session& session) 
   return options;
 }
 
-bool isSameFile(const std::string& a, const std::string& b) {
+bool isSameFile(const fs::path& a, const fs::path& b) {
   std::error_code error;
   return a == b || (fs::equivalent(a, b, error) && !error);
 }
@@ -129,7 +129,7 @@ void checkTogether(const PathOptions& o) {
 
 void refuseMachineFile(const PathOptions& o, const Session& session) {
   for (const auto& file : {o.output, o.page}) {
-    if (file && isSameFile(*file, session.file())) {
+    if (file && isSameFile(*file, session.path())) {
       failUsage("a file of its own to write", inQuotes(*file) + ", which is read");
     }
   }

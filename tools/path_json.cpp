@@ -153,7 +153,7 @@ json inputJson(const PathOutcome& path) {
 }
 
 json fileJson(const std::optional<std::string>& file) {
-  return file ? json(toUtf8(toWide(*file))) : json();
+  return file ? json(shownText(*file)) : json();
 }
 
 }  // namespace

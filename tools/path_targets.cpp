@@ -48,7 +48,7 @@ class TargetReader {
  public:
   TargetReader(const PathOptions& options, const Session& session, LineBlocks& lines)
       : lines_(lines), session_(session), language_(languageOf(options.language)) {
-    input_.name = toUtf8(toWide(lines.name()));
+    input_.name = shownText(lines.name());
     input_.isApt = options.input == "apt";
     isTold_ = options.input != "auto";
   }

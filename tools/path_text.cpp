@@ -3,6 +3,7 @@
 #include <cmath>
 #include <ostream>
 
+#include "toolkit/Text.h"
 #include "tools/Checked.h"
 #include "tools/Label.h"
 #include "tools/path_report.h"
@@ -148,8 +149,8 @@ class Text {
   }
 
   void written() {
-    if (path_.asked.output) line("Written", "Écrit", *path_.asked.output);
-    if (path_.asked.page) line("Report", "Rapport", *path_.asked.page);
+    if (path_.asked.output) line("Written", "Écrit", shownText(*path_.asked.output));
+    if (path_.asked.page) line("Report", "Rapport", shownText(*path_.asked.page));
   }
 
   std::ostream& out_;

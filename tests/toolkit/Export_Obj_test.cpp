@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <locale>
 #include <map>
 #include <sstream>
 
@@ -31,6 +32,7 @@ struct ObjFile {
 
   void read(const std::string& line) {
     std::istringstream words(line);
+    words.imbue(std::locale::classic());
     std::string word;
     words >> word;
     if (word == "mtllib") words >> library;
@@ -60,6 +62,7 @@ std::map<std::string, UVec3d> coloursOf(const std::string& text) {
   std::string name;
   for (std::string line; std::getline(lines, line);) {
     std::istringstream words(line);
+    words.imbue(std::locale::classic());
     std::string word;
     words >> word;
     if (word == "newmtl") words >> name;

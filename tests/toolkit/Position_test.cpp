@@ -45,6 +45,18 @@ TEST(Position, PrefixIsPartOfTheNameInVersion1) {
   EXPECT_EQ(names.find("Q"), -1);
 }
 
+TEST(Position, NamesAreThoseOfTheFileWhateverItsBytes) {
+  for (const char* name : {"L\xC3\xA4nge", "L\xE4nge"}) {
+    const std::string text = "axis=" + std::string(name) + ",1,x\nframe\npart\ntool=z,0,0,0\n";
+    const AxisNames names(korvo::test::loadText(text, 1));
+    EXPECT_EQ(names[0], "Länge");
+    EXPECT_EQ(names.find("Länge"), 0);
+    EXPECT_EQ(names.find("LÄNGE"), 0);
+    EXPECT_EQ(names.find("L\xE4nge"), 0);
+    EXPECT_EQ(names.find("Lange"), -1);
+  }
+}
+
 TEST(Position, CopiesAreIndependentAndEqual) {
   Position a(mill());
   a["X"] = 3.0;

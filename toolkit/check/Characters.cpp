@@ -62,12 +62,6 @@ std::string utf8OfLine(std::string_view raw) {
   return out;
 }
 
-std::string utf8OfText(std::wstring_view text) {
-  std::string bytes;
-  for (const wchar_t c : text) bytes += static_cast<char>(c);
-  return utf8OfLine(bytes);
-}
-
 Stretch inCharacters(std::string_view raw, int column, int length) {
   if (column <= 0 || !isUtf8(raw)) return {column, length};
   const auto before = static_cast<std::size_t>(column - 1);

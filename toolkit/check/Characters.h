@@ -15,9 +15,6 @@ struct Stretch {
 /// in which definition files are written.
 std::string utf8OfLine(std::string_view raw);
 
-/// UTF-8 of text of a file as the library holds it, one character for each byte.
-std::string utf8OfText(std::wstring_view text);
-
 /// Bytes of a line to characters of it.
 Stretch inCharacters(std::string_view raw, int column, int length);
 

@@ -1,6 +1,7 @@
 #include "toolkit/check/Check.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -50,6 +51,17 @@ File openRead(const std::filesystem::path& path) {
   return File(std::fopen(path.c_str(), "rbe"));
 #endif
 }
+
+// The lines before a place that cannot be read are no document: what they lack may stand behind it.
+Document documentOf(std::FILE* file, Words& unreadable) {
+  Document document = readDocument(file);
+  if (std::ferror(file) == 0) return document;
+  unreadable = Words("one that the system failed to read to its end",
+                     "un fichier que le système n'a pas pu lire jusqu'au bout");
+  return {};
+}
+
+const Words kChanged("one that changed while it was read", "un fichier modifié pendant la lecture");
 
 // --- findings to diagnostics
 
@@ -180,6 +192,18 @@ bool askLines(Run& run, const Run& fresh, const Source& source, Checks checks) {
   return !run.hasErrors();
 }
 
+// What tells a file from one that took its place.
+struct Stamp {
+  std::filesystem::file_time_type time;
+  std::uintmax_t size = 0;
+  bool operator==(const Stamp&) const = default;
+};
+
+Stamp stampOf(const std::filesystem::path& path) {
+  std::error_code none;
+  return {std::filesystem::last_write_time(path, none), std::filesystem::file_size(path, none)};
+}
+
 struct Names {
   std::filesystem::path path;   ///< What is read.
   std::filesystem::path shown;  ///< What messages say, and where geometry files may lie.
@@ -189,11 +213,14 @@ Checked checkFile(const Names& names, Format format, Language language, Checks c
   Checked checked;
   const Run fresh(utf8Of(names.shown), language, checks);
   Run run = fresh;
+  const Stamp stamp = stampOf(names.path);
   const File file = openRead(names.path);
-  const Document document = file ? readDocument(file.get()) : Document{};
+  Words unreadable = "";
+  if (!file) unreadable = whatIsThere(names.path);
+  const Document document = file ? documentOf(file.get(), unreadable) : Document{};
   LinkedElements linked;
   Source source{document, linked, {}, {}, names.shown.parent_path()};
-  if (!file) source.unreadable = whatIsThere(names.path);
+  source.unreadable = unreadable;
   if (run.ask(Stage::file, source)) {
     source.format = chooseFormat(document, format);
     source.likely = chooseFormat(document, Format::automatic);
@@ -203,6 +230,11 @@ Checked checkFile(const Names& names, Format format, Language language, Checks c
       source.machine = checked.machine ? &*checked.machine : nullptr;
       run.ask(Stage::machine, source);
     }
+  }
+  // The library has read the file once more: its machine may be one that no rule has seen.
+  if (!(stampOf(names.path) == stamp)) {
+    run = fresh;
+    run.ask(Stage::file, {Document{}, linked, {}, {}, {}, kChanged});
   }
   checked.result = {source.format, source.likely, run.take()};
   if (hasError(checked.result.diagnostics)) checked.machine.reset();

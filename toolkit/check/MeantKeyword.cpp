@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "toolkit/Text.h"
-#include "toolkit/check/Characters.h"
 #include "toolkit/check/Closest.h"
 #include "toolkit/check/Operands.h"
 
@@ -105,7 +104,7 @@ std::optional<MeantKeyword> meantKeyword(const SourceLine& line) {
 }
 
 std::wstring plain(std::wstring_view text) {
-  std::wstring letters = toWide(utf8OfText(text));
+  std::wstring letters = toWide(shownText(text));
   for (wchar_t& c : letters) {
     c = c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + 32) : withoutAccent(c);
   }

@@ -4,7 +4,7 @@
 
 #include "kinematics/KMachineElem.h"
 #include "platform/text/Number.h"
-#include "toolkit/check/Characters.h"
+#include "toolkit/Text.h"
 
 using zkin::KMachineElem;
 
@@ -171,7 +171,7 @@ std::string listOf(const SourceLine& line, int first, int count) {
     if (i > first) list += L',';
     list += operandOf(line, i);
   }
-  return "'" + utf8OfText(list) + "'";
+  return "'" + shownText(list) + "'";
 }
 
 std::string_view writtenOf(const SourceLine& line, int i) {

@@ -125,7 +125,7 @@ void suggestName(Finding& finding, const LinkedElements& linked, const Reference
   if (!kin.empty()) {
     const std::wstring& name = linked.elements[static_cast<std::size_t>(kin[0])].getElemName();
     finding.suggest({inQuotes(name)});
-    if (kin.size() == 1) finding.mend(placeOf(reference), toUtf8(name));
+    if (kin.size() == 1) finding.mend(placeOf(reference), shownText(name));
     return;
   }
   const auto name = closest(reference.written, candidates(linked, reference));
@@ -137,7 +137,7 @@ void suggestPrefix(Finding& finding, const LostName& lost, const KMachineElem& e
   const std::wstring& name = e.getElemName();
   if (UTools::_low(name) != UTools::_low(lost.reference->written)) {
     finding.suggest({Words("write " + inQuotes(name), "écrivez " + inQuotes(name))});
-    if (isAscii(name)) finding.mend(placeOf(*lost.reference), toUtf8(name));
+    if (isAscii(name)) finding.mend(placeOf(*lost.reference), shownText(name));
     return;
   }
   const std::string bare = inQuotes(std::wstring_view(name).substr(kPrefix.size()));

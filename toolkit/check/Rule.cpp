@@ -1,6 +1,6 @@
 #include "toolkit/check/Rule.h"
 
-#include "toolkit/check/Characters.h"
+#include "toolkit/Text.h"
 
 namespace korvo::checking {
 
@@ -14,6 +14,6 @@ std::vector<const Rule*> rules() {
   return all;
 }
 
-std::string inQuotes(std::wstring_view text) { return "'" + utf8OfText(text) + "'"; }
+std::string inQuotes(std::wstring_view text) { return "'" + shownText(text) + "'"; }
 
 }  // namespace korvo::checking

@@ -312,7 +312,7 @@ Findings spacedNumbers(const Source& source) {
       const Named number{line, numeric.operand};
       if (!number.hasBlanks() || isTorn(number) || !isWholeNumber(number.token().text)) continue;
       findings.push_back(Finding(number.place(), {"'" + utf8OfLine(number.written()) + "'",
-                                                  utf8OfText(number.token().text)}));
+                                                  shownText(number.token().text)}));
     }
   }
   return findings;
@@ -370,11 +370,16 @@ constexpr Rule kRules[] = {
      .stage = Stage::file,
      .sentence = {"expected a readable file, found {0}", "fichier lisible attendu, trouvé : {0}"},
      .suggestion = {},
-     .meaning = {"Nothing of the file could be read: it is not there, is no file, or may not be "
-                 "read by you. Pipes and devices are not read, since they may never end.",
-                 "Rien n'a pu être lu : le fichier n'existe pas, n'est pas un fichier, ou vous "
-                 "n'avez pas le droit de le lire. Les tubes et les périphériques ne sont pas lus, "
-                 "car ils peuvent ne jamais finir."},
+     .meaning =
+         {"Nothing of the file could be read: it is not there, is no file, or may not be "
+          "read by you. Pipes and devices are not read, since they may never end. A file that the "
+          "system fails to read to its end, or that changes meanwhile, counts as not read: "
+          "what is lost may matter.",
+          "Rien n'a pu être lu : le fichier n'existe pas, n'est pas un fichier, ou vous "
+          "n'avez pas le droit de le lire. Les tubes et les périphériques ne sont pas lus, "
+          "car ils peuvent ne jamais finir. Un fichier que le système ne peut lire jusqu'au "
+          "bout, ou qui change entre-temps, compte comme non lu : ce qui manque peut "
+          "importer."},
      .wrong = "",
      .right = "",
      .find = unreadable},

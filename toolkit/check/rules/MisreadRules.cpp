@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "toolkit/Text.h"
 #include "toolkit/check/Chains.h"
 #include "toolkit/check/Characters.h"
 #include "toolkit/check/Misread.h"
@@ -123,7 +124,7 @@ std::string numbered(const SourceLine& line, int number) {
   for (int i = 1; i < std::ssize(line.statement.operands); ++i) {
     text += L',' + std::wstring(operandOf(line, i));
   }
-  return utf8OfText(text);
+  return shownText(text);
 }
 
 // Each of them gets the next number that is free.

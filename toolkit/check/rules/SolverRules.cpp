@@ -188,7 +188,7 @@ Findings senses(const Source& source, View& view) {
     const KMachineElem* e = axis.element;
     if (axis.direction.norm2() < 0.5) continue;  // none: that is told
     const RotaryBody body = e->isInverted() ? RotaryBody::table : RotaryBody::head;
-    const RotarySense sense = rotarySense(toUtf8(e->getElemName()), e->getElemAxis(), body);
+    const RotarySense sense = rotarySense(shownText(e->getElemName()), e->getElemAxis(), body);
     if (sense.isIso841) continue;
     const bool isTable = body == RotaryBody::table;
     findings.push_back(

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "toolkit/Text.h"
 #include "toolkit/check/Chains.h"
-#include "toolkit/check/Characters.h"
 #include "toolkit/check/References.h"
 #include "toolkit/check/Rule.h"
 
@@ -19,10 +19,10 @@ std::string namesOf(const LinkedElements& linked, const std::vector<int>& ring, 
   std::string names;
   for (const int rank : ring) {
     if (names.size() > 200) return names + "...";
-    names += utf8OfText(linked.elements[rank].getElemName()) + " (" + line + " " +
+    names += shownText(linked.elements[rank].getElemName()) + " (" + line + " " +
              std::to_string(linked.lines[rank]) + ") " + on + " ";
   }
-  return names + utf8OfText(linked.elements[ring.front()].getElemName());
+  return names + shownText(linked.elements[ring.front()].getElemName());
 }
 
 Words ringWords(const LinkedElements& linked, const std::vector<int>& ring) {
