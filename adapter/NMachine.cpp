@@ -11,9 +11,24 @@ using zgeo::UMatrix;
 
 namespace zkin {
 
-NMachine::NMachine(const Machine* const m, HeadIndex h, TableIndex t) { set(m, h, t); }
+// Of an adapter that does not come to be nobody else could free the copy.
+NMachine::NMachine(const Machine* const m, HeadIndex h, TableIndex t) {
+  try {
+    set(m, h, t);
+  } catch (...) {
+    delete machine_;
+    throw;
+  }
+}
 
-NMachine::NMachine(const NMachine& o) { set(o); }
+NMachine::NMachine(const NMachine& o) {
+  try {
+    set(o);
+  } catch (...) {
+    delete machine_;
+    throw;
+  }
+}
 
 // As reset(false): the copy stays.
 NMachine::~NMachine() = default;

@@ -25,7 +25,8 @@ enum class Bodies { none, fromGeometryFiles };
 ///          or more than 12: axes are numbered only where there is exactly one part and one frame.
 ///          An axis without a place in positions, or with one that an axis before it has, stays.
 ///          Guns keep the extension that they have now. Limits, not locks, lengths and pairs, come
-///          along.
+///          along. A body whose file cannot be read, or is too large for the memory that is left,
+///          is left out, as from `KMachine::getTrianglesU`.
 /// @cost    One look at every element; with bodies every geometry file is read.
 KORVO_KINEMATICS_API std::unique_ptr<Ombra::Kin::Machine> machineFromDefinition(
     const KMachine& machine, Bodies bodies);

@@ -62,4 +62,10 @@ void loadGeometryFile(const std::wstring& path, std::vector<UTri>& triangles) tr
   triangles.clear();
 }
 
+std::string geometryFilePath(const std::wstring& path) try {
+  return korvo::os::resolve(path).value_or(std::string());
+} catch (const std::bad_alloc&) {
+  return {};
+}
+
 }  // namespace zkin

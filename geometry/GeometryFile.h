@@ -31,4 +31,8 @@ namespace zkin {
 KORVO_KINEMATICS_API void loadGeometryFile(const std::wstring& path,
                                            std::vector<zgeo::UTri>& triangles);
 
+/// The file that is read for such a path, as the system spells it (UTF-8 on Windows): for callers
+/// that ask whether two paths are one file. Empty when there is none, and when memory is short.
+KORVO_KINEMATICS_API std::string geometryFilePath(const std::wstring& path);
+
 }  // namespace zkin

@@ -55,8 +55,9 @@ int readAll(Reading& in, CGeomFileNodeList& nodes, double& scale) {
     } else {
       positionError |= zrn::skipToNextEntity(in, true) == zrn::Skip::positionError;
     }
-    if (in.isAtEnd()) break;
+    // A read that failed once may come to the end all the same, but something is lost on the way.
     if (in.hasStreamError()) return kBroken;
+    if (in.isAtEnd()) break;
     // A caller that cancels by the result alone stands at the same header for ever.
     if (in.linesTaken() == taken) break;
   }

@@ -83,7 +83,7 @@ bool LineReader::next(std::wstring& line) {
     line.resize(kMaxLine);
     cut_ = true;
   }
-  if (byte == EOF && line.empty()) return false;
+  if (byte == EOF && (line.empty() || std::ferror(file_) != 0)) return false;
   ++number_;
   return true;
 }

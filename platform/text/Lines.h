@@ -15,7 +15,9 @@ inline constexpr std::size_t kMaxLine = 1203;
 ///
 /// The three bytes of a UTF-8 mark at the start of the file are skipped. A line longer than
 /// kMaxLine is cut there. Memory is bounded by kMaxLine whatever the file. A read error ends the
-/// file. The FILE stays the caller's.
+/// file in front of the line that it broke: half of one may mean something else, or be one that
+/// is read for ever. The caller asks `std::ferror`, for the lines before look like a whole file.
+/// The FILE stays the caller's.
 class LineReader {
  public:
   explicit LineReader(std::FILE* file) : file_(file) {}

@@ -40,6 +40,17 @@ class BodyFile : public TracedTest {
   TempDir folder;
 };
 
+TEST_F(BodyFile, HasThePathThatItsFolderSpells) {
+  const std::filesystem::path file = folder.write("K\xC3\xB6rper/Body.STL", kStl);
+  for (const wchar_t* asked :
+       {L"Körper/Body.STL", L"K\xC3\xB6rper/Body.STL", L"Körper\\body.stl"}) {
+    EXPECT_EQ(zkin::geometryFilePath(at(asked)), file.string());
+  }
+  EXPECT_EQ(zkin::geometryFilePath(at(L"Körper")), "") << "a folder";
+  EXPECT_EQ(zkin::geometryFilePath(at(L"none.stl")), "");
+  EXPECT_EQ(zkin::geometryFilePath(L""), "");
+}
+
 // --- the extension
 
 struct Named {

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "tests/support/CommaLocale.h"
+#include "tests/support/InCLocale.h"
 #include "tests/support/ZrnStream.h"
 
 namespace zkin::zrn {
@@ -260,6 +261,7 @@ LineAnswer libraryHeader(const char* line) {
 }
 
 LineAnswer library(const char* line) {
+  const korvo::test::InCLocale scope;
   LineAnswer answer = libraryHeader(line);
   std::array<long long, 4> i{};
   std::array<double, 4> d{};
@@ -319,6 +321,7 @@ class AwkwardLines {
 
   std::string printed() {
     constexpr const char* kFormats[] = {"%.17g", "%a", "%.3f", "%g", "%E", "%A"};
+    const korvo::test::InCLocale scope;
     char text[400];
     double value = std::bit_cast<double>(random_());
     if (isOneIn(2)) value = std::ldexp(value, -900);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <locale>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -11,15 +12,21 @@
 /// A machine in words, so that a table row states a whole state in one text.
 namespace korvo::test {
 
+/// Numbers as rows of tables have them, whatever locale the program is in.
+class WordStream : public std::ostringstream {
+ public:
+  WordStream() { imbue(std::locale::classic()); }
+};
+
 inline std::string words(const zgeo::UVec3d& v) {
-  std::ostringstream out;
+  WordStream out;
   out << v.x + 0.0 << ' ' << v.y + 0.0 << ' ' << v.z + 0.0;  // + 0.0: no "-0"
   return out.str();
 }
 
 /// "NAME(index<previous)" and every field that is not at its default.
 inline std::string describe(const zkin::KMachineElem& e) {
-  std::ostringstream out;
+  WordStream out;
   zgeo::UVec3d hookPoint;
   int rgb[3];
   e.getGeomRGB(rgb);
@@ -62,7 +69,7 @@ inline std::set<std::string> facts(const zkin::KMachine& machine) {
   all.insert("mode " + std::to_string(machine.getMode_RTCP()));
   for (int rank = 0; rank < machine.getElemNumber(); ++rank) {
     const zkin::KMachineElem& e = *machine.getElemByRank(rank);
-    std::ostringstream min, max, hook;
+    WordStream min, max, hook;
     zgeo::UVec3d point;
     min << narrow(e.getElemName()) << " min " << e.getMin();
     max << narrow(e.getElemName()) << " max " << e.getMax();
@@ -75,7 +82,7 @@ inline std::set<std::string> facts(const zkin::KMachine& machine) {
     all.insert("pair " + std::to_string(a) + " " + std::to_string(b));
   }
   for (int i = 0; machine.getRotationPoint(i); ++i) {
-    std::ostringstream point;
+    WordStream point;
     point << "point";
     for (int k = 0; k < 12; ++k) point << ' ' << (*machine.getRotationPoint(i))[k];
     all.insert(point.str());

@@ -256,7 +256,7 @@ struct ChainRow {
 std::ostream& operator<<(std::ostream& out, const ChainRow& row) { return out << row.name; }
 
 std::string links(const KMachine& machine) {
-  std::ostringstream out;
+  korvo::test::WordStream out;
   for (int rank = 0; rank < machine.getElemNumber(); ++rank) {
     const KMachineElem& e = *machine.getElemByRank(rank);
     out << (rank ? " " : "") << korvo::test::narrow(e.getElemName()) << '(' << e.getElemIndex()

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "kinematics/KMachine.h"
+#include "tests/support/InCLocale.h"
 
 /// What the comparisons with published numbers share: a second, plain arithmetic of rigid
 /// transforms that uses nothing of the library, and machines loaded from text.
@@ -79,6 +80,7 @@ struct Line {
 };
 
 inline std::string numbers(const UVec3d& v) {
+  const InCLocale scope;
   char text[96];
   std::snprintf(text, sizeof text, "%.17g,%.17g,%.17g", v.x, v.y, v.z);
   return text;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/zgeo/UTri.h"
+#include "tests/support/InCLocale.h"
 #include "tests/support/TempFile.h"
 
 /// What the tests of STL files share: writers of both forms, and what loading gave.
@@ -71,6 +72,7 @@ inline std::string binary(const std::vector<UTri>& triangles) {
 
 /// As many digits as bring every double back.
 inline std::string number(double x) {
+  const korvo::test::InCLocale scope;
   char text[40];
   std::snprintf(text, sizeof text, "%.17g", x);
   return text;

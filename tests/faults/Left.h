@@ -1,0 +1,31 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+
+#include "tests/faults/Readers.h"
+
+namespace korvo::test {
+
+/// Whether what was `found` after a failure is what may be left.
+inline bool isLeft(Left left, const Content& found, const Content& before, const Content& whole) {
+  switch (left) {
+    case Left::asBefore:
+      return found == before;
+    case Left::nothing:
+      return found.empty();
+    case Left::beginning:
+      return found.size() <= whole.size() &&
+             (found.empty() || std::equal(found.begin(), found.end() - 1, whole.begin()));
+    case Left::some:
+      return std::ranges::all_of(
+          found, [&](const std::string& s) { return std::ranges::count(whole, s) > 0; });
+    case Left::all:
+      return found == whole;
+    case Left::usable:
+      return true;
+  }
+  return false;
+}
+
+}  // namespace korvo::test
