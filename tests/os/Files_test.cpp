@@ -313,10 +313,12 @@ TEST(WideNames, BeyondOneByteAreUtf8Only) {
 }
 
 TEST(WideNames, DoNotDependOnTheLocale) {
-  ASSERT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C");
+  const std::string former = std::setlocale(LC_CTYPE, nullptr);
+  ASSERT_NE(std::setlocale(LC_CTYPE, "C"), nullptr);
   const TempFolder folder;
   folder.write("\xF0\x9F\x94\xA7");
   EXPECT_EQ(resolve(folder.wide(L"\x1F527")), folder.narrow("\xF0\x9F\x94\xA7"));
+  std::setlocale(LC_CTYPE, former.c_str());
 }
 
 // --- Paths written on Windows

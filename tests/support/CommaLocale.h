@@ -8,17 +8,19 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace korvo::test {
 
 /// Sets a locale whose decimal point is a comma and whose thousands are grouped by points, as long
-/// as the object lives. It brings that locale along (the C library's file of one category), so no
-/// machine needs to have one installed; a test asks `isSet()` first.
+/// as the object lives; then that of before is back. It brings that locale along (the C library's
+/// file of one category), so no machine needs to have one installed; a test asks `isSet()` first.
 class CommaLocale {
  public:
   CommaLocale() {
+    if (const char* path = std::getenv("LOCPATH")) formerPath_ = path;
     writeNumericCategory();
     setenv("LOCPATH", root_.c_str(), 1);
     isSet_ = std::setlocale(LC_NUMERIC, kName) != nullptr && std::strtod("1,5", nullptr) == 1.5;
@@ -26,8 +28,8 @@ class CommaLocale {
   CommaLocale(const CommaLocale&) = delete;
   CommaLocale& operator=(const CommaLocale&) = delete;
   ~CommaLocale() {
-    std::setlocale(LC_NUMERIC, "C");
-    unsetenv("LOCPATH");
+    formerPath_ ? setenv("LOCPATH", formerPath_->c_str(), 1) : unsetenv("LOCPATH");
+    std::setlocale(LC_NUMERIC, former_.c_str());  // found by the former path
     std::error_code ignored;
     std::filesystem::remove_all(root_, ignored);
   }
@@ -58,6 +60,8 @@ class CommaLocale {
 
   std::filesystem::path root_ =
       std::filesystem::temp_directory_path() / ("korvo_locale_" + std::to_string(getpid()));
+  std::string former_ = std::setlocale(LC_NUMERIC, nullptr);
+  std::optional<std::string> formerPath_;
   bool isSet_ = false;
 };
 

@@ -4,6 +4,7 @@
 #include <random>
 #include <string_view>
 
+#include "tests/support/InCLocale.h"
 #include "tests/support/TempFile.h"
 
 namespace korvo::test {
@@ -50,8 +51,13 @@ int axisNumber(char letter, bool isArm) {
   return static_cast<int>(std::string_view("XYZABCUW").find(letter)) + 1;
 }
 
+std::string number(double x) {
+  const InCLocale scope;
+  return std::to_string(x);
+}
+
 std::string numbers(double x, double y, double z) {
-  return std::to_string(x) + "," + std::to_string(y) + "," + std::to_string(z);
+  return number(x) + "," + number(y) + "," + number(z);
 }
 
 std::string direction(Choices& choices, int nominal) {
@@ -130,7 +136,7 @@ std::string Draft::nameOf(char letter) const {
 }
 
 void Draft::limits(const std::string& name) {
-  const std::string low = std::to_string(-10.0 * choices_.below(40));
+  const std::string low = number(-10.0 * choices_.below(40));
   switch (choices_.below(5)) {
     case 1:
       return line(word("limites", "limits") + "=" + name + "," + low + ",360.5");

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/zgeo/UTri.h"
+#include "tests/support/InCLocale.h"
 
 namespace korvo::test {
 
@@ -43,6 +44,7 @@ class StlReference {
   bool isNumber(std::size_t i, double& value) const {
     if (i >= words_.size()) return false;
     int length = 0;
+    const InCLocale scope;
     return std::sscanf(words_[i].c_str(), "%lf%n", &value, &length) == 1 &&
            static_cast<std::size_t>(length) == words_[i].size() && std::isfinite(value);
   }

@@ -5,16 +5,18 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/InCLocale.h"
 #include "tests/support/ZrnText.h"
 
 /// A second reader of geometry files: the C library's own fgets and sscanf, recursion where the
 /// format is recursive, everything as a text at once. Slow, hungry, without defence: what the
-/// library's reader must agree with. Needs the C locale and a file of a few thousand lines at most.
+/// library's reader must agree with. Needs a file of a few thousand lines at most.
 namespace korvo::test {
 
 class ZrnReference {
  public:
   static ZrnAnswer read(const char* path) {
+    const InCLocale scope;
     ZrnReference reader;
     reader.file_ = std::fopen(path, "rb");
     if (reader.file_ == nullptr) return reader.answer_;

@@ -16,9 +16,9 @@
 #include <random>
 
 #include "tests/support/CommaLocale.h"
+#include "tests/support/InCLocale.h"
 
-// The oracle of most tests here is the C library itself: sscanf and swscanf in the C locale, in
-// which a test program starts.
+// The oracle of most tests here is the C library itself: sscanf and swscanf in the C locale.
 namespace korvo::text {
 namespace {
 
@@ -52,6 +52,7 @@ std::wstring wide(std::string_view text) {
 }
 
 Answer libraryNarrow(const std::string& text) {
+  const test::InCLocale scope;
   double value = kUntouched;
   int length = 0;
   const bool scanned = std::sscanf(text.c_str(), "%lf%n", &value, &length) == 1;
@@ -59,6 +60,7 @@ Answer libraryNarrow(const std::string& text) {
 }
 
 Answer libraryWide(const std::string& text) {
+  const test::InCLocale scope;
   double value = kUntouched;
   int length = 0;
   const bool scanned = std::swscanf(wide(text).c_str(), L"%lf%n", &value, &length) == 1;
@@ -78,6 +80,7 @@ void expectAsLibrary(const std::string& text) {
 }
 
 std::string printed(const char* format, int precision, double value) {
+  const test::InCLocale scope;
   std::string text(2000, '\0');
   text.resize(static_cast<std::size_t>(
       std::snprintf(text.data(), text.size(), format, precision, value)));  // NOLINT
@@ -392,6 +395,7 @@ std::string halfwayAbove(double value) {
   static_assert(LDBL_MANT_DIG >= 64);
   const double next = std::nextafter(value, kInf);
   const long double middle = (static_cast<long double>(value) + next) / 2;
+  const test::InCLocale scope;
   std::string text(3000, '\0');
   text.resize(
       static_cast<std::size_t>(std::snprintf(text.data(), text.size(), "%.1200Le", middle)));
@@ -587,11 +591,12 @@ TEST(ScanInHostLocale, ThousandsAreNotGrouped) {
 }
 
 TEST(ScanInHostLocale, WideSpacesAreNoWhiteSpace) {
+  const std::string former = std::setlocale(LC_CTYPE, nullptr);
   ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
   EXPECT_NE(std::iswspace(0x2003), 0) << "the locale has no effect: this test would prove nothing";
   double value = kUntouched;
   EXPECT_FALSE(scanDouble(L"\x2003\x31", value));
-  std::setlocale(LC_CTYPE, "C");
+  std::setlocale(LC_CTYPE, former.c_str());
 }
 
 TEST(ScanInHostLocale, LeavesTheLocaleOfTheHostAlone) {

@@ -10,6 +10,8 @@
 #include <random>
 #include <string>
 
+#include "tests/support/InCLocale.h"
+
 namespace korvo::text {
 namespace {
 
@@ -20,6 +22,7 @@ void expectAsLibrary(const std::string& number) {
   const char* end = takePlainDecimal(text.data(), text.data() + text.size(), ours);
   if (end == nullptr || *end != ' ') return;  // left to the scanner of all numbers
   int length = 0;
+  const test::InCLocale scope;
   ASSERT_EQ(std::sscanf(text.c_str(), "%lf%n", &theirs, &length), 1) << text;
   EXPECT_EQ(end - text.data(), length) << text;
   EXPECT_EQ(std::bit_cast<std::uint64_t>(ours), std::bit_cast<std::uint64_t>(theirs)) << text;
@@ -83,6 +86,7 @@ TEST(PlainDecimal, ReadsNothingBehindTheEnd) {
 }
 
 TEST(PlainDecimal, AMillionNumbersSayWhatTheLibrarySays) {
+  const test::InCLocale scope;
   std::mt19937_64 random(3);
   const char* const formats[] = {"%e", "%.9g", "%.17g", "%f", "%.3f", "%.12e", "%g", "%.0f"};
   for (int i = 0; i < 125'000; ++i) {
