@@ -1,16 +1,19 @@
 # The few commands of this repository. Each installs first what it needs and lacks (Debian 12).
-.PHONY: help demo test test-long bench bench-check bench-record fuzz coverage reference format install
+.PHONY: help demo test test-long bench bench-check bench-record fuzz fuzz-quick mutate coverage reference format install
 
 PREFIX ?= /usr/local
-FUZZ_SECONDS ?= 1200
+SECONDS ?= 600
+COUNT ?= 200
 
 help:
 	@echo "make demo       build, ask the command line about two example machines, write one as GLB"
 	@echo "make test       build with warnings as errors and run every test"
-	@echo "make test-long  the same, with twenty times as many cases in each property"
+	@echo "make test-long  the same, with twenty times as many cases in each property, and big files"
 	@echo "make bench      run the benchmarks, write benchmarks/results.md; some minutes on a quiet machine"
 	@echo "make bench-check   compare instruction counts with the record; bench-record makes a new one"
-	@echo "make fuzz       run each fuzz target for FUZZ_SECONDS ($(FUZZ_SECONDS))"
+	@echo "make fuzz       run each fuzz target for SECONDS (600), two at a time"
+	@echo "make fuzz-quick  the same, optimised and without sanitizers: many more executions"
+	@echo "make mutate     change the core in COUNT (200) places, one at a time, and count what the tests notice"
 	@echo "make coverage   line coverage of kinematics/ and platform/"
 	@echo "make reference  the Doxygen reference"
 	@echo "make format     format all sources"
@@ -27,7 +30,7 @@ test:
 
 test-long:
 	scripts/install-deps build test
-	RC_PARAMS="max_success=2000" cmake --workflow --preset check
+	RC_PARAMS="max_success=2000" cmake --workflow --preset long
 
 bench:
 	scripts/install-deps build bench
@@ -48,7 +51,17 @@ fuzz:
 	scripts/install-deps build test clang
 	cmake --preset fuzz
 	cmake --build build/fuzz --target fuzz/all
-	scripts/fuzz $(FUZZ_SECONDS)
+	scripts/fuzz $(SECONDS)
+
+fuzz-quick:
+	scripts/install-deps build test clang
+	cmake --preset fuzz-quick
+	cmake --build build/fuzz-quick --target fuzz/all
+	scripts/fuzz --quick $(SECONDS)
+
+mutate:
+	scripts/install-deps build test
+	scripts/mutate $(COUNT)
 
 coverage:
 	scripts/install-deps build test coverage
