@@ -213,7 +213,8 @@ class Inverse(InverseCommandLine):
         text = self.answer("inverse", self.machine, "--point", self.POINT, "--dir", "0,1,1",
                            "--from", "C=36000000")
         self.assertIn(" C=36000000\n", text)
-        self.assertNotRegex(text, r"[0-9]e[+-]?[0-9]")
+        answer = text.replace(self.machine, "")  # its folder's name is drawn, and may hold "3e4"
+        self.assertNotRegex(answer, r"[0-9]e[+-]?[0-9]")
 
     def test_directions_of_any_length_are_taken(self):
         for direction in ("0,1e300,1e300", "0,1e-300,1e-300"):
