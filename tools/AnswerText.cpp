@@ -3,6 +3,7 @@
 #include <cmath>
 #include <iostream>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
 

@@ -1,5 +1,6 @@
 #include "tools/Arguments.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "tools/Failure.h"

@@ -1,5 +1,6 @@
 #include "tools/AxisOptions.h"
 
+#include <CLI/CLI.hpp>
 #include <set>
 
 #include "tools/AnswerText.h"

@@ -1,12 +1,15 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "toolkit/solve/Solver.h"
 #include "tools/Session.h"
+
+namespace CLI {
+class App;
+}
 
 namespace korvo::tools {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "toolkit/Text.h"

@@ -1,5 +1,6 @@
 #include "tools/CheckJson.h"
 
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
 

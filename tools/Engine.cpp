@@ -1,5 +1,6 @@
 #include "tools/Engine.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iterator>
 #include <string>

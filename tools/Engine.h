@@ -1,7 +1,10 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace korvo::tools {
 

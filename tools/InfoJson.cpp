@@ -1,5 +1,7 @@
 #include "tools/InfoJson.h"
 
+#include <nlohmann/json.hpp>
+
 #include "tools/AnswerText.h"
 
 using nlohmann::json;

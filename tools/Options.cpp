@@ -1,5 +1,6 @@
 #include "tools/Options.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "tools/Failure.h"

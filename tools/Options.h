@@ -1,6 +1,5 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <array>
 #include <initializer_list>
 #include <optional>
@@ -8,6 +7,10 @@
 #include <vector>
 
 #include "toolkit/Machine.h"
+
+namespace CLI {
+class App;
+}
 
 namespace korvo::tools {
 

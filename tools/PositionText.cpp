@@ -1,5 +1,6 @@
 #include "tools/PositionText.h"
 
+#include <nlohmann/json.hpp>
 #include <set>
 
 #include "tools/Failure.h"

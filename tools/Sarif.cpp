@@ -1,6 +1,7 @@
 #include "tools/Sarif.h"
 
 #include <map>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 #include <utility>

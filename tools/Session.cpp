@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <numbers>
 
 #include "platform/zgeo/UTools.h"

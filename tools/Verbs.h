@@ -1,8 +1,10 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include "tools/Failure.h"
+
+namespace CLI {
+class App;
+}
 
 namespace korvo::tools {
 

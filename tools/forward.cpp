@@ -1,10 +1,12 @@
 #include "tools/forward.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "toolkit/Describe.h"
 #include "tools/Csv.h"

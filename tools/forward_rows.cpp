@@ -1,6 +1,7 @@
 #include "tools/forward_rows.h"
 
 #include <cmath>
+#include <nlohmann/json.hpp>
 
 #include "tools/TableRun.h"
 #include "tools/ToolPoint.h"

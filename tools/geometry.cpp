@@ -1,8 +1,10 @@
 #include "tools/geometry.h"
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <stdexcept>
 #include <system_error>

@@ -1,9 +1,11 @@
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "tools/Checked.h"
 #include "tools/InfoJson.h"

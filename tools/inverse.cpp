@@ -1,9 +1,11 @@
 #include "tools/inverse.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "toolkit/answer/Answer.h"
 #include "toolkit/answer/Reach.h"

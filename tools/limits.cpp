@@ -1,6 +1,8 @@
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "toolkit/answer/Answer.h"
 #include "tools/AnswerText.h"

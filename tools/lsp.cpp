@@ -1,5 +1,7 @@
+#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "tools/LspFrames.h"
 #include "tools/LspServer.h"

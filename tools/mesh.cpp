@@ -1,6 +1,8 @@
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "geometry/GeometryFile.h"
 #include "toolkit/Describe.h"

@@ -1,8 +1,10 @@
 #include "tools/path.h"
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "toolkit/export/WholeFile.h"
 #include "toolkit/path/NearestFirst.h"

@@ -1,5 +1,6 @@
 // The report of a path for programs: korvo.path/1.
 #include <cmath>
+#include <nlohmann/json.hpp>
 
 #include "toolkit/Text.h"
 #include "tools/AnswerText.h"

@@ -1,5 +1,7 @@
+#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "toolkit/answer/Answer.h"
 #include "tools/AnswerText.h"
