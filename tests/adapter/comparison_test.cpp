@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/adapter/Comparison.h"
+#include "tests/support/Draws.h"
 #include "tests/support/MachineGenerator.h"
 #include "tests/support/TempFile.h"
 #include "tests/zgeo/StlFiles.h"
@@ -26,8 +27,8 @@ using zkin::KMachine;
 constexpr int kPositions = 500;
 constexpr int kTargets = 20;
 #else
-constexpr int kPositions = 10000;
-constexpr int kTargets = 1000;
+const int kPositions = drawsOf(10000);
+const int kTargets = drawsOf(1000);
 #endif
 constexpr double kForward = 1e-9;
 

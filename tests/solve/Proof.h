@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "tests/support/Draws.h"
+
 namespace korvo::test {
 
 /// Whether the proofs run in full, which takes minutes, or shortened as in every build.
@@ -11,15 +13,8 @@ inline bool isFullProof() {
   return wanted && std::string(wanted) == "full";
 }
 
-/// How many of something a proof tries. Where every step is checked it takes many times as long.
-inline int proofCount(int shortened, int full) {
-  if (isFullProof()) return full;
-#ifdef KORVO_SANITIZED
-  return (shortened + 9) / 10;
-#else
-  return shortened;
-#endif
-}
+/// How many of something a proof tries.
+inline int proofCount(int shortened, int full) { return isFullProof() ? full : drawsOf(shortened); }
 
 /// Whether tables of what was tried are printed.
 inline bool isReportWanted() { return std::getenv("KORVO_REPORT") != nullptr; }
