@@ -1,6 +1,5 @@
 #include "tools/Arguments.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "tools/Failure.h"
@@ -8,12 +7,6 @@
 
 namespace korvo::tools {
 namespace {
-
-std::vector<std::string> verbsOf(const CLI::App& app) {
-  std::vector<std::string> verbs;
-  for (const CLI::App* verb : app.get_subcommands({})) verbs.push_back(verb->get_name());
-  return verbs;
-}
 
 bool holds(const std::vector<std::string>& words, const std::string& word) {
   return std::find(words.begin(), words.end(), word) != words.end();
@@ -40,8 +33,8 @@ std::string didYouMean(const std::vector<std::string>& verbs, const std::string&
 
 }  // namespace
 
-std::vector<std::string> withVerbFirst(const CLI::App& app, std::vector<std::string> arguments) {
-  const std::vector<std::string> verbs = verbsOf(app);
+std::vector<std::string> withVerbFirst(const std::vector<std::string>& verbs,
+                                       std::vector<std::string> arguments) {
   if (!arguments.empty() && arguments.front() == "help") {
     arguments.erase(arguments.begin());
     arguments.insert(arguments.begin() + !arguments.empty(), "--help");

@@ -1,12 +1,12 @@
 #include "tools/AxisOptions.h"
 
-#include <CLI/CLI.hpp>
 #include <set>
 
 #include "tools/AnswerText.h"
 #include "tools/Failure.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
+#include "tools/Verb.h"
 
 namespace korvo::tools {
 namespace {
@@ -46,16 +46,16 @@ void forEachAxis(const Session& session, const std::vector<std::string>& given, 
   }
 }
 
-void addFreeAxisOptions(CLI::App& verb, std::vector<std::string>& hold,
+void addFreeAxisOptions(Verb& verb, std::vector<std::string>& hold,
                         std::vector<std::string>& sample) {
-  verb.add_option("--hold", hold,
-                  "Values of axes (W=120,V=0): they stand there, as if locked, instead of where "
-                  "--from has them")
-      ->allow_extra_args(false);
-  verb.add_option("--sample", sample,
-                  "How many places of axes that a target leaves free are tried (RAIL=21), from "
-                  "one limit to the other")
-      ->allow_extra_args(false);
+  verb.addOption("--hold", hold,
+                 "Values of axes (W=120,V=0): they stand there, as if locked, instead of where "
+                 "--from has them")
+      .oneValue();
+  verb.addOption("--sample", sample,
+                 "How many places of axes that a target leaves free are tried (RAIL=21), from "
+                 "one limit to the other")
+      .oneValue();
 }
 
 SolverOptions solverOptionsOf(const std::vector<std::string>& hold,

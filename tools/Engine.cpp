@@ -1,12 +1,12 @@
 #include "tools/Engine.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iterator>
 #include <string>
 
 #include "tools/Failure.h"
 #include "tools/Messages.h"
+#include "tools/Verb.h"
 
 namespace korvo::tools {
 namespace {
@@ -49,11 +49,11 @@ std::string helpOf(Engine engine, const std::vector<Engine>& engines) {
 
 }  // namespace
 
-void addEngineOption(CLI::App& verb, Engine& engine, const std::vector<Engine>& engines) {
+void addEngineOption(Verb& verb, Engine& engine, const std::vector<Engine>& engines) {
   const auto take = [&engine, engines](const std::string& word) {
     engine = engineOf(word, engines);
   };
-  verb.add_option_function<std::string>("--engine", take, helpOf(engine, engines));
+  verb.addOption("--engine", take, helpOf(engine, engines));
 }
 
 }  // namespace korvo::tools

@@ -2,11 +2,9 @@
 
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace korvo::tools {
+
+class Verb;
 
 /// What computes an answer.
 enum class Engine {
@@ -17,6 +15,6 @@ enum class Engine {
 
 /// Adds --engine, which takes the words of `engines`; without it `engine` stays. Other words throw
 /// Failure (usage).
-void addEngineOption(CLI::App& verb, Engine& engine, const std::vector<Engine>& engines);
+void addEngineOption(Verb& verb, Engine& engine, const std::vector<Engine>& engines);
 
 }  // namespace korvo::tools

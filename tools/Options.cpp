@@ -1,11 +1,11 @@
 #include "tools/Options.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "tools/Failure.h"
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
+#include "tools/Verb.h"
 
 namespace korvo::tools {
 namespace {
@@ -53,11 +53,10 @@ std::vector<std::string> locksOf(const std::vector<std::string>& given) {
   return names;
 }
 
-void makeIdle(CLI::App& verb, const std::string& name) {
-  const auto warn = [name, word = verb.get_name()](const std::string&) {
+void makeIdle(Verb& verb, const std::string& name) {
+  verb.hide(name, [name, word = verb.name()] {
     say("korvo: warning: " + name + " plays no part in '" + word + "'");
-  };
-  verb.get_option(name)->each(warn)->group("");
+  });
 }
 
 }  // namespace
@@ -75,45 +74,39 @@ Language languageOf(const std::string& word) {
   failUsage("en or fr after --lang", inQuotes(word));
 }
 
-void addCommonOptions(CLI::App& verb, CommonOptions& o, std::initializer_list<const char*> idle) {
-  verb.add_option("MACHINE", o.machine)
-      ->required()
-      ->option_text("Definition file, or the name of an installed example");
-  verb.add_option("--format", o.format, "Format version: auto, 1 or 2 [auto: from the axis lines]");
-  verb.add_option("--tool", o.tool, "Number of the current tool [1]");
-  verb.add_option(
-      "--tool-length", o.toolLength,
-      "Length of that tool from nose to tip, mm [0]. A gun's slides its nose by as much "
-      "along its direction; its tip stays where the file has the gun");
-  verb.add_option("--frame", o.frame,
-                  "Part zero x,y,z[,a,b,c]: its place in the machine frame (mm) and its turn about "
-                  "the machine's X, then Y, then Z (degrees). Points are answered in it");
-  verb.add_option("--lock", o.lock,
-                  "Names of axes that the solvers leave at their value (A,B, or one a use)")
-      ->allow_extra_args(false);
-  verb.add_option(
+void addCommonOptions(Verb& verb, CommonOptions& o, std::initializer_list<const char*> idle) {
+  verb.addOption("MACHINE", o.machine)
+      .required()
+      .text("Definition file, or the name of an installed example");
+  verb.addOption("--format", o.format, "Format version: auto, 1 or 2 [auto: from the axis lines]");
+  verb.addOption("--tool", o.tool, "Number of the current tool [1]");
+  verb.addOption("--tool-length", o.toolLength,
+                 "Length of that tool from nose to tip, mm [0]. A gun's slides its nose by as much "
+                 "along its direction; its tip stays where the file has the gun");
+  verb.addOption("--frame", o.frame,
+                 "Part zero x,y,z[,a,b,c]: its place in the machine frame (mm) and its turn about "
+                 "the machine's X, then Y, then Z (degrees). Points are answered in it");
+  verb.addOption("--lock", o.lock,
+                 "Names of axes that the solvers leave at their value (A,B, or one a use)")
+      .oneValue();
+  verb.addOption(
       "--strategy", o.strategy,
       "Which of two ways to a tool direction is taken: 1 the one with the smaller turn of "
       "the axis nearer the part, 2 of the axis nearer the tool, any other number: the one "
       "with the smallest single turn [as in the file]");
-  verb.add_option("--trace", o.trace, "Write the library's trace to FILE, - for standard error");
-  verb.add_flag("--no-check", o.noCheck,
-                "Load what the library accepts, whatever 'korvo check' says of it; files that "
-                "would never end loading are refused still")
-      ->disable_flag_override();
-  verb.add_flag("--json", o.json, "Answer in JSON (schemas in share/korvo/schemas)")
-      ->disable_flag_override();
+  verb.addOption("--trace", o.trace, "Write the library's trace to FILE, - for standard error");
+  verb.addFlag("--no-check", o.noCheck,
+               "Load what the library accepts, whatever 'korvo check' says of it; files that "
+               "would never end loading are refused still");
+  verb.addFlag("--json", o.json, "Answer in JSON (schemas in share/korvo/schemas)");
   for (const char* name : idle) makeIdle(verb, name);
 }
 
-void refuseCommonOptions(CLI::App& verb) {
+void refuseCommonOptions(Verb& verb) {
   static constexpr const char* kNames[] = {"--format", "--tool",     "--tool-length", "--frame",
                                            "--lock",   "--strategy", "--trace"};
   for (const char* name : kNames) {
-    const auto refuse = [name](const std::string&) {
-      throw CLI::ValidationError(name, "does not apply to 'new', which reads no machine");
-    };
-    verb.add_option_function<std::string>(name, refuse)->group("");
+    verb.refuse(name, "does not apply to 'new', which reads no machine");
   }
 }
 

@@ -8,11 +8,9 @@
 
 #include "toolkit/Machine.h"
 
-namespace CLI {
-class App;
-}
-
 namespace korvo::tools {
+
+class Verb;
 
 /// The options that every verb on a machine has, as given.
 struct CommonOptions {
@@ -31,11 +29,11 @@ struct CommonOptions {
 /// Adds MACHINE and the common options to a verb. Those that play no part in its answer (`idle`,
 /// as in "--lock") are taken, since one set of options goes with a machine whatever is asked of it;
 /// the help leaves them out, and a warning says so to who gives one.
-void addCommonOptions(CLI::App& verb, CommonOptions& options,
+void addCommonOptions(Verb& verb, CommonOptions& options,
                       std::initializer_list<const char*> idle = {});
 
 /// Gives a verb that reads no machine the names of these options, to refuse them with a reason.
-void refuseCommonOptions(CLI::App& verb);
+void refuseCommonOptions(Verb& verb);
 
 /// Where part zero lies: place (mm) and turns (degrees) about X, then Y, then Z of the machine.
 struct PartZero {

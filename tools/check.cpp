@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -18,6 +17,7 @@
 #include "tools/Messages.h"
 #include "tools/Options.h"
 #include "tools/Sarif.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 
 #if defined(_WIN32)
@@ -157,36 +157,30 @@ Exit run(const CheckOptions& o) {
   return counts.errors > 0 ? Exit::no : Exit::answered;
 }
 
-void addFlags(CLI::App& verb, CheckOptions& o) {
-  verb.add_flag("--json", o.json, "Answer in JSON (schemas in share/korvo/schemas)")
-      ->disable_flag_override();
-  verb.add_flag("--sarif", o.sarif, "Answer in SARIF 2.1.0, for editors and code review")
-      ->disable_flag_override();
-  verb.add_flag("--fix", o.fix,
-                "Mend what has one harmless remedy: write the file, show the difference, and say "
-                "what is left")
-      ->disable_flag_override();
+void addFlags(Verb& verb, CheckOptions& o) {
+  verb.addFlag("--json", o.json, "Answer in JSON (schemas in share/korvo/schemas)");
+  verb.addFlag("--sarif", o.sarif, "Answer in SARIF 2.1.0, for editors and code review");
+  verb.addFlag("--fix", o.fix,
+               "Mend what has one harmless remedy: write the file, show the difference, and say "
+               "what is left");
 }
 
 }  // namespace
 
 void addCheck(CLI::App& app, Exit& exit) {
-  CLI::App* verb = app.add_subcommand(
-      "check", "Say what is wrong in definition files, where, and how to mend it");
+  Verb verb(app, "check", "Say what is wrong in definition files, where, and how to mend it");
   const auto o = std::make_shared<CheckOptions>();
-  verb->add_option("MACHINE", o->machines)
-      ->option_text("Definition files, or names of installed examples");
-  verb->add_option("--format", o->format,
-                   "Format version: auto, 1 or 2 [auto: from the axis lines]");
-  addFlags(*verb, *o);
-  verb->add_option("--lang", o->language, "Language of the answer: en or fr [en]");
-  verb->add_option("--colour,--color", o->colour,
-                   "auto, always or never [auto: on a terminal, unless NO_COLOR is set]");
-  verb->add_option("--explain", o->explain,
-                   "Say what the rule of that code means, with a wrong and a right example; all: "
-                   "every rule. No MACHINE then");
-  verb->footer("Exit codes: 0 no errors, 1 errors, 2 bad usage, 3 --fix could not write");
-  verb->callback([o, &exit] { exit = run(*o); });
+  verb.addOption("MACHINE", o->machines).text("Definition files, or names of installed examples");
+  verb.addOption("--format", o->format, "Format version: auto, 1 or 2 [auto: from the axis lines]");
+  addFlags(verb, *o);
+  verb.addOption("--lang", o->language, "Language of the answer: en or fr [en]");
+  verb.addOption("--colour,--color", o->colour,
+                 "auto, always or never [auto: on a terminal, unless NO_COLOR is set]");
+  verb.addOption("--explain", o->explain,
+                 "Say what the rule of that code means, with a wrong and a right example; all: "
+                 "every rule. No MACHINE then");
+  verb.setFooter("Exit codes: 0 no errors, 1 errors, 2 bad usage, 3 --fix could not write");
+  verb.setAction([o, &exit] { exit = run(*o); });
 }
 
 }  // namespace korvo::tools

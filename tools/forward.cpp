@@ -1,6 +1,5 @@
 #include "tools/forward.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
@@ -17,6 +16,7 @@
 #include "tools/PositionText.h"
 #include "tools/ToolPoint.h"
 #include "tools/Travel.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 #include "tools/forward_rows.h"
 
@@ -168,29 +168,25 @@ json elementsJson(const zkin::KMachine& machine, const zkin::KMachineValueBase& 
 }
 
 void addForward(CLI::App& app, Exit& exit) {
-  CLI::App* verb = app.add_subcommand("forward", "Say where the tool stands at axis values");
+  Verb verb(app, "forward", "Say where the tool stands at axis values");
   const auto o = std::make_shared<ForwardOptions>();
-  addCommonOptions(*verb, o->common, {"--lock", "--strategy"});  // it solves nothing
-  verb->add_option("--at", o->at,
-                   "Position: X=10,C=90 (unnamed axes are 0), or all values in order");
-  verb->add_flag("--elements", o->elements, "Also the motion matrices of all elements")
-      ->disable_flag_override();
-  verb->add_option(
-      "--positions", o->positions,
-      "Many positions: CSV file (, or ; between columns) with axis names in its header, "
-      "- for standard input; axes without a column are 0");
-  verb->add_flag("--strict", o->strict, "Stop at the first bad row")->disable_flag_override();
-  verb->add_flag("--stats", o->stats,
-                 "Say on standard error what was taken and how fast the rows were answered")
-      ->disable_flag_override();
-  addEngineOption(*verb, o->engine, {Engine::library, Engine::external});
-  verb->footer(
+  addCommonOptions(verb, o->common, {"--lock", "--strategy"});  // it solves nothing
+  verb.addOption("--at", o->at, "Position: X=10,C=90 (unnamed axes are 0), or all values in order");
+  verb.addFlag("--elements", o->elements, "Also the motion matrices of all elements");
+  verb.addOption("--positions", o->positions,
+                 "Many positions: CSV file (, or ; between columns) with axis names in its header, "
+                 "- for standard input; axes without a column are 0");
+  verb.addFlag("--strict", o->strict, "Stop at the first bad row");
+  verb.addFlag("--stats", o->stats,
+               "Say on standard error what was taken and how fast the rows were answered");
+  addEngineOption(verb, o->engine, {Engine::library, Engine::external});
+  verb.setFooter(
       "Frames: the columns of a frame are the turned X, Y, Z of the machine, so they are its axes "
       "at the\nzero position. Its Z column is the tool direction only of a tool that stands along "
       "Z "
       "there; with --engine external it always is.\nLimits: positions outside them are answered "
       "too, and the axes outside are named.");
-  verb->callback([o, &exit] { exit = run(*o); });
+  verb.setAction([o, &exit] { exit = run(*o); });
 }
 
 }  // namespace korvo::tools

@@ -1,6 +1,5 @@
 #include "tools/geometry.h"
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -17,6 +16,7 @@
 #include "toolkit/export/Write.h"
 #include "tools/FileName.h"
 #include "tools/Messages.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 #include "tools/geometry_json.h"
 #include "tools/geometry_text.h"
@@ -150,18 +150,17 @@ void run(const GeometryOptions& o) {
 }  // namespace
 
 void addGeometry(CLI::App& app, Exit&) {
-  CLI::App* verb = app.add_subcommand(
-      "geometry", "Say what a geometry file holds: every number, and measures of its triangles");
+  Verb verb(app, "geometry",
+            "Say what a geometry file holds: every number, and measures of its triangles");
   const auto o = std::make_shared<GeometryOptions>();
-  verb->add_option("FILE", o->file)->required()->option_text("Geometry file: .zrn or .stl");
-  verb->add_flag("--json", o->json, "Answer in JSON (korvo.geometry.1.json in share/korvo/schemas)")
-      ->disable_flag_override();
-  verb->add_option("-o,--output", o->output, "Write the triangles to this file (binary STL)");
-  verb->footer(
+  verb.addOption("FILE", o->file).required().text("Geometry file: .zrn or .stl");
+  verb.addFlag("--json", o->json, "Answer in JSON (korvo.geometry.1.json in share/korvo/schemas)");
+  verb.addOption("-o,--output", o->output, "Write the triangles to this file (binary STL)");
+  verb.setFooter(
       "Measures are of the triangles, in the file's own frame and unit; corners are shared where\n"
       "they are equal. Faces of a .zrn file are meshed one by one, as machines show them.\n"
       "Exit codes: 0 answered, 2 bad usage, 3 nothing that can be read, or -o without triangles");
-  verb->callback([o] { run(*o); });
+  verb.setAction([o] { run(*o); });
 }
 
 }  // namespace korvo::tools

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <iomanip>
@@ -14,6 +13,7 @@
 #include "tools/Numbers.h"
 #include "tools/Session.h"
 #include "tools/ToolPoint.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 
 using zgeo::UVec3d;
@@ -221,13 +221,13 @@ void run(const CommonOptions& options, const std::string& tag) {
 }  // namespace
 
 void addInfo(CLI::App& app, Exit&) {
-  CLI::App* verb = app.add_subcommand("info", "Say what machine a definition file describes");
+  Verb verb(app, "info", "Say what machine a definition file describes");
   const auto options = std::make_shared<CommonOptions>();
-  addCommonOptions(*verb, *options, {"--strategy"});  // the settings alone name it
+  addCommonOptions(verb, *options, {"--strategy"});  // the settings alone name it
   const auto language = std::make_shared<std::string>("en");
-  verb->add_option("--lang", *language,
-                   "Language of the answer, in JSON of its sentences alone: en, fr [en]");
-  verb->callback([options, language] { run(*options, *language); });
+  verb.addOption("--lang", *language,
+                 "Language of the answer, in JSON of its sentences alone: en, fr [en]");
+  verb.setAction([options, language] { run(*options, *language); });
 }
 
 }  // namespace korvo::tools

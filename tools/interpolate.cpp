@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -9,6 +8,7 @@
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
 #include "tools/ToolPoint.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 
 using nlohmann::json;
@@ -158,24 +158,23 @@ void run(const InterpolateOptions& o) {
 }  // namespace
 
 void addInterpolate(CLI::App& app, Exit&) {
-  CLI::App* verb = app.add_subcommand("interpolate", "Say what lies between two positions");
+  Verb verb(app, "interpolate", "Say what lies between two positions");
   const auto o = std::make_shared<InterpolateOptions>();
-  addCommonOptions(*verb, o->common, {"--strategy"});  // no direction is solved for
-  verb->add_option("--from", o->from,
-                   "First position: X=10,C=90 (unnamed axes are 0), or all values in order")
-      ->required();
-  verb->add_option("--to", o->to, "Last position, likewise")->required();
-  verb->add_option("--steps", o->steps, "Number of steps between them")->required();
-  verb->add_flag("--raw", o->raw, "Every axis for itself: the tip is not brought onto the line")
-      ->disable_flag_override();
-  verb->footer(
+  addCommonOptions(verb, o->common, {"--strategy"});  // no direction is solved for
+  verb.addOption("--from", o->from,
+                 "First position: X=10,C=90 (unnamed axes are 0), or all values in order")
+      .required();
+  verb.addOption("--to", o->to, "Last position, likewise").required();
+  verb.addOption("--steps", o->steps, "Number of steps between them").required();
+  verb.addFlag("--raw", o->raw, "Every axis for itself: the tip is not brought onto the line");
+  verb.setFooter(
       "A rotary axis with more than half a turn to go goes one full turn less: the short way up to "
       "540\ndegrees, and one turn less beyond. Values are not brought back into any range, so the "
       "last position\nmay be a full turn from --to. Deviations are those of the tip from its place "
       "on the straight line\nbetween both ends; they stay where fewer than three linear axes are "
       "free, as on an arm. --lock keeps\nlinear axes out of the step onto the line alone: a locked "
       "axis too goes from --from to --to.");
-  verb->callback([o] { run(*o); });
+  verb.setAction([o] { run(*o); });
 }
 
 }  // namespace korvo::tools

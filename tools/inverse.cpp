@@ -1,6 +1,5 @@
 #include "tools/inverse.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <iostream>
@@ -17,6 +16,7 @@
 #include "tools/Messages.h"
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 
 using nlohmann::json;
@@ -220,37 +220,31 @@ SolverOptions solverOptionsOf(const InverseOptions& o, const Session& session) {
 }
 
 void addInverse(CLI::App& app, Exit& exit) {
-  CLI::App* verb =
-      app.add_subcommand("inverse", "Say which axis values put the tool on a point and direction");
+  Verb verb(app, "inverse", "Say which axis values put the tool on a point and direction");
   const auto o = std::make_shared<InverseOptions>();
-  addCommonOptions(*verb, o->common);
-  verb->add_option("--point", o->point, "Where the tool tip shall be: x,y,z in part zero, mm");
-  verb->add_option("--dir", o->direction,
-                   "Which way the tool shall point, from tip to spindle: i,j,k of any length");
-  verb->add_option(
-      "--from", o->from,
-      "Start: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]. It picks "
-      "the turn; locked axes stay at its values");
-  verb->add_flag("--all", o->all,
-                 "All positions, nearest to --from first: every branch with all full turns inside "
-                 "the limits; without limits those within one turn of --from")
-      ->disable_flag_override();
-  verb->add_option("--max", o->most, "How many of all are answered [20]");
-  addFreeAxisOptions(*verb, o->hold, o->sample);
-  verb->add_option(
-      "--targets", o->targets,
-      "Many targets: CSV file (, or ; between columns) with the columns tip_x, tip_y, "
-      "tip_z (or x, y, z), i, j, k, - for standard input; others are passed over. Each "
-      "is solved from where the row before ended, the first from --from");
-  verb->add_flag("--strict", o->strict, "Stop at the first row without a position")
-      ->disable_flag_override();
-  verb->add_flag("--stats", o->stats,
-                 "Say on standard error what was taken and how fast the rows were answered")
-      ->disable_flag_override();
-  addEngineOption(*verb, o->engine, {Engine::solver, Engine::library, Engine::external});
-  verb->add_option("--lang", o->language,
-                   "Language of the answer, in JSON of the reason alone: en, fr [en]");
-  verb->footer(
+  addCommonOptions(verb, o->common);
+  verb.addOption("--point", o->point, "Where the tool tip shall be: x,y,z in part zero, mm");
+  verb.addOption("--dir", o->direction,
+                 "Which way the tool shall point, from tip to spindle: i,j,k of any length");
+  verb.addOption("--from", o->from,
+                 "Start: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]. It picks "
+                 "the turn; locked axes stay at its values");
+  verb.addFlag("--all", o->all,
+               "All positions, nearest to --from first: every branch with all full turns inside "
+               "the limits; without limits those within one turn of --from");
+  verb.addOption("--max", o->most, "How many of all are answered [20]");
+  addFreeAxisOptions(verb, o->hold, o->sample);
+  verb.addOption("--targets", o->targets,
+                 "Many targets: CSV file (, or ; between columns) with the columns tip_x, tip_y, "
+                 "tip_z (or x, y, z), i, j, k, - for standard input; others are passed over. Each "
+                 "is solved from where the row before ended, the first from --from");
+  verb.addFlag("--strict", o->strict, "Stop at the first row without a position");
+  verb.addFlag("--stats", o->stats,
+               "Say on standard error what was taken and how fast the rows were answered");
+  addEngineOption(verb, o->engine, {Engine::solver, Engine::library, Engine::external});
+  verb.addOption("--lang", o->language,
+                 "Language of the answer, in JSON of the reason alone: en, fr [en]");
+  verb.setFooter(
       "Without --all: the position nearest to --from. Axes that a target leaves free, as linear "
       "axes "
       "beyond\nthree, a third rotary one or a rail, stay at --from unless the others do not reach "
@@ -260,7 +254,7 @@ void addInverse(CLI::App& app, Exit& exit) {
       "1e-6 mm, direction\nwithin 1e-8 rad. Exit code 1 and the reason when there is none.\n"
       "With --engine library: the position that the machine takes from --from, its strategy "
       "choosing between\ntwo branches; when that is outside the limits, the nearest one inside.");
-  verb->callback([o, &exit] { exit = run(*o); });
+  verb.setAction([o, &exit] { exit = run(*o); });
 }
 
 }  // namespace korvo::tools

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -10,6 +9,7 @@
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
 #include "tools/TableRun.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 
 using nlohmann::json;
@@ -150,23 +150,20 @@ Exit run(const LimitsOptions& o) {
 }  // namespace
 
 void addLimits(CLI::App& app, Exit& exit) {
-  CLI::App* verb = app.add_subcommand("limits", "Say whether axis values are inside the travels");
+  Verb verb(app, "limits", "Say whether axis values are inside the travels");
   const auto o = std::make_shared<LimitsOptions>();
-  addCommonOptions(*verb, o->common,
-                   {"--tool", "--tool-length", "--frame", "--lock", "--strategy"});
-  verb->add_option("--at", o->at,
-                   "Position: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]");
-  verb->add_option("--positions", o->positions,
-                   "Many positions: CSV file as of forward, - for standard input");
-  verb->add_flag("--strict", o->strict, "Stop at the first row outside, or bad")
-      ->disable_flag_override();
-  verb->add_flag("--stats", o->stats,
-                 "Say on standard error what was taken and how fast the rows were answered")
-      ->disable_flag_override();
-  verb->footer(
+  addCommonOptions(verb, o->common, {"--tool", "--tool-length", "--frame", "--lock", "--strategy"});
+  verb.addOption("--at", o->at,
+                 "Position: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]");
+  verb.addOption("--positions", o->positions,
+                 "Many positions: CSV file as of forward, - for standard input");
+  verb.addFlag("--strict", o->strict, "Stop at the first row outside, or bad");
+  verb.addFlag("--stats", o->stats,
+               "Say on standard error what was taken and how fast the rows were answered");
+  verb.setFooter(
       "On a limit is inside. Exit code 1 when an axis is outside. Margins are mm or degrees,\n"
       "negative outside.");
-  verb->callback([o, &exit] { exit = run(*o); });
+  verb.setAction([o, &exit] { exit = run(*o); });
 }
 
 }  // namespace korvo::tools

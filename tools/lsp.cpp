@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -7,6 +6,7 @@
 #include "tools/LspServer.h"
 #include "tools/Messages.h"
 #include "tools/Options.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 
 #if defined(_WIN32)
@@ -52,20 +52,21 @@ Exit run(const Given& given) {
 }  // namespace
 
 void addLsp(CLI::App& app, Exit& exit) {
-  CLI::App* verb = app.add_subcommand(
-      "lsp", "Serve an editor: findings, hover texts and completion while a file is written");
+  Verb verb(app, "lsp",
+            "Serve an editor: findings, hover texts and completion while a file is written");
   const auto given = std::make_shared<Given>();
-  verb->add_option("--lang", given->language, "Language of the texts: en or fr [en]");
-  verb->add_option("--format", given->format,
-                   "Format version: auto, 1 or 2 [auto: from the axis lines]");
-  verb->add_flag("--stdio", given->stdio,
-                 "Use standard input and output: always so, for editors that ask for it");
-  verb->footer(
+  verb.addOption("--lang", given->language, "Language of the texts: en or fr [en]");
+  verb.addOption("--format", given->format,
+                 "Format version: auto, 1 or 2 [auto: from the axis lines]");
+  verb.addFlag("--stdio", given->stdio,
+               "Use standard input and output: always so, for editors that ask for it")
+      .withValue();
+  verb.setFooter(
       "A language server (Language Server Protocol 3.17) on standard input and output; the editor "
       "starts it.\nIts initializationOptions may hold \"language\" and \"format\", which go before "
       "the options here.\nExit codes: 0 ended as the protocol wants it, 1 without shutdown, 2 bad "
       "usage, 3 what was read is no message.");
-  verb->callback([given, &exit] { exit = run(*given); });
+  verb.setAction([given, &exit] { exit = run(*given); });
 }
 
 }  // namespace korvo::tools

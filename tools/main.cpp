@@ -23,6 +23,12 @@ int report(Exit exit, const std::string& message) {
   return codeOf(exit);
 }
 
+std::vector<std::string> verbsOf(const CLI::App& app) {
+  std::vector<std::string> verbs;
+  for (const CLI::App* verb : app.get_subcommands({})) verbs.push_back(verb->get_name());
+  return verbs;
+}
+
 // What no option took, in the order in which it was typed; the parser has it backwards.
 std::string unexpectedText(const CLI::App& app, const std::vector<std::string>& arguments) {
   std::vector<std::string> left = app.remaining(true);
@@ -77,7 +83,7 @@ int run(int argc, char** argv) {
   korvo::tools::addCheck(app, exit);
   korvo::tools::addLsp(app, exit);
   const std::vector<std::string> arguments =
-      korvo::tools::withVerbFirst(app, {argv + std::min(argc, 1), argv + argc});
+      korvo::tools::withVerbFirst(verbsOf(app), {argv + std::min(argc, 1), argv + argc});
   try {
     app.parse(
         std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // as the parser wants it

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -18,6 +17,7 @@
 #include "tools/Numbers.h"
 #include "tools/PositionText.h"
 #include "tools/Travel.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 
 using nlohmann::json;
@@ -272,18 +272,17 @@ Exit run(const MeshOptions& o) {
 }  // namespace
 
 void addMesh(CLI::App& app, Exit& exit) {
-  CLI::App* verb =
-      app.add_subcommand("mesh", "Write the bodies of the machine at axis values, or a picture");
+  Verb verb(app, "mesh", "Write the bodies of the machine at axis values, or a picture");
   const auto o = std::make_shared<MeshOptions>();
-  addCommonOptions(*verb, o->common, {"--lock", "--strategy"});  // it solves nothing
-  verb->add_option("--at", o->at,
-                   "Position: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]");
-  verb->add_option("-o,--output", o->output,
-                   "The file to write; its end says which kind: .stl, .glb, .obj or .png")
-      ->required();
-  verb->add_option("--size", o->size, "Size of a .png in pixels, WIDTHxHEIGHT [1200x900]");
-  addEngineOption(*verb, o->engine, {Engine::library, Engine::external});
-  verb->footer(
+  addCommonOptions(verb, o->common, {"--lock", "--strategy"});  // it solves nothing
+  verb.addOption("--at", o->at,
+                 "Position: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]");
+  verb.addOption("-o,--output", o->output,
+                 "The file to write; its end says which kind: .stl, .glb, .obj or .png")
+      .required();
+  verb.addOption("--size", o->size, "Size of a .png in pixels, WIDTHxHEIGHT [1200x900]");
+  addEngineOption(verb, o->engine, {Engine::library, Engine::external});
+  verb.setFooter(
       "STL (binary), OBJ (with a .mtl beside it): mm, in part zero (--frame), in which points are\n"
       "answered: the part stands still, table axes move the rest. The boxes told are in it, too.\n"
       "GLB: metres, Y up, as glTF wants it; one node for each body, in its own frame (mm) and "
@@ -294,7 +293,7 @@ void addMesh(CLI::App& app, Exit& exit) {
       "Bodies are the .stl and .zrn files that the elements name. A file is written whole or not "
       "at "
       "all.");
-  verb->callback([o, &exit] { exit = run(*o); });
+  verb.setAction([o, &exit] { exit = run(*o); });
 }
 
 }  // namespace korvo::tools

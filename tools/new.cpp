@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fstream>
 #include <iomanip>
@@ -15,6 +14,7 @@
 #include "tools/Messages.h"
 #include "tools/Options.h"
 #include "tools/Session.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 #include "tools/starts.h"
 
@@ -159,13 +159,13 @@ void run(const NewOptions& o) {
 }  // namespace
 
 void addNew(CLI::App& app, Exit&) {
-  CLI::App* verb = app.add_subcommand("new", "Print a commented start for a machine of your own");
+  Verb verb(app, "new", "Print a commented start for a machine of your own");
   const auto o = std::make_shared<NewOptions>();
-  verb->add_option("NAME", o->name,
-                   "Which one: a start, or an example machine; without it, the list of both");
-  verb->add_flag("--json", o->json, "Answer in JSON")->disable_flag_override();
-  refuseCommonOptions(*verb);
-  verb->callback([o] { run(*o); });
+  verb.addOption("NAME", o->name,
+                 "Which one: a start, or an example machine; without it, the list of both");
+  verb.addFlag("--json", o->json, "Answer in JSON");
+  refuseCommonOptions(verb);
+  verb.setAction([o] { run(*o); });
 }
 
 }  // namespace korvo::tools

@@ -1,6 +1,5 @@
 #include "tools/path.h"
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -16,6 +15,7 @@
 #include "tools/PositionText.h"
 #include "tools/Progress.h"
 #include "tools/Stop.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 #include "tools/path_notes.h"
 #include "tools/path_report.h"
@@ -257,9 +257,9 @@ Exit run(const PathOptions& o) {
   return exit;
 }
 
-void addAxisWishes(CLI::App& verb, PathOptions& o) {
+void addAxisWishes(Verb& verb, PathOptions& o) {
   const auto add = [&verb](const char* name, std::vector<std::string>& to, const char* help) {
-    verb.add_option(name, to, help)->allow_extra_args(false);
+    verb.addOption(name, to, help).oneValue();
   };
   add("--weight", o.weight, "What a mm or a degree of an axis costs (C=0.2,X=1) [1 each]");
   add("--step", o.step,
@@ -274,47 +274,43 @@ void addAxisWishes(CLI::App& verb, PathOptions& o) {
 }  // namespace
 
 void addPath(CLI::App& app, Exit& exit) {
-  CLI::App* verb = app.add_subcommand(
-      "path", "Put the tool on a whole toolpath: the best continuous way of all axes");
+  Verb verb(app, "path", "Put the tool on a whole toolpath: the best continuous way of all axes");
   const auto o = std::make_shared<PathOptions>();
-  addCommonOptions(*verb, o->common, {"--strategy"});
-  verb->add_option("TARGETS", o->targets)
-      ->required()
-      ->option_text(
+  addCommonOptions(verb, o->common, {"--strategy"});
+  verb.addOption("TARGETS", o->targets)
+      .required()
+      .text(
           "CSV file with tip_x, tip_y, tip_z (or x, y, z), i, j, k and, if wanted, feed; or "
           "APT/CL text with GOTO/x,y,z,i,j,k; - for standard input");
-  verb->add_option("--input", o->input, "What TARGETS is: auto, csv, apt [auto: from its text]");
-  verb->add_option("-o,--output", o->output, "Write the positions to this CSV file");
-  verb->add_option("--report", o->page,
-                   "Write the report as one HTML page with a plot of every axis");
-  verb->add_option("--from", o->from,
-                   "Where the machine stands before: X=10,C=90 (unnamed axes are 0), or all values "
-                   "in order. Without it the way to the first target costs nothing");
-  verb->add_option("--tolerance", o->tolerance,
-                   "Add positions so that between targets the tip stays within mm of the straight "
-                   "line and the direction within degrees of the shortest turn (0.01,0.1)");
-  addAxisWishes(*verb, *o);
-  addFreeAxisOptions(*verb, o->hold, o->sample);
-  verb->add_option("--places", o->places,
-                   "How many places of a turn are tried of an axis that a target leaves free, as C "
-                   "with the tool along it [12]");
-  verb->add_option(
-      "--singular", o->singular,
-      "Which targets count as near a singular direction: degrees, or degrees,mm [1,1]");
-  verb->add_flag("--compare", o->compare, "Say what nearest-first comes to over the same targets")
-      ->disable_flag_override();
-  verb->add_flag("--no-advice", o->noAdvice, "Do not look for what would make the path fit")
-      ->disable_flag_override();
-  verb->add_option("--jobs", o->jobs, "Threads; the result is the same bit by bit [1]");
-  verb->add_option("--lang", o->language, "Language of the report: en, fr [en]");
-  verb->footer(
+  verb.addOption("--input", o->input, "What TARGETS is: auto, csv, apt [auto: from its text]");
+  verb.addOption("-o,--output", o->output, "Write the positions to this CSV file");
+  verb.addOption("--report", o->page,
+                 "Write the report as one HTML page with a plot of every axis");
+  verb.addOption("--from", o->from,
+                 "Where the machine stands before: X=10,C=90 (unnamed axes are 0), or all values "
+                 "in order. Without it the way to the first target costs nothing");
+  verb.addOption("--tolerance", o->tolerance,
+                 "Add positions so that between targets the tip stays within mm of the straight "
+                 "line and the direction within degrees of the shortest turn (0.01,0.1)");
+  addAxisWishes(verb, *o);
+  addFreeAxisOptions(verb, o->hold, o->sample);
+  verb.addOption("--places", o->places,
+                 "How many places of a turn are tried of an axis that a target leaves free, as C "
+                 "with the tool along it [12]");
+  verb.addOption("--singular", o->singular,
+                 "Which targets count as near a singular direction: degrees, or degrees,mm [1,1]");
+  verb.addFlag("--compare", o->compare, "Say what nearest-first comes to over the same targets");
+  verb.addFlag("--no-advice", o->noAdvice, "Do not look for what would make the path fit");
+  verb.addOption("--jobs", o->jobs, "Threads; the result is the same bit by bit [1]");
+  verb.addOption("--lang", o->language, "Language of the report: en, fr [en]");
+  verb.setFooter(
       "Fewest breaks first, then least weighted travel, over all branches and turns. A break is a\n"
       "step above --step, or a target without a position.\n"
       "SIGINT (Ctrl-C) or SIGTERM stops: the targets answered so far are written and reported; a\n"
       "second one ends at once. What helps is tried by runs over all targets.\n"
       "Exit codes: 0 the path fits, 1 it does not, 2 bad usage, 3 unreadable or refused input,\n"
       "4 stopped before its end.");
-  verb->callback([o, &exit] { exit = run(*o); });
+  verb.setAction([o, &exit] { exit = run(*o); });
 }
 
 }  // namespace korvo::tools

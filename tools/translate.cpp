@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -6,6 +5,7 @@
 #include "toolkit/answer/Answer.h"
 #include "tools/AnswerText.h"
 #include "tools/PositionText.h"
+#include "tools/Verb.h"
 #include "tools/Verbs.h"
 
 using nlohmann::json;
@@ -74,17 +74,16 @@ Exit run(const TranslateOptions& o) {
 }  // namespace
 
 void addTranslate(CLI::App& app, Exit& exit) {
-  CLI::App* verb =
-      app.add_subcommand("translate", "Say which increments shift the tip at the same direction");
+  Verb verb(app, "translate", "Say which increments shift the tip at the same direction");
   const auto o = std::make_shared<TranslateOptions>();
-  addCommonOptions(*verb, o->common);
-  verb->add_option("--at", o->at,
-                   "Position: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]");
-  verb->add_option("--by", o->by, "Shift of the tool tip: dx,dy,dz in part zero, mm")->required();
-  verb->footer(
+  addCommonOptions(verb, o->common);
+  verb.addOption("--at", o->at,
+                 "Position: X=10,C=90 (unnamed axes are 0), or all values in order [all 0]");
+  verb.addOption("--by", o->by, "Shift of the tool tip: dx,dy,dz in part zero, mm").required();
+  verb.setFooter(
       "The position reached is verified forward. Exit code 1 and the reason when it is not, or is\n"
       "outside the limits.");
-  verb->callback([o, &exit] { exit = run(*o); });
+  verb.setAction([o, &exit] { exit = run(*o); });
 }
 
 }  // namespace korvo::tools
