@@ -19,11 +19,6 @@ Option Option::oneValue() {
   return *this;
 }
 
-Option Option::withValue() {
-  option_->disable_flag_override(false);
-  return *this;
-}
-
 Verb::Verb(CLI::App& app, const std::string& name, const std::string& text)
     : app_(app.add_subcommand(name, text)) {}
 

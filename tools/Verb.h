@@ -26,9 +26,6 @@ class Option {
   /// Takes one value a use, so that the argument behind it is none.
   Option oneValue();
 
-  /// A flag that may say yes or no: --flag=false.
-  Option withValue();
-
  private:
   CLI::Option* option_;
 };
