@@ -59,8 +59,7 @@ void addLsp(CLI::App& app, Exit& exit) {
   verb.addOption("--format", given->format,
                  "Format version: auto, 1 or 2 [auto: from the axis lines]");
   verb.addFlag("--stdio", given->stdio,
-               "Use standard input and output: always so, for editors that ask for it")
-      .withValue();
+               "Use standard input and output: always so, for editors that ask for it");
   verb.setFooter(
       "A language server (Language Server Protocol 3.17) on standard input and output; the editor "
       "starts it.\nIts initializationOptions may hold \"language\" and \"format\", which go before "
