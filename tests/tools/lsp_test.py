@@ -223,7 +223,7 @@ class LspLifecycle(Server):
 
     def test_takes_the_flag_of_editors(self):
         self.assertIn("capabilities", self.client("--stdio").initialize())
-        self.assertEqual(self.run_korvo("lsp", "--stdio=false").returncode, USAGE)
+        self.assertEqual(self.client("--stdio=false").end()[0], 2)
 
     def test_refuses_other_languages_and_formats(self):
         for arguments, message in ((["--lang", "de"], "expected en or fr after --lang, found 'de'"),
