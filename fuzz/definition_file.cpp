@@ -1,4 +1,5 @@
-// A whole definition file: read by the library, and asked where everything stands.
+// A whole definition file: read by the library, and asked where everything stands. What the checker
+// says of it is the target `check`.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +12,6 @@
 namespace {
 
 using korvo::fuzz::ask;
-using korvo::fuzz::require;
 using zkin::KMachine;
 
 /// Whether the library reads it in bounded time and memory: it follows a cycle of links and a
@@ -33,11 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   KMachine machine;
   machine.setDataFilePNE(file.path(), version);
-  const int result = machine.readDataFile();
+  machine.readDataFile();
   ask(machine);
-
-  korvo::Loaded loaded = korvo::load(file.path(), format);
-  require(!loaded || result == 0);
-  if (loaded) ask(**loaded.machine);
   return 0;
 }

@@ -72,7 +72,9 @@ bool suits(const SourceLine& line, Keyword keyword) {
 
 // Of a word of three letters one change leaves too little to be sure.
 bool isSlip(const std::wstring& word, const std::wstring& meant) {
-  const auto isNear = [&](const std::wstring& k) { return editDistance(word, k) == 1; };
+  const auto isNear = [&](const std::wstring& k) {
+    return k.size() <= word.size() + 1 && word.size() <= k.size() + 1 && editDistance(word, k) == 1;
+  };
   return word.size() > 3 && isNear(meant) &&
          std::count_if(keywords().begin(), keywords().end(), isNear) == 1;
 }
