@@ -1,9 +1,9 @@
 // The checker against the library: what it accepts loads, what it calls endless never does, its
 // places lie within the lines, and its fixes mend what they say.
 //
-// The first byte chooses format (auto, 1, 2), language and what is asked, the rest is the file: "0" to
-// "2" are the formats in English, "3" to "5" in French, with everything asked. The bytes that follow
-// them ask one thing each, in a third of the time.
+// The first byte chooses format (auto, 1, 2), language and what is asked, the rest is the file: "0"
+// to "2" are the formats in English, "3" to "5" in French, with everything asked. The bytes that
+// follow them ask one thing each, in a third of the time.
 #include "toolkit/check/Check.h"
 
 #include <algorithm>
