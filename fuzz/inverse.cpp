@@ -63,6 +63,9 @@ struct Asked {
   bool isLocked;  ///< One of the axes.
   Values start, made;
   Target target;
+  UMatrix frame;  ///< Where the target is one.
+
+  bool hasFrame() const { return isFrame && isMade; }
 };
 
 Asked askedOf(Bytes& bytes) {
@@ -113,6 +116,13 @@ UVec3d scaledToOne(const UVec3d& v) {
 
 double angleBetween(const UVec3d& a, const UVec3d& b) { return std::atan2((a ^ b).norm(), a * b); }
 
+/// Of two rotations that are nearly the same: |A - B|^2 = 8 sin^2(angle / 2).
+double turnBetween(const UMatrix& a, const UMatrix& b) {
+  double sum = 0;
+  for (int i = 0; i < 9; ++i) sum += std::pow(a(i / 3, i % 3) - b(i / 3, i % 3), 2);
+  return std::sqrt(sum / 2);
+}
+
 /// What is wrong with a solution, or null: judged by the machine, not by the solver.
 const char* faultOf(const KMachine& machine, const Solver& solver, const Solution& solution,
                     const Asked& asked) {
@@ -131,6 +141,10 @@ const char* faultOf(const KMachine& machine, const Solver& solver, const Solutio
   if (!machine.getTool(*position, point, direction, 0)) return "no tool";
   const UVec3d tip = point - direction * machine.getTHELength(1);
   if (!(tip.distanceTo(asked.target.tip) <= 1.001 * kReachedMm)) return "the point";
+  if (asked.hasFrame()) {
+    const double turn = turnBetween(machine.getMatrix_H2T(*position), asked.frame);
+    if (!(turn <= 1.001 * kReachedRad)) return "the turn";
+  }
   const double angle = angleBetween(direction, scaledToOne(asked.target.direction));
   return angle <= 1.001 * kReachedRad ? nullptr : "the direction";
 }
@@ -171,16 +185,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const JointChain& chain = solver.chain();
 
   asked.made = intoLimits(chain, asked.made);
-  FrameTarget frame;
   if (asked.isMade) {
     const korvo::ToolPose pose = chain.pose(asked.made);
     asked.target = {chain.tipOf(pose), pose.direction};
   }
-  frame.frame = chain.motion(asked.made);
   std::vector<Solution> found;
-  if (asked.isFrame && asked.isMade) {
-    frame.frame.setOrigin(asked.target.tip);
-    solver.solve(frame, asked.start, found);
+  if (asked.hasFrame()) {
+    asked.frame = chain.motion(asked.made);
+    asked.frame.setOrigin(asked.target.tip);
+    solver.solve(FrameTarget{asked.frame}, asked.start, found);
   } else {
     solver.solve(asked.target, asked.start, found);
   }

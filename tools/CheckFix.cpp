@@ -15,6 +15,7 @@ CheckResult fixFile(std::ostream& out, const std::filesystem::path& path, CheckR
   constexpr int kRounds = 10;
   if (countsOf(result.diagnostics).fixes == 0) return result;
   const std::string before = readBytes(path);
+  result = checkText(before, path, format, style.language);  // it may be another file by now
   std::string after = before;
   for (int round = 0; round < kRounds; ++round) {
     std::string mended = applyFixes(after, result.diagnostics);

@@ -1,7 +1,8 @@
 #include "tools/ReplaceFile.h"
 
+#include <array>
+#include <cstddef>
 #include <fstream>
-#include <sstream>
 
 #include "toolkit/export/WholeFile.h"
 #include "tools/Failure.h"
@@ -12,12 +13,16 @@ namespace korvo::tools {
 
 std::string readBytes(const fs::path& path) {
   std::ifstream stream(path, std::ios::binary);
-  std::ostringstream bytes;
-  if (stream.peek() != std::ifstream::traits_type::eof()) bytes << stream.rdbuf();
+  std::string bytes;
+  std::array<char, 65536> block;
+  // `read` keeps a failure of the system in the stream; `<< stream.rdbuf()` takes it for the end.
+  while (stream.read(block.data(), block.size()) || stream.gcount() > 0) {
+    bytes.append(block.data(), static_cast<std::size_t>(stream.gcount()));
+  }
   if (!stream.is_open() || stream.bad()) {
     throw Failure(Exit::refused, path.string() + ": expected a readable file");
   }
-  return bytes.str();
+  return bytes;
 }
 
 void replaceFile(const fs::path& path, const std::string& bytes) {

@@ -5,7 +5,7 @@
 
 namespace korvo::tools {
 
-/// The bytes of a file. Throws Failure.
+/// The bytes of a file, all of them: a read that fails on the way throws Failure.
 std::string readBytes(const std::filesystem::path& path);
 
 /// Gives the file at `path` the content `bytes`, or leaves it as it is: a file beside it is written

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <memory>
@@ -13,6 +12,7 @@
 #include "tools/Examples.h"
 #include "tools/Messages.h"
 #include "tools/Options.h"
+#include "tools/ReplaceFile.h"
 #include "tools/Session.h"
 #include "tools/Verb.h"
 #include "tools/Verbs.h"
@@ -33,14 +33,6 @@ struct Offer {
   std::string name, summary, text;
   int version = 0;
 };
-
-std::string readFile(const std::filesystem::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  std::ostringstream text;
-  text << stream.rdbuf();
-  if (!stream) throw Failure(Exit::refused, path.string() + ": expected a readable file");
-  return text.str();
-}
 
 // An example begins with a comment that says what it is.
 std::string summaryOf(const std::string& text) {
@@ -96,7 +88,7 @@ bool hasBodies(const std::string& text) {
 // --- what is offered
 
 Offer exampleOffer(const std::string& name, const std::filesystem::path& path) {
-  const std::string text = readFile(path);
+  const std::string text = readBytes(path);
   return {name, summaryOf(text), hasBodies(text) ? withoutBodies(text) : text,
           check(path).format.version};
 }

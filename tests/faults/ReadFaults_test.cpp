@@ -26,6 +26,7 @@ class ReadFaults : public testing::TestWithParam<ReaderRow> {
     const FaultyFile counted(path, {});
     ASSERT_EQ(reader->read(), Reader::kDone);
     whole = reader->content();
+    ASSERT_EQ(whole.empty(), isWithoutContent(GetParam()));
     openings = FaultyFile::openings();
     ASSERT_GT(openings, 0);
   }

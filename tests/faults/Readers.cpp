@@ -54,6 +54,9 @@ collisions=B,PIECE,C
 /// A small machine, since the check makes thousands of texts for a large one.
 const std::string kSmall = "frame\naxis=X,x\npart\nlien=BATI\naxis=Z,z\ntool=z,0,0,5\n";
 
+/// Of which the checker has something to say, and loads it all the same.
+const std::string kDoubtful = "frame\naxis=X,x\npart\nlien=BATI\naxis=X,z\ntool=z,0,0,5\n";
+
 /// What a host had loaded before: another machine, of which nothing may come back.
 const std::string kMill =
     "frame\naxis=X,x\naxis=Y,y\npart=x,y\nlien=BATI\naxis=Z,z\ntool=z,0,0,50\n";
@@ -426,6 +429,7 @@ std::vector<ReaderRow> readersOfFiles() {
                           .memoryFailures = {-1, kNo}};
   ReaderRow check = load;
   check.name = "ToolkitCheck";
+  check.bytes = kDoubtful;
   check.make = make<CheckReader>;
   const ReaderRow external = {.name = "External",
                               .file = "machine.def",
@@ -463,12 +467,12 @@ std::vector<ReaderRow> readersOfFiles() {
   text.otherBytes = binaryStl(5);
   const ReaderRow bodies = {.name = "MachineBodies",
                             .file = "holder.stl",
-                            .bytes = binaryStl(3),
+                            .bytes = binaryStl(kBodyTriangles),
                             .otherBytes = asciiStl(5),
                             .make = make<BodiesReader>,
                             .refused = Reader::kDone,
                             .readFailures = {Reader::kDone},
-                            .leftByRead = Left::some,
+                            .leftByRead = Left::others,
                             .memoryFailures = {Reader::kDone},
                             .leftByMemory = Left::some,
                             .ofAnEmptyFile = Reader::kDone};
@@ -521,7 +525,7 @@ std::vector<ReaderRow> readersOfTexts() {
   return {{.name = "ElementLine", .file = "none", .make = make<LineReader>},
           {.name = "ToolkitCheckText",
            .file = "machine.def",
-           .bytes = kSmall,
+           .bytes = kDoubtful,
            .make = make<CheckTextReader>,
            .memoryFailures = {-1, kNo}},
           {.name = "AptText",

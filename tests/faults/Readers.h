@@ -30,10 +30,13 @@ class Reader {
 };
 
 /// What is there after a failure.
+constexpr int kBodyTriangles = 3;  ///< Of the body whose file is faulty.
+
 enum class Left {
   asBefore,  ///< What was there before the read.
   nothing,
   beginning,  ///< The first things of the whole, the last of them perhaps without its end.
+  others,     ///< The whole, or all of it but the body whose file is faulty.
   some,       ///< Any things of the whole.
   all,        ///< The whole.
   usable,     ///< Whatever it is, it can be asked and read anew.

@@ -398,6 +398,17 @@ class CheckFix(Check):
             self.assertNotIn("---", said)
             self.assertEqual((after.st_ino, after.st_mtime_ns), (before.st_ino, 1))
 
+    # The check itself reads by `fread`, which this fault leaves alone.
+    def test_a_file_that_fails_to_be_read_is_not_replaced_by_its_beginning(self):
+        text = MISSPELT + "# a comment to the end of the line\n" * 1000
+        path = self.write("m.def", text)
+        env = {**os.environ, "LD_PRELOAD": os.environ["KORVO_READ_FAULT"]}
+        run = self.run_korvo("check", path, "--fix", env=env)
+        self.assertEqual(run.returncode, REFUSED, run.stdout)
+        self.assertIn(path + ": expected a readable file", run.stderr)
+        with open(path, encoding="utf-8") as file:
+            self.assertEqual(file.read(), text)
+
     def test_permissions_stay_and_nothing_is_left_beside(self):
         path = self.write("m.def", MISSPELT)
         os.chmod(path, 0o640)

@@ -1,5 +1,6 @@
 #include "toolkit/check/Links.h"
 
+#include <new>
 #include <unordered_map>
 #include <utility>
 
@@ -71,8 +72,9 @@ class Linker {
   }
 
   void readElement(const SourceLine& line) {
-    KMachineElem e(line.text, version_);
-    if (e.getElemType() == KMachineElem::KMET_TYPE_NONE) return;
+    KMachineElem e;
+    // A line with an element's keyword is one, whatever else it has: only memory can be wanting.
+    if (!e.setFromLine(line.text, version_)) throw std::bad_alloc();
     e.setPrevIndex(link_);
     if (e.isTool()) e.setElemIndex(KMachineElem::_getToolIndex(++tools_));
     if (e.getElemType() == KMachineElem::KMET_TYPE_GEOM) e.setElemIndex(-200 - ++geometries_);
