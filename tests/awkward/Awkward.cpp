@@ -43,7 +43,7 @@ int drawCount(int usual) {
   const auto at = text.find(kMore);
   int cases = 100;  // of a RapidCheck property
   if (at != std::string_view::npos) cases = std::atoi(text.data() + at + kMore.size());
-#ifdef KORVO_SANITIZED
+#ifdef KORVO_SANITIZED  // in other hosts RC_PARAMS asks for a tenth
   usual = (usual + 9) / 10;
 #endif
   return std::max(1, usual * cases / 100);
