@@ -173,8 +173,8 @@ std::string shortened(const std::wstring& word) {
 Findings ignoredLines(const Source& source) {
   Findings findings;
   for (const SourceLine& line : source.document.lines) {
-    if (line.keyword != Keyword::none || missingEquals(line) || meantKeyword(line)) continue;
-    if (isStatement(line)) continue;
+    if (line.keyword != Keyword::none || missingEquals(line) || isStatement(line)) continue;
+    if (meantKeyword(line)) continue;
     findings.push_back(
         Finding(line.placeOf(line.statement.keyword), {shortened(line.statement.keyword.text)}));
   }
