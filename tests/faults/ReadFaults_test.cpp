@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "tests/alloc/Allocations.h"
 #include "tests/faults/FaultyFile.h"
 #include "tests/faults/Left.h"
 #include "tests/faults/Readers.h"
@@ -60,7 +61,9 @@ class ReadFaults : public testing::TestWithParam<ReaderRow> {
     for (int opening = 1; opening <= openings; ++opening) {
       for (std::size_t at = 0; at <= GetParam().bytes.size() && !HasFailure(); at += step) {
         SCOPED_TRACE(testing::Message() << "byte " << at << " of opening " << opening);
+        const std::ptrdiff_t blocks = liveBlocks();
         shown += tryFault({kind, at, opening});
+        EXPECT_EQ(liveBlocks(), blocks);
       }
     }
     EXPECT_EQ(openDescriptors(), descriptors);
@@ -138,10 +141,10 @@ INSTANTIATE_TEST_SUITE_P(OnTheWay, ReadFaults, testing::ValuesIn(readersOfFilesO
 
 class LargeReadFaults : public ReadFaults {};
 
-/// A page: whatever the size of a buffer, it begins and ends at one, or 84 bytes behind one.
-TEST_P(LargeReadFaults, AtEveryPageAreToldByTheCode) {
-  constexpr std::size_t kPage = 4096 * 4;
-  EXPECT_GT(tryAll(ReadFault::fails, kPage), GetParam().bytes.size() / kPage);
+/// Every buffer of these readers, 4 KB to 256 KB large, ends at some of these places.
+TEST_P(LargeReadFaults, AtEverySixteenthKilobyteAreToldByTheCode) {
+  constexpr std::size_t kStride = 16 << 10;
+  EXPECT_GT(tryAll(ReadFault::fails, kStride), GetParam().bytes.size() / kStride);
 }
 
 INSTANTIATE_TEST_SUITE_P(Readers, LargeReadFaults, testing::ValuesIn(readersOfLargeFiles()),

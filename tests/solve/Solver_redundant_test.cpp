@@ -11,6 +11,7 @@
 #include "tests/solve/Machines.h"
 #include "tests/solve/Proof.h"
 #include "tests/support/Dice.h"
+#include "tests/support/MachineGenerator.h"
 
 namespace korvo::test {
 namespace {
@@ -69,6 +70,23 @@ TEST(SolverRedundant, SpareLinearAxisStaysAtItsStart) {
   const Solver solver(portal());
   expectOne(solutionsOf(solver, tiltedAt(100, 200, -900), withW(-200)), -700, -200);
   expectOne(solutionsOf(solver, tiltedAt(100, 200, -900), withW(-450)), -450, -450);
+}
+
+// The quill W slides along Z but for 2e-10 rad: the two of them and X would carry across by 1e13
+// mm.
+TEST(SolverRedundant, LinearAxesThatAreAlmostParallelDoNotCarryTogether) {
+  const auto machine = loadMachine(
+      "frame\npart=x,y\nlien=BATI\naxis=X,1,x\naxis=Y,2,y\naxis=Z,3,z\naxis=W,4,0,2e-10,1\n"
+      "tool=z\n",
+      1);
+  Values start{};
+  start[3] = -40;
+  const std::vector<Solution> all =
+      solutionsOf(Solver(Machine(*machine)), {{100, 200, 300}, {0, 0, 1}}, start);
+  ASSERT_EQ(all.size(), 1u);
+  EXPECT_NEAR(all[0].values[0], 100, 1e-9);
+  EXPECT_NEAR(all[0].values[1], 200, 1e-7);  // 300 2e-10 beside it
+  EXPECT_NEAR(all[0].values[2] + all[0].values[3], 300, 1e-9);
 }
 
 TEST(SolverRedundant, SpareLinearAxisMovesByTheLeastThatBringsAllInside) {

@@ -8,6 +8,7 @@ import os
 import pty
 import subprocess
 import tempfile
+import tty
 import unittest
 
 import jsonschema
@@ -495,6 +496,23 @@ class Rows(CommandLine):
                             (self.folder, "a folder")):
             self.assert_fails(REFUSED, f"{path}: expected a readable table, found {found}",
                               "forward", self.machine, "--positions", path)
+
+    def test_a_table_that_fails_to_be_read_is_refused(self):
+        self.assert_fails(REFUSED, "/proc/self/mem: expected a readable table, found an error "
+                          "while reading", "forward", self.machine, "--positions", "/proc/self/mem")
+
+    # What was written to a terminal comes, and then an error, for the terminal is gone.
+    def test_nor_is_the_beginning_of_one_taken_for_the_table(self):
+        ours, theirs = pty.openpty()
+        tty.setraw(theirs)
+        os.write(theirs, b"X\n1\n2\n")
+        os.close(theirs)
+        run = subprocess.run([KORVO, "forward", self.machine, "--positions", "-"], stdin=ours,
+                             capture_output=True, text=True, timeout=120, check=False)
+        os.close(ours)
+        self.assertEqual(run.returncode, REFUSED)
+        self.assertIn("standard input: expected a readable table, found an error while reading",
+                      run.stderr)
 
 
 class Options(CommandLine):

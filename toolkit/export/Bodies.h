@@ -30,7 +30,8 @@ struct Body {
 /// @units   As in the files, mm by custom.
 /// @return  In file order. The colour is the element's, or one of ours by rank when a component of
 ///          it is none from 0 to 255.
-/// @errors  Elements without a file, or with one that gives no triangles, have no body.
+/// @errors  Elements without a file, or with one that gives no triangles, have no body. Throws
+///          std::bad_alloc.
 /// @cost    Reads every file, as often as elements name it.
 KORVO_TOOLKIT_API std::vector<Body> bodiesOf(const zkin::KMachine& machine,
                                              const zkin::KMachineValueBase& position);
@@ -45,7 +46,7 @@ KORVO_TOOLKIT_API std::vector<Body> bodiesOf(const zkin::KMachine& machine,
 ///                  is the element of rank k - 1.
 /// @frames  Triangles: the entity's own frame, of such a machine the machine frame at its zero
 ///          position. Motion: from there into the table's frame, of its table 0 the machine frame.
-/// @errors  Without an external machine there are none.
+/// @errors  Without an external machine there are none. Throws std::bad_alloc.
 KORVO_TOOLKIT_API std::vector<Body> bodiesOf(const zkin::KMachine& machine,
                                              const zkin::NMachine& external,
                                              const Ombra::Kin::MachinePosition& position);

@@ -13,6 +13,9 @@ namespace {
 /// Two directions are one when the sine of their angle is below this.
 constexpr double kOneLine = 1e-10;
 
+/// Directions that are apart by more lose few digits when they carry together.
+constexpr double kClear = 1e-3;
+
 /// The free linear joints as they stand, the one nearest the tool first, and the way that is left.
 struct Standing {
   std::array<int, kMostAxes> joints;
@@ -50,30 +53,36 @@ Standing standing(const Query& query, Values& values) {
   return s;
 }
 
-bool areIndependent(const UVec3d& a, const UVec3d& b) {
-  return (a ^ b).norm() > kOneLine * a.norm() * b.norm();
-}
+/// Up to three joints that carry, counted from the tool: those nearest to it that are clearly
+/// independent, and only where there are none, such as barely are.
+class Carriers {
+ public:
+  explicit Carriers(const Standing& s) {
+    take(s, kClear, kClear);
+    take(s, kOneLine, rotations::kDependent);
+  }
 
-bool areIndependent(const UVec3d& a, const UVec3d& b, const UVec3d& c) {
-  return std::abs(a * (b ^ c)) > rotations::kDependent * a.norm() * b.norm() * c.norm();
-}
-
-/// Up to three joints that carry, counted from the tool.
-struct Carriers {
   std::array<int, 3> places{};  ///< In Standing.
   int count = 0;
 
-  void take(const Standing& s, int k) {
-    const UVec3d& d = s.direction(k);
-    const bool isNew = count == 0 ? d.norm() > 0
-                       : count == 1
-                           ? areIndependent(s.direction(places[0]), d)
-                           : areIndependent(s.direction(places[0]), s.direction(places[1]), d);
-    if (isNew) places[at(count++)] = k;
-  }
-
   bool has(int k) const {
     return std::find(places.begin(), places.begin() + count, k) != places.begin() + count;
+  }
+
+ private:
+  void take(const Standing& s, double leastSine, double leastVolume) {
+    for (int k = 0; k < s.count && count < 3; ++k) {
+      if (!has(k) && isNew(s, s.direction(k), leastSine, leastVolume)) places[at(count++)] = k;
+    }
+  }
+
+  /// By the sine of two directions, the volume of three.
+  bool isNew(const Standing& s, const UVec3d& d, double leastSine, double leastVolume) const {
+    if (count == 0) return d.norm() > 0;
+    const UVec3d& a = s.direction(places[0]);
+    if (count == 1) return (a ^ d).norm() > leastSine * a.norm() * d.norm();
+    const UVec3d& b = s.direction(places[1]);
+    return std::abs(a * (b ^ d)) > leastVolume * a.norm() * b.norm() * d.norm();
   }
 };
 
@@ -166,9 +175,7 @@ class LeastMoves {
 class Carriage {
  public:
   Carriage(const Query& query, const Standing& s, Values& values)
-      : query_(query), s_(s), values_(values) {
-    for (int k = 0; k < s.count && carriers_.count < 3; ++k) carriers_.take(s, k);
-  }
+      : query_(query), s_(s), values_(values), carriers_(s) {}
 
   bool reach() {
     UVec3d way = s_.way;
@@ -276,14 +283,14 @@ bool carry(const Query& query, Values& values) {
 }
 
 std::optional<std::array<bool, 2>> carryBoth(const Query& query, std::array<Values, 2>& values) {
-  constexpr double kClear = 0.1;  // of the volume of unit directions: no digits are lost there
+  constexpr double kLeast = 0.1;  // of the volume of unit directions: no digits are lost there
   if (query.core.slides.size() != 3 || query.limits == Limits::ignored) return {};
   const PairStanding s(query, values);
   const auto& [a, b, c] = s.directions;
   const PairVec3 bc = cross(b, c), ca = cross(c, a), ab = cross(a, b);
   const Pair volume = dot(a, bc);
   const rotations::PairMask isClear =
-      volume * volume > kClear * kClear * (dot(a, a) * dot(b, b) * dot(c, c));
+      volume * volume > kLeast * kLeast * (dot(a, a) * dot(b, b) * dot(c, c));
   if (!s.isRegular || (isClear[0] & isClear[1]) == 0) return {};
   const PairVec3 by = {dot(s.way, bc) / volume, dot(s.way, ca) / volume, dot(s.way, ab) / volume};
   std::array<bool, 2> isInsideAll = {true, true};
