@@ -8,7 +8,7 @@ COUNT ?= 200
 help:
 	@echo "make demo       build, ask the command line about two example machines, write one as GLB"
 	@echo "make test       build with warnings as errors and run every test"
-	@echo "make test-long  the same, with twenty times as many cases in each property, and big files"
+	@echo "make test-long  the same, with twenty times as many cases in each property, and big files (5 GB of memory)"
 	@echo "make bench      run the benchmarks, write benchmarks/results.md; some minutes on a quiet machine"
 	@echo "make bench-check   compare instruction counts with the record; bench-record makes a new one"
 	@echo "make fuzz       run each fuzz target for SECONDS (600), as many at a time as cores"

@@ -12,6 +12,7 @@ import tempfile
 import unittest
 
 import jsonschema
+import user_locale  # fails where it is not there
 
 KORVO = os.environ["KORVO"]
 SCHEMAS = os.environ["KORVO_SCHEMAS"]

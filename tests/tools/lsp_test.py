@@ -8,6 +8,8 @@ import tempfile
 import threading
 import unittest
 
+import user_locale  # fails where it is not there
+
 KORVO = os.environ["KORVO"]
 TIMEOUT = 60
 PARSE_ERROR, INVALID_REQUEST, METHOD_NOT_FOUND, INVALID_PARAMS = -32700, -32600, -32601, -32602
