@@ -59,20 +59,18 @@ class Bytes {
 
 struct Asked {
   bool isMade;    ///< The target is where the tool stands at `made`.
-  bool isFrame;   ///< Of an arm.
+  bool isFrame;   ///< Turned as the tool is at `made`.
   bool isLocked;  ///< One of the axes.
   Values start, made;
   Target target;
   UMatrix frame;  ///< Where the target is one.
-
-  bool hasFrame() const { return isFrame && isMade; }
 };
 
 Asked askedOf(Bytes& bytes) {
   Asked asked{};
   const auto flags = bytes.take<std::uint8_t>();
   asked.isMade = (flags & 1) == 0;
-  asked.isFrame = (flags & 2) != 0;
+  asked.isFrame = (flags & 0x1A) != 0;  // following the turn of a tool along the arm takes long
   asked.isLocked = (flags & 4) != 0;
   for (double& value : asked.start) value = bytes.take<float>();
   for (double& value : asked.made) value = bytes.take<float>();
@@ -141,7 +139,7 @@ const char* faultOf(const KMachine& machine, const Solver& solver, const Solutio
   if (!machine.getTool(*position, point, direction, 0)) return "no tool";
   const UVec3d tip = point - direction * machine.getTHELength(1);
   if (!(tip.distanceTo(asked.target.tip) <= 1.001 * kReachedMm)) return "the point";
-  if (asked.hasFrame()) {
+  if (asked.isFrame) {
     const double turn = turnBetween(machine.getMatrix_H2T(*position), asked.frame);
     if (!(turn <= 1.001 * kReachedRad)) return "the turn";
   }
@@ -185,12 +183,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const JointChain& chain = solver.chain();
 
   asked.made = intoLimits(chain, asked.made);
-  if (asked.isMade) {
-    const korvo::ToolPose pose = chain.pose(asked.made);
-    asked.target = {chain.tipOf(pose), pose.direction};
-  }
+  const korvo::ToolPose pose = chain.pose(asked.made);
+  if (asked.isMade) asked.target.tip = chain.tipOf(pose);
+  if (asked.isMade || asked.isFrame) asked.target.direction = pose.direction;
   std::vector<Solution> found;
-  if (asked.hasFrame()) {
+  if (asked.isFrame) {
     asked.frame = chain.motion(asked.made);
     asked.frame.setOrigin(asked.target.tip);
     solver.solve(FrameTarget{asked.frame}, asked.start, found);

@@ -10,8 +10,6 @@
 #include <numbers>
 #include <string_view>
 
-#include "tests/support/MemoryFile.h"
-
 namespace korvo::test {
 
 using zgeo::UVec3d;
@@ -340,17 +338,8 @@ AwkwardMachine awkwardMachine(Dice& dice, LimitKinds limits) {
   return dice.oneIn(3) ? awkwardArm(dice, limits) : awkwardMill(dice, limits);
 }
 
-std::unique_ptr<KMachine> loadFromMemory(const std::string& text) {
-  const MemoryFile file(text);
-  auto machine = std::make_unique<KMachine>();
-  machine->setDataFilePNE(file.path(), 1);
-  if (machine->readDataFile() != 0) return nullptr;
-  machine->setCurrentTool(1);
-  return machine;
-}
-
 std::unique_ptr<KMachine> AwkwardMachine::load() const {
-  std::unique_ptr<KMachine> machine = loadFromMemory(lines.text());
+  std::unique_ptr<KMachine> machine = loadMachine(lines.text(), 1);
   if (!machine) return nullptr;
   for (int tool = 1; tool <= tools(); ++tool) {
     machine->setTHELength(lengths[static_cast<std::size_t>(tool - 1)], tool);

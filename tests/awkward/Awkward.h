@@ -60,9 +60,6 @@ class Tally {
   std::map<std::string, int> counts_;
 };
 
-/// The machine of a definition of version 1, with tool 1 current; null when it does not finalise.
-std::unique_ptr<zkin::KMachine> loadFromMemory(const std::string& text);
-
 struct AwkwardMachine {
   MachineLines lines;
   std::vector<double> lengths;  ///< Of tool n at n - 1; of a gun it is its extension, too.

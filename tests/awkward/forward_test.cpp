@@ -252,7 +252,7 @@ std::vector<UMatrix> matricesOf(const KMachine& machine, const Numbers& values) 
 TEST_F(AwkwardForward, ReadAgainFromOtherSpacingAnswersBitByBit) {
   onPositions(
       300, [](const AwkwardMachine& drawn, const KMachine& machine, const Numbers& values, Dice&) {
-        const auto again = loadFromMemory(retyped(drawn.lines.text()));
+        const auto again = loadMachine(retyped(drawn.lines.text()), 1);
         ASSERT_NE(again, nullptr);
         for (int tool = 1; tool <= drawn.tools(); ++tool) {
           again->setTHELength(drawn.lengths[static_cast<std::size_t>(tool - 1)], tool);
@@ -271,7 +271,7 @@ TEST_F(AwkwardForward, ReadAgainFromOtherSpacingAnswersBitByBit) {
 TEST_F(AwkwardForward, WrittenFromMemoryAndReadAgainStandsTheSame) {
   onPositions(
       300, [](const AwkwardMachine& drawn, const KMachine& machine, const Numbers& values, Dice&) {
-        const auto again = loadFromMemory(definitionText(machine));
+        const auto again = loadMachine(definitionText(machine), 1);
         ASSERT_NE(again, nullptr);
         for (int tool = 1; tool <= drawn.tools(); ++tool) {
           again->setTHELength(drawn.lengths[static_cast<std::size_t>(tool - 1)], tool);
