@@ -199,6 +199,18 @@ INSTANTIATE_TEST_SUITE_P(
              {{0, 0, 0, -30}, {0, 0, -30}},
              {{kPi, 0, 0, 0}, {0, 0, -30}},
              {{0, 0, 0, 0}, {0, 0, -30}}}},
+        // C, W and Q share a line in the middle, all lines meet at zero. Normals: world Z x X = Y,
+        // X x Z = -Y, which C and W take too, Z x Y = -X, a quarter turn back about Q.
+        ChainCase{"CoincidentAxesBetweenOthers",
+                  "frame\npart=x,y\nlien=BATI\naxis=X,1,x\nrotation=C,4,z,1,1,0,0,0\naxis=W,3,z\n"
+                  "rotation=Q,5,z,1,1,0,0,0\naxis=Y,2,y\ntool=y,0,0,0\n",
+                  {{{0, 0, 0, 0}, {}},
+                   {{kHalf, 0, kPi, 0}, {}},
+                   {{kHalf, 0, 0, 0}, {}},
+                   {{0, 0, 0, 0}, {}},
+                   {{0, 0, -kHalf, 0}, {}},
+                   {{kHalf, 0, 0, 0}, {}},
+                   {{0, 0, 0, 0}, {}}}},
         // Deliberate: against the world's Z the offset is the height itself, though the frame's own
         // Z points down.
         ChainCase{"FirstAxisAgainstTheWorld",

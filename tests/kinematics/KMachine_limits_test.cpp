@@ -52,6 +52,12 @@ TEST_F(Limits, ValuesOnALimitAreInside) {
   EXPECT_EQ(machine.checkLimitsFull(at(200, 0, 0, 180), nullptr), 0);
 }
 
+TEST_F(Limits, AreCountedOnceHoweverOftenItIsFinalised) {
+  ASSERT_EQ(machine.finalise(), 0);
+  trace.claimAll(L"e[");
+  EXPECT_EQ(machine.checkLimitsFull(at(201, 0, 0, 181), nullptr), 2);
+}
+
 TEST_F(Limits, NoToleranceIsGiven) {
   EXPECT_EQ(machine.checkLimitsLin(at(200 + 1e-9, 0, 0, 0), nullptr), 1);
   EXPECT_EQ(machine.checkLimitsLin(at(-100 - 1e-9, 0, 0, 0), nullptr), 1);
