@@ -39,17 +39,14 @@ UMatrix KMachine::getMatrix_TP2U(const KMachineValueBase& v) const {
   const ChainWalk chain = toolChain(currentTool_);
   const KMachineElem* tool = chain.last();
   const UMatrix motion = motionOf({elements_, axisValueIndex_}, v, chain);
-  UVec3d point, dir;
+  UVec3d point;
   if (tool) {
-    point = motion * tool->getElemPivot();
-    dir = tool->getElemAxis().normalised();
+    UVec3d dir = tool->getElemAxis().normalised();
     motion.applyDir(dir);
+    point = motion * tool->getElemPivot() - dir * tool->getTHELength();
   }
-  UMatrix h2t = motion;
-  if (tool) h2t.setOrigin(point);
-  UMatrix tip = mac2uni_ * h2t;
-  const double length = tool ? tool->getTHELength() : -1.0;
-  tip.setOrigin(mac2uni_ * (point - dir * length));
+  UMatrix tip = mac2uni_ * motion;
+  tip.setOrigin(mac2uni_ * point);
   return tip;
 }
 
