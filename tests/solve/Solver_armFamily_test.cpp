@@ -189,6 +189,27 @@ TEST(SolverArmFamily, FollowsTheFirstJointUnderTheWrist) {
 
 // --- any arm
 
+// Found by fuzzing. The wrist is over the first axis, which is locked at 9e26 degrees: the nearest
+// of the turns that the circle of solutions gives is one step of a double, 1e11 degrees, beside it.
+TEST(SolverArmFamily, ALockedJointStandsAtItsStartToTheLastBit) {
+  const auto machine = loadMachine(
+      "frame\npart=y,-x,0,0,0\nlien=BATI\nrotation=J1,1,z,0,0,0,0,100\nrotation=J2,2,y\n"
+      "rotation=J3,3,0,1,0.002,0,0,100,100,0\nrotation=J4,4,x\nrotation=J5,5,y\n"
+      "rotation=J6,6,x\ntool=z\n",
+      1);
+  machine->getElemByIndex(1)->setLocked(true);
+  const Solver solver{Machine(*machine)};
+  const Values made = {-70, 0, 1.6502663413575647e-07, 0, 1000000};
+  UMatrix frame = solver.chain().motion(made);
+  frame.setOrigin(solver.chain().tipOf(solver.chain().pose(made)));
+  for (const double first : {5.0, -3605.5, 9.1605284070142251e+26}) {
+    std::vector<Solution> found;
+    solver.solve(FrameTarget{frame}, {first, 0, 0, 5, 5, 5, 5}, found);
+    EXPECT_TRUE(!found.empty() || first > 1e26) << first;
+    for (const Solution& s : found) EXPECT_EQ(s.values[0], first);
+  }
+}
+
 enum class Kind { any, usual, limits, usualLimits, narrowLast, narrowFourth };
 
 struct FamilyAsked {

@@ -101,6 +101,10 @@ bool isRefined(const Query& query, const Residual& residual) {
 
 void add(const Query& query, Values values, const Branch& branch, const SingularDistance& singular,
          std::array<int, 2> freePlaces) {
+  // Of a start beyond all turns the nearest of them is one bit beside it.
+  for (const Joint& joint : query.core.chain.joints) {
+    if (joint.isLocked && joint.place >= 0) values[at(joint.place)] = query.from[at(joint.place)];
+  }
   Solution solution;
   solution.residual = residualOf(query, values);
   if (isRefined(query, solution.residual)) refine(query, values, solution.residual);
