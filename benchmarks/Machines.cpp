@@ -6,10 +6,11 @@
 #include <cstdlib>
 
 #include "benchmarks/Bench.h"
-#include "benchmarks/peers/KdlChain.h"
+#include "tests/support/KdlChain.h"
 
 namespace korvo::bench {
 
+using test::turns;
 using zkin::KMachineElem;
 
 Machine loaded(const std::string& path, Format format) {

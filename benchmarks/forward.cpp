@@ -8,11 +8,12 @@
 #include "benchmarks/Bench.h"
 #include "benchmarks/Machines.h"
 #include "benchmarks/Scratch.h"
-#include "benchmarks/peers/KdlChain.h"
+#include "tests/support/KdlChain.h"
 
 namespace korvo::bench {
 namespace {
 
+using test::kdl, test::kdlChain, test::turns;
 using zgeo::UMatrix, zgeo::UVec3d;
 using zkin::KMachineElem;
 

@@ -8,11 +8,13 @@
 
 #include "benchmarks/Bench.h"
 #include "benchmarks/Machines.h"
-#include "benchmarks/peers/KdlChain.h"
+#include "tests/support/KdlChain.h"
 #include "toolkit/solve/Solver.h"
 
 namespace korvo::bench {
 namespace {
+
+using test::kdl, test::kdlChain;
 
 constexpr int kTargets = 1000, kPairs = 61;
 constexpr double kDegree = std::numbers::pi / 180;

@@ -8,8 +8,8 @@
 #include <rapidcheck/gtest.h>
 #include <kdl/chainfksolverpos_recursive.hpp>
 
-#include "benchmarks/peers/KdlChain.h"
 #include "kinematics/KMachine.h"
+#include "tests/support/KdlChain.h"
 #include "tests/support/MachineGenerator.h"
 #include "tests/support/Matchers.h"
 
@@ -32,7 +32,7 @@ KDL::JntArray jointsOf(const KMachine& machine, const Position& v, unsigned coun
   for (const KMachineElem* e : machine.getToolChain(true, 1)) {
     if (e->getValueIndex() < 0) continue;
     const double value = (*v)[e->getValueIndex()];
-    q(joint++) = bench::turns(*e) ? value * std::numbers::pi / 180 : value;
+    q(joint++) = turns(*e) ? value * std::numbers::pi / 180 : value;
   }
   return q;
 }
@@ -44,7 +44,7 @@ UMatrix matrixOf(const KDL::Frame& frame) {
 }
 
 KDL::Frame frameByKdl(const KMachine& machine, const Position& v) {
-  const KDL::Chain chain = bench::kdlChain(machine);
+  const KDL::Chain chain = kdlChain(machine);
   KDL::ChainFkSolverPos_recursive solver(chain);
   KDL::Frame frame;
   const int code = solver.JntToCart(jointsOf(machine, v, chain.getNrOfJoints()), frame);
@@ -60,7 +60,7 @@ RC_GTEST_PROP(KMachineKdl, FindsTheToolWhereAChainOfKdlHasIt, ()) {
   // KDL's frame is parallel to the machine's at zero and ends at the tool point.
   const std::vector<const KMachineElem*> chain = machine->getToolChain(true, 1);
   const UVec3d directionAtZero = chain.back()->getElemAxis();
-  const KDL::Vector direction = frame.M * bench::kdl(directionAtZero);
+  const KDL::Vector direction = frame.M * kdl(directionAtZero);
   UVec3d tip, pointing;
   RC_ASSERT(machine->getTool(*v, tip, pointing, 1));
   RC_ASSERT(isNear(tip, UVec3d(frame.p.x(), frame.p.y(), frame.p.z()), kRoundOff));

@@ -6,7 +6,7 @@
 #include "kinematics/KMachine.h"
 
 /// A machine as Orocos KDL has it.
-namespace korvo::bench {
+namespace korvo::test {
 
 inline KDL::Vector kdl(const zgeo::UVec3d& v) { return {v.x, v.y, v.z}; }
 
@@ -31,4 +31,4 @@ inline KDL::Chain kdlChain(const zkin::KMachine& machine, double unit = 1.0) {
   return chain;
 }
 
-}  // namespace korvo::bench
+}  // namespace korvo::test
