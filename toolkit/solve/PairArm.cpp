@@ -119,6 +119,7 @@ class PairArm {
   bool addTurns(const std::array<PairRange, 3>& ranges, int lane,
                 const rotations::ThreeAngles& angles) {
     if (std::min({angles.a1, angles.a2, angles.a3}) == rotations::kFreeAngle) return false;
+    if (!std::isfinite(angles.a1 + angles.a2 + angles.a3)) return false;  // of numbers too large
     const TurnRange first = ranges[0][lane], second = ranges[1][lane], third = ranges[2][lane];
     for (int i = 0; i < first.count; ++i) {
       for (int j = 0; j < second.count; ++j) {
