@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
-#include "toolkit/solve/Between.h"
 #include "toolkit/solve/Faces.h"
+#include "toolkit/solve/WaveZeros.h"
 
 using zgeo::UMatrix;
 using zgeo::UVec3d;
@@ -43,72 +43,6 @@ double meeting(const Wave& p, const Wave& q) {
 /// Zero where a wave only touches zero.
 double touching(const Wave& p) { return square(p.b) + square(p.c) - square(p.a); }
 
-/// The zeros of what comes and goes at most four times a turn: of waves of one to four times an
-/// angle (radians). Where they lie the waves say, and what the function itself says is exact.
-template <typename Function>
-class Zeros {
- public:
-  explicit Zeros(Function function) : function_(function) {
-    constexpr int kLooks = 16;
-    for (int look = 0; look < kLooks; ++look) {
-      const double angle = 2 * std::numbers::pi * look / kLooks;
-      const double value = function(angle) * 2 / kLooks;
-      for (int k = 0; k <= kMost; ++k) {
-        cosines_[at(k)] += value * std::cos(k * angle);
-        sines_[at(k)] += value * std::sin(k * angle);
-      }
-    }
-    cosines_[0] /= 2;
-    for (int k = 0; k <= kMost; ++k) height_ += std::hypot(cosines_[at(k)], sines_[at(k)]);
-  }
-
-  /// In degrees, with those where it only touches zero.
-  void addTo(std::vector<double>& out) const {
-    if (height_ > 0 && std::isfinite(height_)) add(0.0, 2 * std::numbers::pi, out);
-  }
-
- private:
-  struct Look {
-    double value = 0.0;
-    double slope = 0.0;
-  };
-
-  Look look(double angle) const {
-    Look here;
-    for (int k = 0; k <= kMost; ++k) {
-      const double cosine = std::cos(k * angle), sine = std::sin(k * angle);
-      here.value += cosines_[at(k)] * cosine + sines_[at(k)] * sine;
-      here.slope += k * (sines_[at(k)] * cosine - cosines_[at(k)] * sine);
-    }
-    return here;
-  }
-
-  /// The slope changes by no more than 16 heights for each radian. So between two places there is
-  /// no zero, or one where all rises or falls, or they are cut in half.
-  void add(double a, double b, std::vector<double>& out) const {
-    const double middle = (a + b) / 2, half = (b - a) / 2, bend = kMost * kMost * height_ * half;
-    const Look here = look(middle);
-    if (std::abs(here.value) > (std::abs(here.slope) + bend / 2) * half) return;
-    if (std::abs(here.slope) > bend) return addOne(a, b, out);
-    if (half < kTouches) return out.push_back(middle * kRadToDeg);
-    add(a, middle, out);
-    add(middle, b, out);
-  }
-
-  void addOne(double a, double b, std::vector<double>& out) const {
-    const double atA = function_(a), atB = function_(b);
-    if ((atA < 0) == (atB < 0)) return;
-    out.push_back(zeroBetween(a, b, atA, atB, 0.0, function_) * kRadToDeg);
-  }
-
-  static constexpr int kMost = 4;
-  static constexpr double kTouches = 1e-8;  ///< Radians: the root of rounding.
-
-  Function function_;
-  std::array<double, kMost + 1> cosines_{}, sines_{};
-  double height_ = 0.0;
-};
-
 /// The faces and the ends of the second joint's places between them.
 class Ends {
  public:
@@ -124,10 +58,10 @@ class Ends {
   std::vector<double> places() const {
     std::vector<double> out;
     for (std::size_t i = 0; i < faces_.size(); ++i) {
-      Zeros([&](double y) { return touching(faces_[i].at(y)); }).addTo(out);
+      WaveZeros([&](double y) { return touching(faces_[i].at(y)); }).addTo(out);
       addWithOwnLimits(faces_[i], out);
       for (std::size_t j = 0; j < i; ++j) {
-        Zeros([&](double y) { return meeting(faces_[i].at(y), faces_[j].at(y)); }).addTo(out);
+        WaveZeros([&](double y) { return meeting(faces_[i].at(y), faces_[j].at(y)); }).addTo(out);
       }
     }
     for (double& place : out) place += offset_;
