@@ -118,12 +118,13 @@ void readAxis(KMachineElem& e, const Operands& tokens, int version) {
   readGeometry(e, tokens, pos);
 }
 
-// What a keyword makes: type, name and index before the machine numbers it.
+// What a keyword makes: type, name and index before the machine numbers it. The last two of an axis
+// are operands.
 struct Kind {
   Keyword keyword;
   KMachineElem::KME_TYPE type;
-  const wchar_t* name;
-  int index;
+  const wchar_t* name = L"";
+  int index{};
 };
 
 constexpr Kind kKinds[] = {
@@ -131,9 +132,9 @@ constexpr Kind kKinds[] = {
     {Keyword::part, KMachineElem::KMET_TYPE_PART, L"PIECE", KMachineElem::KMET_PART},
     {Keyword::tool, KMachineElem::KMET_TYPE_TOOL, L"OUTIL", KMachineElem::KMET_TOOL},
     {Keyword::geometry, KMachineElem::KMET_TYPE_GEOM, L"GEOM", KMachineElem::KMET_GEOM},
-    {Keyword::linearAxis, KMachineElem::KMET_TYPE_ALIN, L"", 0},
+    {Keyword::linearAxis, KMachineElem::KMET_TYPE_ALIN},
     {Keyword::drillGun, KMachineElem::KMET_TYPE_DGUN, L"DRILL", KMachineElem::KMET_TOOL},
-    {Keyword::rotaryAxis, KMachineElem::KMET_TYPE_AROT, L"", 0},
+    {Keyword::rotaryAxis, KMachineElem::KMET_TYPE_AROT},
 };
 
 const Kind* kindOf(Keyword keyword) {

@@ -10,7 +10,7 @@ UMatrix UMatrix::inverse() const {
   const UVec3d c2(m_[2], m_[6], m_[10]);
   // The rows of the inverse are the cross products of the columns over the determinant.
   const double det = c0 * (c1 ^ c2);
-  const UVec3d rows[3] = {(c1 ^ c2) / det, (c2 ^ c0) / det, (c0 ^ c1) / det};
+  const UVec3d rows[] = {(c1 ^ c2) / det, (c2 ^ c0) / det, (c0 ^ c1) / det};
   UMatrix r;
   for (int i = 0; i < 3; ++i) {
     r(i, 0) = rows[i].x, r(i, 1) = rows[i].y, r(i, 2) = rows[i].z;

@@ -1,5 +1,10 @@
-// The queries that run in inner loops take nothing from the heap.
+// The queries that run in inner loops take nothing from the heap; those that make lists end with
+// what they found so far where there is no memory.
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
 
 #include "kinematics/KMachine.h"
 #include "tests/alloc/Allocations.h"
@@ -83,6 +88,45 @@ TEST(AllocationCounter, SeesAllocationsInsideTheLibrary) {
   korvo::test::Choices choices(0u);
   const auto machine = korvo::test::loadMachine(korvo::test::machineText(choices));
   EXPECT_GT(allocationsOf([&] { machine->getChain(-101); }), 0u);
+}
+
+// --- memory that runs out at any one allocation
+
+using List = std::vector<zkin::KMachineValueBase*>;
+
+void release(List& list) {
+  for (zkin::KMachineValueBase*& v : list) zkin::KMachineValueBase::_release(v);
+  list.clear();
+}
+
+bool beginsWith(const List& all, const List& first) {
+  return first.size() <= all.size() && std::equal(first.begin(), first.end(), all.begin(),
+                                                  [](auto* a, auto* b) { return *a == *b; });
+}
+
+TEST(ShortageInAMachine, LeavesTheAnglesFoundSoFar) {
+  korvo::test::Choices choices(3u);
+  const auto machine =
+      korvo::test::loadMachine(korvo::test::machineText(choices, Topology::tableTable));
+  const UVec3d direction(0.1, -0.2, 0.9);
+  List all, some;
+  ASSERT_EQ(machine->getPossibleAngles(direction, all, 1), 0);
+  ASSERT_GT(all.size(), 1u);
+  int code = -1, shorter = 0;
+  const int failures = korvo::test::failEach(
+      [&] {
+        release(some);
+        code = machine->getPossibleAngles(direction, some, 1);
+      },
+      [&] {
+        EXPECT_EQ(code, 0);
+        EXPECT_TRUE(beginsWith(all, some));
+        shorter += some.size() < all.size();
+      });
+  EXPECT_GT(failures, 4);
+  EXPECT_GT(shorter, 4);
+  release(all);
+  release(some);
 }
 
 }  // namespace

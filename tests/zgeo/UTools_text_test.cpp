@@ -212,6 +212,8 @@ INSTANTIATE_TEST_SUITE_P(
                  L"pi\u00E8ce"},
         BytesRow{"HighByteAtTheEnd", "caf\xE9", L"caf\u00E9"},
         BytesRow{"ValidPartBefore", "\xC3\xA8\xE8", L"\u00C3\u00A8\u00E8"},
+        BytesRow{"ValidPartBeforeALeadThatIsNone", "\xC3\xA8\xF8", L"\u00C3\u00A8\u00F8"},
+        BytesRow{"ValidPartBeforeAContinuation", "\xC3\xA8\x80", L"\u00C3\u00A8\u0080"},
         BytesRow{"LoneContinuation", "a\x80", L"a\u0080"},
         BytesRow{"CutTwoBytes", "\xC3", L"\u00C3"},
         BytesRow{"CutThreeBytes", "\xE2\x82", L"\u00E2\u0082"},
