@@ -151,7 +151,8 @@ std::vector<const KMachineElem*> KMachine::getToolChain(bool activeOnly, int too
 // Looking up each predecessor among all elements is a third of a query for a short chain: what
 // `finalise` found is taken as long as no element has another index or predecessor since.
 ChainWalk KMachine::toolChain(int tool) const {
-  const std::size_t place = static_cast<std::size_t>(tool > 0 ? tool : currentTool_) - 1;
+  const int number = KMachineElem::_getIndexTool(getToolIndex(tool));
+  const std::size_t place = static_cast<std::size_t>(number) - 1;
   if (place < toolChains_.size() && hasLearntLinks()) return {elements_, toolChains_[place]};
   return {elements_, toolElem(tool)};
 }

@@ -61,7 +61,7 @@ class Placement {
   static zgeo::UVec3d vectorOf(const Column& c) { return {c.xy[0], c.xy[1], c.z[0]}; }
 
   // A function's result, for GCC clears aggregates of constants in memory before it fills them.
-  static Column column(double x, double y, double z) { return {Pair{x, y}, Pair{z, 0}}; }
+  static Column column(double x, double y, double z) { return {Pair{x, y}, Pair{z}}; }
 
   Column x_ = column(1, 0, 0), y_ = column(0, 1, 0), z_ = column(0, 0, 1),
          origin_ = column(0, 0, 0);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 #include "platform/text/PlainDecimal.h"
 
@@ -48,7 +49,7 @@ class Layout {
  private:
   struct Known {
     char bytes[96];
-    std::size_t length = sizeof bytes + 1;
+    std::size_t length = std::numeric_limits<std::size_t>::max();  // not learnt
   };
 
   const char* skip(Text text, const char* at, const char* end) const {

@@ -324,6 +324,18 @@ INSTANTIATE_TEST_SUITE_P(
                     Wrap{"LargestReference", 0.5, 1e308, 1e308}),
     [](const auto& row) { return std::string(row.param.name); });
 
+// Every turn rounds: bit by bit these are not the same.
+TEST(WrapNear, TakesTurnsOneByOneUpTo100RadiansAndAllAtOnceBeyond) {
+  double expected = 99.0;
+  for (int turn = 0; turn < 16; ++turn) expected -= 2 * kPi;  // 99 - 16 * 6.2832 = -1.53
+  EXPECT_EQ(zkin::wrapNear(99.0, 0.0), expected);
+  EXPECT_EQ(zkin::wrapNear(-99.0, 0.0), -expected);
+  for (const double away : {101.0, 150.0, -199.0, 1e6}) {
+    EXPECT_EQ(zkin::wrapNear(away, 0.0), std::remainder(away, 2 * kPi)) << away;
+    EXPECT_EQ(zkin::wrapNear(7.0 + away, 7.0), 7.0 + std::remainder(away, 2 * kPi)) << away;
+  }
+}
+
 TEST(WrapNear, LeavesWhatIsNotFinite) {
   EXPECT_EQ(zkin::wrapNear(1, kInfinity), 1);
   EXPECT_EQ(zkin::wrapNear(1, -kInfinity), 1);

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <numbers>
 #include <utility>
 
 #include "tests/support/LoadText.h"
@@ -210,6 +211,23 @@ TEST_F(Interpolation, OfALinearMachineIsThatOfTheAxes) {
   mill.interpolateRaw(from, to, 0.3, raw);
   mill.interpolate(from, to, 0.3, out);
   EXPECT_EQ(0, std::memcmp(raw.get(), out.get(), 3 * sizeof(double)));
+}
+
+// Halfway along a turn by a on a radius of 100 the arc is 100 (1 - cos(a / 2)) = 12.5 a^2 beside
+// the line: 9e-6 mm for 8.485e-4 radians and 12e-6 mm for 9.798e-4.
+TEST_F(Interpolation, LeavesATipThatIsNearItsWay) {
+  for (const double radians : {8.485e-4, 9.798e-4}) {
+    const Value4 from = at(100, 0, 0, 0), to = at(100, 0, 0, radians * 180 / std::numbers::pi);
+    Value4 out;
+    machine.interpolate(from, to, 0.5, out);
+    const double beside = (tip(out) - (tip(from) + tip(to)) * 0.5).norm();
+    if (radians < 9e-4) {
+      EXPECT_EQ(out[0], 100);
+      EXPECT_NEAR(beside, 9e-6, 1e-8);
+    } else {
+      EXPECT_LE(beside, 1e-12);
+    }
+  }
 }
 
 TEST_F(Interpolation, LockedAxesDoNotCorrect) {
