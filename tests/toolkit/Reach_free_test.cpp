@@ -210,6 +210,36 @@ TEST(LeastExcess, HasTheThirdRotaryAxisAtItsLimit) {
 }
 
 // Y, from 0 up, stands 80 lower than the tip: the best that is found is outside.
+// The part on C turns the target by -C, B turns the tip on a circle of 30 about (10, 0): what X and
+// Y would have to be beyond their limits.
+double excessOf(const UVec3d& tip, double bDegrees, double cDegrees) {
+  const double b = bDegrees * kDegToRad, c = cDegrees * kDegToRad;
+  const double x = tip.x * std::cos(c) + tip.y * std::sin(c) - 10 - 30 * std::cos(b);
+  const double y = tip.y * std::cos(c) - tip.x * std::sin(c) - 30 * std::sin(b);
+  const auto beyond = [](double value) { return std::max(std::abs(value) - 100, 0.0); };
+  return beyond(x) + beyond(y);
+}
+
+TEST(LeastExcess, OfTwoAxesAlongTheToolIsThatOfBoth) {
+  const Machine machine = machineOf(
+      "frame\nrotation=C,6,z,0,0,0,0,0\npart=x,y,0,0,0\nlien=BATI\n"
+      "axis=X,1,x\naxis=Y,2,y\naxis=Z,3,z\nrotation=B,5,z,0,0,10,0,0\ntool=z,40,0,0\n"
+      "limits=X,-100,100\nlimits=Y,-100,100\nlimits=C,-95,95\nlimits=B,-90,90\n");
+  for (const UVec3d& tip : {UVec3d(180, 130, 0), UVec3d(-50, 210, 0), UVec3d(-240, -10, 0)}) {
+    double least = 1e9;
+    for (int b = -90; b <= 90; ++b) {
+      for (int c = -95; c <= 95; ++c) least = std::min(least, excessOf(tip, b, c));
+    }
+    const Answer answer = Reach(machine).nearest({tip, kUp}, machine.position());
+    const double excess = excessOf(tip, answer.position["B"], answer.position["C"]);
+    EXPECT_LE(excess, least + 1e-9) << tip.x;
+    EXPECT_GE(excess, least - 6) << tip.x;  // half a degree beside the grid: 240 and 30 mm away
+    EXPECT_NEAR(std::max(std::abs(answer.position["X"]) - 100, 0.0) +
+                    std::max(std::abs(answer.position["Y"]) - 100, 0.0),
+                excess, 1e-8);
+  }
+}
+
 TEST(LeastExcess, OfTheBestFoundIsSaidBesideAnyReason) {
   const Machine machine = example("mill-4axis");
   const Answer answer = Reach(machine).nearest({{0, 20, 300}, {0, 1, 0}}, machine.position());

@@ -174,7 +174,7 @@ void Nearly::tryAtLimits(const Target& target, const Values& from, std::vector<i
 
 // The free axis is locked and put about a turn in steps of a few degrees, then halved about every
 // place that is better than its neighbours: what bounds the excess comes back a few times a turn at
-// most.
+// most. Another free axis is put about in the same way at each of these places.
 void Nearly::tryFamily(std::vector<int> locked, const Target& target, const Values& from,
                        const Solution& family, Best& best) {
   constexpr int kSteps = 72;
@@ -188,7 +188,12 @@ void Nearly::tryFamily(std::vector<int> locked, const Target& target, const Valu
     const double value = leastOutside(joint, degrees);
     if (outsideBy(joint, value) != 0.0) return;
     valueAt(start, place) = value;
-    tryBranches(solver, target, start, nearest);
+    std::vector<Solution> others;
+    tryBranches(solver, target, start, nearest, family.freePlaces[1] >= 0 ? &others : nullptr);
+    for (Solution& other : others) {
+      other.freePlaces[1] = -1;
+      tryFamily(locked, target, start, other, nearest);
+    }
   };
   std::array<Best, kSteps> around;
   for (int k = 0; k < kSteps; ++k) tryAt(valueAt(from, place) + kStep * k, around[at(k)]);
