@@ -1,6 +1,7 @@
 // Machines with linear axes: one or two rotary axes turn the tool, then the linear ones carry it.
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "platform/rotations/RotationMatrix.h"
 #include "toolkit/solve/Cone.h"
@@ -143,27 +144,33 @@ class Choice {
     if (solved.count > 0) return;
     const double start = query_.start(second_);
     const bool isKept = query_.limits == Limits::kept;
-    if (addMemberAt(isKept ? std::clamp(start, second.min, second.max) : start, isKept)) return;
-    const std::vector<double> places = placesOfSecond(query_, first_, second_, values_);
-    for (const bool isFineOnly : {true, false}) {
-      for (const double degrees : places) {
-        for (const double hair : {0.0, -kHair, kHair}) {
-          if (addMemberAt(std::clamp(degrees + hair, second.min, second.max), isFineOnly)) return;
-        }
+    const double kept = isKept ? std::clamp(start, second.min, second.max) : start;
+    if (addMemberAt(kept, isKept) == Added::some) return;
+    std::optional<double> rough;
+    for (const double degrees : placesOfSecond(query_, first_, second_, values_)) {
+      for (const double hair : {0.0, -kHair, kHair}) {
+        const double there = std::clamp(degrees + hair, second.min, second.max);
+        const Added added = addMemberAt(there, true);
+        if (added == Added::some) return;
+        if (added == Added::noneFine && !rough) rough = there;
       }
     }
+    if (rough) addMemberAt(*rough, false);
   }
 
+  enum class Added { none, noneFine, some };
+
   /// Of both axes, the second one there.
-  bool addMemberAt(double degrees, bool isFineOnly) {
+  Added addMemberAt(double degrees, bool isFineOnly) {
     const std::size_t before = query_.out.size();
     query_.value(second_, values_) = degrees;
-    if (!addMember({first_, -1, 0.0, 0.0}, {place(second_), place(first_)})) return false;
+    if (!addMember({first_, -1, 0.0, 0.0}, {place(second_), place(first_)})) return Added::none;
     const bool isTaken = std::all_of(
         query_.out.begin() + static_cast<std::ptrdiff_t>(before), query_.out.end(),
         [&](const Solution& s) { return !isFineOnly || query_.takesMissed || isFine(s.residual); });
-    if (!isTaken) query_.out.resize(before);
-    return isTaken;
+    if (isTaken) return Added::some;
+    query_.out.resize(before);
+    return Added::noneFine;
   }
 
   /// A family for every turn of the joint that is not free.

@@ -188,8 +188,7 @@ std::vector<double> placesOfSecond(const Query& query, int first, int second,
     const TurnRange range = turnsOf(joint, end, start, query.limits);
     for (int k = 0; k < range.count; ++k) places.push_back(onLimit(joint, range[k]));
   }
-  std::sort(places.begin(), places.end(),
-            [start](double a, double b) { return std::abs(a - start) < std::abs(b - start); });
+  sortPlaces(start, places);
   return places;
 }
 

@@ -49,6 +49,10 @@ inline constexpr double kOneRoot = 1e-5;
 /// A root may be a hair outside what it bounds (degrees).
 inline constexpr double kHair = 1e-9;
 
+/// Places of a joint (degrees) in the order in which they are tried: the one nearest to its start
+/// first, and of those that are one but for rounding only one.
+void sortPlaces(double start, std::vector<double>& places);
+
 /// The linear joints carry a tool by the ways of a body whose faces lie in the planes of two of
 /// them, those across it at a limit each: zero where the way, while the free joint turns with the
 /// others as `values` have them, lies on a face, or where the body is flat. Linear joints in fewer

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "toolkit/solve/Faces.h"
@@ -149,8 +150,7 @@ class Family {
     for (const double edge : edges) {
       for (const double hair : {0.0, -kHair, kHair}) addTurned(edge + hair, start, places);
     }
-    std::sort(places.begin(), places.end(),
-              [start](double a, double b) { return std::abs(a - start) < std::abs(b - start); });
+    sortPlaces(start, places);
     return std::any_of(places.begin(), places.end(),
                        [&](double place) { return take(place, values); });
   }
@@ -258,6 +258,17 @@ class Family {
 };
 
 }  // namespace
+
+void sortPlaces(double start, std::vector<double>& places) {
+  constexpr double kOne = kHair / 1000;
+  std::sort(places.begin(), places.end());
+  const auto last =
+      std::unique(places.begin(), places.end(), [](double a, double b) { return b - a <= kOne; });
+  places.erase(last, places.end());
+  std::sort(places.begin(), places.end(), [start](double a, double b) {
+    return std::pair(std::abs(a - start), a) < std::pair(std::abs(b - start), b);
+  });
+}
 
 SolvedAngles solvedAngles(const Query& query, const Freedom& freedom, const Values& values) {
   return Family(query, freedom).solved(values);
