@@ -13,8 +13,8 @@ double wrapNear(double angle, double reference) {
   // In one step: beside a far reference one turn can be less than the spacing of the doubles, and
   // adding turns would never come near.
   if (std::fabs(away) > kWrapLoop) return reference + std::remainder(away, kTurn);
-  constexpr int kMostTurns = 1 + static_cast<int>(kWrapLoop / kTurn);
-  for (int i = 0; i < kMostTurns && std::fabs(angle - reference) > kPi; ++i) {
+  constexpr int kWholeTurns = static_cast<int>(kWrapLoop / kTurn);  // the last one is begun
+  for (int i = 0; i <= kWholeTurns && std::fabs(angle - reference) > kPi; ++i) {
     angle += angle - reference <= 0 ? kTurn : -kTurn;
   }
   return angle;
