@@ -10,6 +10,9 @@ namespace {
 
 using namespace detail;
 
+/// Below this volume of directions of length 1 to 2 one step is not enough.
+constexpr double kFlat = 1e-5;
+
 /// Cramer's rule: the triple products with `d` in the place of each direction, over their volume.
 struct Cramer {
   Vec3 a1, a2, a3;
@@ -37,7 +40,10 @@ std::optional<Vec3> threeDirections(const Vec3& d, const Vec3& a1, const Vec3& a
   c = {c.a1, c.a2, c.a3};
   if (areDependent(c)) return {};
   Vec3 x = c.solve(d);
-  x = x + c.solve(c.missing(d, x));  // directions close to one plane lose digits in the products
+  // Directions close to one plane lose digits in the products: each step brings as many back as are
+  // left, some six of sixteen at the least.
+  x = x + c.solve(c.missing(d, x));
+  if (std::fabs(c.volume) < kFlat) x = x + c.solve(c.missing(d, x));
   x = {x[0] / scales[0], x[1] / scales[1], x[2] / scales[2]};
   // A direction that is null or not finite has the scale 0 and ends here too.
   return isFinite(x) ? std::optional(x) : std::nullopt;

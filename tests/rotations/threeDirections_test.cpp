@@ -171,6 +171,19 @@ RC_GTEST_PROP(ThreeDirectionsLaws, DisplacementsAddUpForNearlyDependentDirection
   RC_ASSERT(addsUp(d, {a1, a2, a3}, *xyz));
 }
 
+// Two directions a degree apart and a third 1e-8 out of their plane: a volume of some 1e-10, with
+// which a step brings back five digits.
+TEST(ThreeDirections, AddUpWhereOneStepIsNotEnough) {
+  const std::array<Vec3, 3> a = {
+      Vec3{-0.48767181947142779, -0.68338271170456277, 0.54329022247482561},
+      Vec3{-0.50425876511153866, -0.66848317436967397, 0.54667480588813522},
+      Vec3{-0.96083007875334114, -1.310636724105871, 1.0562484708206934}};
+  const Vec3 d = {730.19283683007222, 995.69328965001523, -802.57299514965325};
+  const auto xyz = threeDirections(d, a[0], a[1], a[2]);
+  ASSERT_TRUE(xyz.has_value());
+  EXPECT_TRUE(addsUp(d, a, *xyz));
+}
+
 RC_GTEST_PROP(ThreeDirectionsLaws, FindsTheDisplacementsThatMadeTheSum, ()) {
   const std::array<Vec3, 3> a = {unit(*direction()), unit(*direction()), unit(*direction())};
   const double volume = std::fabs(dot(a[0], cross(a[1], a[2])));
