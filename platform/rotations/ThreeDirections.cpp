@@ -40,8 +40,8 @@ std::optional<Vec3> threeDirections(const Vec3& d, const Vec3& a1, const Vec3& a
   c = {c.a1, c.a2, c.a3};
   if (areDependent(c)) return {};
   Vec3 x = c.solve(d);
-  // Directions close to one plane lose digits in the products: each step brings as many back as are
-  // left, some six of sixteen at the least.
+  // Directions close to one plane lose up to ten of sixteen digits in the products; each step
+  // brings back as many as were kept.
   x = x + c.solve(c.missing(d, x));
   if (std::fabs(c.volume) < kFlat) x = x + c.solve(c.missing(d, x));
   x = {x[0] / scales[0], x[1] / scales[1], x[2] / scales[2]};

@@ -172,7 +172,7 @@ RC_GTEST_PROP(ThreeDirectionsLaws, DisplacementsAddUpForNearlyDependentDirection
 }
 
 // Two directions a degree apart and a third 1e-8 out of their plane: a volume of some 1e-10, with
-// which a step brings back five digits.
+// which a step brings back six digits.
 TEST(ThreeDirections, AddUpWhereOneStepIsNotEnough) {
   const std::array<Vec3, 3> a = {
       Vec3{-0.48767181947142779, -0.68338271170456277, 0.54329022247482561},

@@ -109,7 +109,7 @@ RC_GTEST_PROP(WaveZeros, ThatAreApartAreAllFoundAndFewArePlaces, ()) {
   for (double& middle : f.middles) middle = anyAngle();
   for (double& aside : f.asides) aside = anyAngle();
   const std::vector<double> places = zerosOf(f);
-  RC_ASSERT(places.size() <= 64u);
+  RC_ASSERT(places.size() <= 16u);
   const std::vector<double> zeros = f.zeros();
   for (std::size_t i = 0; i < zeros.size(); ++i) {
     double others = kTurn;

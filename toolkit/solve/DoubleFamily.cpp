@@ -2,8 +2,6 @@
 // has to stand so that the first finds a place inside the limits.
 #include <algorithm>
 #include <cmath>
-#include <numbers>
-#include <optional>
 #include <vector>
 
 #include "toolkit/solve/Faces.h"

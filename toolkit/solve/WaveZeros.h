@@ -12,9 +12,9 @@
 namespace korvo {
 
 /// The zeros of what comes and goes at most four times a turn: of waves of one to four times an
-/// angle (radians). Where they lie the waves say, and what the function itself says is exact. As
-/// many places are given as there are zeros at most, or some twice as many where several are one
-/// but for rounding; 16 calls of the function, and some fifty for each zero.
+/// angle (radians). Where they lie the waves say, and what the function itself says is exact. No
+/// more places are given than there can be zeros, eight, but for a few where several are one but
+/// for rounding; 16 calls of the function, and at most 62 for each zero.
 ///
 /// @source  Taylor's series with Bernstein's bound of the derivatives tells of each stretch whether
 ///          there is no zero, or one, or nothing but rounding; else it is cut in half. By its first
