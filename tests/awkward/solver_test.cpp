@@ -470,28 +470,29 @@ bool isSameBranch(const Numbers& made, const Solution& s, bool isFirstSure) {
 }
 
 TEST_F(AwkwardArms, NeverLoseThePositionThatMadeTheFrame) {
-  onTargets(300, LimitKinds::none, true,
-            [](const AwkwardMachine& drawn, const KMachine& machine,
-               const std::vector<Solution>& solutions, const Asked& target, const Numbers& made) {
-              // Over the first axis that joint is not sure, and so is whether a wrist as far bent
-              // as it goes turns the tool there.
-              if (drawn.marks.contains(mark::overFirst) && isTurnNear(2 * made[4], 0, 1e-3)) {
-                return false;
-              }
-              // From a line beside the wrist centre a position is moved onto its target, which
-              // folds of the arm may not allow.
-              if (drawn.wristMiss + besideLines(drawn, machine) > 1e-10) return false;
-              const bool isFirstSure = !drawn.marks.contains(mark::overFirst) ||
-                                       !isTurnNear(made[1], 0, 1e-6) ||
-                                       !isTurnNear(made[2], 0, 1e-6);
-              const auto isSame = [&](const Solution& t) {
-                return isSameBranch(made, t, isFirstSure && t.freePlaces[0] != 0);
-              };
-              EXPECT_TRUE(std::any_of(solutions.begin(), solutions.end(), isSame) ||
-                          isAmong(drawn, target, made, solutions))
-                  << listOf(drawn, solutions);
-              return true;
-            });
+  onTargets(
+      300, LimitKinds::none, true,
+      [this](const AwkwardMachine& drawn, const KMachine& machine,
+             const std::vector<Solution>& solutions, const Asked& target, const Numbers& made) {
+        expectRight(drawn, machine, target, solutions);
+        // Over the first axis that joint is not sure, and so is whether a wrist as far bent
+        // as it goes turns the tool there.
+        if (drawn.marks.contains(mark::overFirst) && isTurnNear(2 * made[4], 0, 1e-3)) {
+          return false;
+        }
+        // From a line beside the wrist centre a position is moved onto its target, which
+        // folds of the arm may not allow.
+        if (drawn.wristMiss + besideLines(drawn, machine) > 1e-10) return false;
+        const bool isFirstSure = !drawn.marks.contains(mark::overFirst) ||
+                                 !isTurnNear(made[1], 0, 1e-6) || !isTurnNear(made[2], 0, 1e-6);
+        const auto isSame = [&](const Solution& t) {
+          return isSameBranch(made, t, isFirstSure && t.freePlaces[0] != 0);
+        };
+        EXPECT_TRUE(std::any_of(solutions.begin(), solutions.end(), isSame) ||
+                    isAmong(drawn, target, made, solutions))
+            << listOf(drawn, solutions);
+        return true;
+      });
 }
 
 }  // namespace

@@ -119,10 +119,13 @@ int turnCount(double first, double last);
 TurnRange turnsOf(const Joint& joint, double degrees, double start, Limits limits);
 
 /// The value itself, or the limit that it misses by rounding alone.
-inline double onLimit(const Joint& joint, double value) {
-  if (value < joint.min && joint.min - value <= slackOf(joint)) return joint.min;
-  if (value > joint.max && value - joint.max <= slackOf(joint)) return joint.max;
+inline double onLimit(const Joint& joint, double value, double slack) {
+  if (value < joint.min && joint.min - value <= slack) return joint.min;
+  if (value > joint.max && value - joint.max <= slack) return joint.max;
   return value;
+}
+inline double onLimit(const Joint& joint, double value) {
+  return onLimit(joint, value, slackOf(joint));
 }
 
 inline bool isInside(const Joint& joint, double value) {

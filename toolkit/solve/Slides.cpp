@@ -16,6 +16,12 @@ constexpr double kOneLine = 1e-10;
 /// Directions that are apart by more lose few digits when they carry together.
 constexpr double kClear = 1e-3;
 
+/// By how much rounding may put a linear joint beyond its limit (mm): what a joint is put on its
+/// limit for, and as much again for each metre that the numbers it is solved from are long.
+double roundingAt(const UVec3d& tip, const UVec3d& way) {
+  return kOnLimit * (1.0 + (tip.norm() + way.norm()) / 1000.0);
+}
+
 /// The free linear joints as they stand, the one nearest the tool first, and the way that is left.
 struct Standing {
   std::array<int, kMostAxes> joints;
@@ -141,7 +147,7 @@ struct Bound {
 ///          programs of few variables).
 class LeastMoves {
  public:
-  explicit LeastMoves(const SolverCore& core) : core_(core) {}
+  LeastMoves(const SolverCore& core, double slack) : core_(core), slack_(slack) {}
 
   std::array<Moves, kMostAxes> rates{};  ///< Of every joint of Standing for each mm of the moves.
   int count = 0;                         ///< Of the moves.
@@ -160,7 +166,7 @@ class LeastMoves {
       const double value = values[at(joint.place)];
       const double stands = value + product(rates[at(k)], by);
       const double limit = std::clamp(stands, joint.min, joint.max);
-      if (std::abs(stands - limit) <= kOnLimit) continue;
+      if (std::abs(stands - limit) <= slack_) continue;
       Bound narrower = bound;
       const bool can = narrower.put(rates[at(k)], limit - value);
       if (!can || !find(s, values, narrower, k, by)) return false;
@@ -169,13 +175,18 @@ class LeastMoves {
   }
 
   const SolverCore& core_;
+  double slack_;  ///< As near to a limit counts as inside, mm.
 };
 
 /// The carriers' travels, and how much they move for each mm of one joint beside them.
 class Carriage {
  public:
   Carriage(const Query& query, const Standing& s, Values& values)
-      : query_(query), s_(s), values_(values), carriers_(s) {}
+      : query_(query),
+        s_(s),
+        values_(values),
+        carriers_(s),
+        slack_(roundingAt(query.target.tip, s.way)) {}
 
   bool reach() {
     UVec3d way = s_.way;
@@ -200,7 +211,7 @@ class Carriage {
   bool snap() {
     bool isAllInside = true;
     for (int k = 0; k < s_.count; ++k) {
-      value(k) = onLimit(joint(k), value(k));
+      value(k) = onLimit(joint(k), value(k), slack_);
       isAllInside = isAllInside && isInside(joint(k), value(k));
     }
     return isAllInside;
@@ -209,7 +220,7 @@ class Carriage {
   /// Moves the joints beside the carriers by as little as brings all inside.
   bool spare() {
     if (carriers_.count == s_.count) return false;
-    LeastMoves least(query_.core);
+    LeastMoves least(query_.core, slack_);
     for (int k = 0; k < s_.count; ++k) {
       if (!carriers_.has(k)) addSpare(k, least);
     }
@@ -244,6 +255,7 @@ class Carriage {
   const Standing& s_;
   Values& values_;
   Carriers carriers_;
+  double slack_;  ///< mm
 };
 
 /// Two positions with their free linear joints at zero.
@@ -295,9 +307,11 @@ std::optional<std::array<bool, 2>> carryBoth(const Query& query, std::array<Valu
   const PairVec3 by = {dot(s.way, bc) / volume, dot(s.way, ca) / volume, dot(s.way, ab) / volume};
   std::array<bool, 2> isInsideAll = {true, true};
   for (std::size_t k = 0; k < 2; ++k) {
+    const UVec3d way = {s.way[0][k], s.way[1][k], s.way[2][k]};
+    const double slack = roundingAt(query.target.tip, way);
     for (std::size_t i = 0; i < 3; ++i) {
       const int slide = query.core.slides[i];
-      const double value = onLimit(query.core.joint(slide), by[i][k]);
+      const double value = onLimit(query.core.joint(slide), by[i][k], slack);
       query.value(slide, values[k]) = value;
       isInsideAll[k] = isInsideAll[k] && isInside(query.core.joint(slide), value);
     }
