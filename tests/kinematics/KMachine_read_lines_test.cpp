@@ -390,9 +390,9 @@ TEST_F(Reload, IncompleteFileLeavesNoAxisElement) {
 // --- lines that never end, and those that might
 
 /// A child that loads the text, and is ended by its alarm when that takes two seconds.
-void loadForTwoSeconds(const std::string& text) {
+void loadForTwoSeconds(const std::string& text, int version = 2) {
   alarm(2);
-  korvo::test::loadText(text, 2);
+  korvo::test::loadText(text, version);
   _exit(0);
 }
 
@@ -412,6 +412,14 @@ INSTANTIATE_TEST_SUITE_P(
                     LineRow{"OnlyEmptyOperands", "rotationpoint=,\n", ""},
                     LineRow{"TwelfthOperand", "pointderotation=1,2,3,4,5,6,7,8,9,10,11,far\n", ""}),
     rowName);
+
+// Deliberate: links are followed without a count. Files are checked beforehand.
+TEST(EndlessChain, OfAToolNeverEnds) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  // What hangs on nothing hangs on the number -10: an axis that takes it closes a ring.
+  EXPECT_EXIT(loadForTwoSeconds("frame\npart=x,y,0,0,0\naxis=X,-10,x\ntool=z,0,0,0\n", 1),
+              testing::KilledBySignal(SIGALRM), "");
+}
 
 class RingOfLinks : public testing::TestWithParam<LineRow> {};
 
