@@ -199,6 +199,18 @@ TEST(Check, LargestAxisNumberIsAccepted) {
   EXPECT_TRUE(hasNotesOnly(checkText("frame\npart\nlien=BATI\naxis=X,10000,x\ntool=z,0,0,0\n")));
 }
 
+// The table of axis numbers would fill the memory, whatever else is wrong with the line.
+TEST(Check, AnAxisNumberTooLargeIsKeptFromTheLibraryOnEveryLine) {
+  const TempDir folder;
+  for (const char* line : {"axis=X,700000000,x", "axis=X,700000000,x;", "axis=X,700000000 x"}) {
+    const auto path =
+        folder.write("m.def", "frame\npart\n" + std::string(line) + "\ntool=z,0,0,0\n");
+    const korvo::Loaded none = korvo::load(path, Format::version1, korvo::Checks::endless);
+    EXPECT_FALSE(none) << line;
+    EXPECT_EQ(withCode({{}, {}, none.reasons}, "axis-number").size(), 1u) << line;
+  }
+}
+
 // --- what loads, but hardly as meant
 
 struct WarningRow {

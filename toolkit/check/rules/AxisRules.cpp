@@ -35,13 +35,21 @@ struct AxisLine {
   Place placeOfNumber(int version) const { return line.placeOf(version == 2 ? 0 : 1); }
 };
 
-// Lines without operands, and with semicolons between them, are told by rules of their own.
-std::vector<AxisLine> axesOf(const Source& source) {
+std::vector<AxisLine> allAxesOf(const Source& source) {
   std::vector<AxisLine> axes;
   for (std::size_t i = 0; i < source.linked.elements.size(); ++i) {
     const KMachineElem& e = source.linked.elements[i];
     const SourceLine& line = *source.linked.declarations[i];
-    if (isAxis(e) && line.statement.hasOperandPart && !isUnsplit(line)) axes.push_back({e, line});
+    if (isAxis(e) && line.statement.hasOperandPart) axes.push_back({e, line});
+  }
+  return axes;
+}
+
+// Lines without operands, and with semicolons between them, are told by rules of their own.
+std::vector<AxisLine> axesOf(const Source& source) {
+  std::vector<AxisLine> axes;
+  for (const AxisLine& axis : allAxesOf(source)) {
+    if (!isUnsplit(axis.line)) axes.push_back(axis);
   }
   return axes;
 }
@@ -56,9 +64,10 @@ std::vector<AxisLine> movingAxesOf(const Source& source) {
 
 // --- numbers
 
+// Whatever else is to be said of its line: the library has to be kept from it.
 Findings axisNumbers(const Source& source) {
   Findings findings;
-  for (const AxisLine& axis : axesOf(source)) {
+  for (const AxisLine& axis : allAxesOf(source)) {
     if (axis.number() <= kMaxAxisNumber) continue;
     findings.push_back(Finding(axis.placeOfNumber(source.format.version), {axis.number()}));
   }
