@@ -15,7 +15,10 @@ constexpr int kIntervals = 16;
 constexpr double kFirst = 0.1;    ///< Where the circle is cut: square lines have nothing there.
 constexpr double kNarrow = 1e-9;  ///< An extreme this far off is as high within 1e-18.
 constexpr double kFlat = 1e-5;    ///< At the end of the halving, three roots in one leave less.
-constexpr double kSure = 1e-15;   ///< Rounding of an angle.
+constexpr double kFine = 1e-3;    ///< From here on an interval is looked at with the whole series.
+constexpr double kRounding = 1e-15;  ///< Of a slope, for each 1 of the bound of its derivatives.
+constexpr double kNothing = 4e-15;   ///< As little is rounding alone.
+constexpr double kSure = 1e-15;      ///< Rounding of an angle.
 
 /// Of a monotone stretch: Newton's steps where they stay inside, else halving, until a step is no
 /// longer than `step`.
@@ -83,9 +86,30 @@ class Extremes {
       }
       return;
     }
-    if (h < kNarrow) return pushFlat(m);
+    if (h < kFine && isFound(left, right, {m, s}, a)) return;
     look(left, {m, s});
     look({m, s}, right);
+  }
+
+  /// With the first two terms alone, three extremes in one place leave thirty thousand intervals.
+  /// Whether nothing is left to look for in this one.
+  bool isFound(const End& left, const End& right, const End& middle, const SinCos& a) {
+    const TrigPolynomial second = curve_.derivative(), third = second.derivative();
+    const double h = 0.5 * (right.angle - left.angle);
+    const double c = std::fabs(curve_.at(a)) * h, d = std::fabs(second.at(a)) * h * h / 2;
+    const double e = std::fabs(third.at(a)) * h * h * h / 6;
+    const double rest = 4 * bound_ * h * h * h * h / 24;  // each derivative at most doubles
+    const double value = std::fabs(middle.slope), beside = c + d + e + rest;
+    if (value > beside + kRounding * bound_) return true;
+    if (value + beside <= kNothing * bound_ || h < kNarrow) {
+      pushFlat(middle.angle);
+      return true;
+    }
+    if (c <= 2 * d + 3 * e + 4 * rest) return false;
+    if ((left.slope < 0) != (right.slope < 0)) {
+      push(rootBetween(slope_, left.angle, right.angle, left.slope < 0, kNarrow));
+    }
+    return true;
   }
 
   TrigPolynomial slope_, curve_;

@@ -37,7 +37,8 @@ struct TrigPolynomial {
   /// @source  The extremes are isolated first: none is in [m - h, m + h] when |f'(m)| > |f''(m)| h
   /// +
   ///          K h^2 / 2, at most one when |f''(m)| > K h, where K bounds |f'''|; else the interval
-  ///          is halved. Between two extremes the polynomial is monotone.
+  ///          is halved. Short ones are looked at with Taylor's whole series, or three extremes in
+  ///          one place would leave thousands. Between two extremes the polynomial is monotone.
   Roots roots(double rounding) const;
 };
 
