@@ -59,6 +59,11 @@ const std::string kSmall = "frame\naxis=X,x\npart\nlien=BATI\naxis=Z,z\ntool=z,0
 /// Of which the checker has something to say, and loads it all the same.
 const std::string kDoubtful = "frame\naxis=X,x\npart\nlien=BATI\naxis=X,z\ntool=z,0,0,5\n";
 
+/// With bodies.
+const std::string kSmallWithBodies =
+    "frame\naxis=X,x,$ZRN_MACHINE_DEF/slide.stl\npart\nlien=BATI\naxis=Z,z\n"
+    "tool=z,0,0,5,$ZRN_MACHINE_DEF/holder.stl\n";
+
 /// What a host had loaded before: another machine, of which nothing may come back.
 const std::string kMill =
     "frame\naxis=X,x\naxis=Y,y\npart=x,y\nlien=BATI\naxis=Z,z\ntool=z,0,0,50\n";
@@ -442,7 +447,7 @@ void write(const fs::path& path, const std::string& bytes) {
 }  // namespace
 
 fs::path writeFiles(const ReaderRow& row, const fs::path& folder) {
-  write(folder / "machine.def", kDefinition);
+  write(folder / "machine.def", row.machine.empty() ? kDefinition : row.machine);
   write(folder / "slide.stl", asciiStl(2));
   write(folder / "holder.stl", binaryStl(3));
   write(folder / row.file, row.bytes);
@@ -539,7 +544,8 @@ std::vector<ReaderRow> readersOfFilesOnTheWay() {
                    .make = make<ToolkitBodiesReader>,
                    .refused = Reader::kDone,
                    .readFailures = {Reader::kDone},
-                   .leftByRead = Left::all};
+                   .leftByRead = Left::all,
+                   .machine = kSmallWithBodies};
   ReaderRow text = row;
   text.name = "ToolkitLoadOfATextBody";
   text.file = "slide.stl";

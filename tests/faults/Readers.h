@@ -54,6 +54,7 @@ struct ReaderRow {
   std::vector<int> memoryFailures{-1};  ///< The codes where memory was short.
   Left leftByMemory = Left::nothing;
   int ofAnEmptyFile = -1;
+  std::string machine{};  ///< The definition beside a body's file; one with every keyword if empty.
 };
 
 inline std::ostream& operator<<(std::ostream& out, const ReaderRow& row) { return out << row.name; }

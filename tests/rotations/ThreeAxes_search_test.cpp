@@ -5,6 +5,7 @@
 
 #include "platform/rotations/ThreeAxes.h"
 #include "tests/rotations/TurningPoints.h"
+#include "tests/support/Draws.h"
 
 /// How many triples there are, counted in another way: along the first angle, with the third one
 /// from the height along line 2, the distance from it changes its sign at every triple.
@@ -12,6 +13,7 @@ namespace korvo::rotations {
 namespace {
 
 using namespace test;
+using korvo::test::drawsOf;
 
 /// Height along a line and squared distance from it.
 struct Seen {
@@ -112,7 +114,7 @@ template <class MakeArm>
 Tally tally(int arms, unsigned seed, const MakeArm& make) {
   Dice dice(seed);
   Tally t;
-  for (int i = 0; i < arms; ++i) {
+  for (int i = 0; i < drawsOf(arms); ++i) {
     const Arm arm = make(dice);
     const Vec3 to = arm.at(dice.angle(), dice.angle(), dice.angle());
     const ThreeAnglesList found = arm.to(to);
@@ -136,8 +138,8 @@ TEST(ThreeAxesSearch, FindsAsManyForLinesAnywhere) {
       400, 21, [](Dice& d) { return Arm{d.point(500), d.line(500), d.line(500), d.line(500)}; });
   EXPECT_EQ(t.different, 0);
   EXPECT_LT(t.unsure, 10);
-  EXPECT_GT(t.byCount[2], 50);
-  EXPECT_GT(t.byCount[4], 20);
+  EXPECT_GT(t.byCount[2], drawsOf(50));
+  EXPECT_GT(t.byCount[4], drawsOf(20));
 }
 
 TEST(ThreeAxesSearch, FindsAsManyForLinesThatMeetOrAreParallel) {
@@ -194,7 +196,7 @@ int usualCount(const Arm& arm, const Vec3& to, int steps) {
 TEST(ThreeAxesSearch, FindsAsManyForUsualArms) {
   Dice d(24);
   int unsure = 0;
-  for (int i = 0; i < 200; ++i) {
+  for (int i = 0; i < drawsOf(200); ++i) {
     Arm arm = usualArm(d.between(-100, 200), d.between(-150, 150), d.between(100, 500),
                        d.between(100, 500), d.between(-100, 100));
     if (d.coin()) arm.l2.direction = arm.l3.direction = tilted(arm.l2.direction, 0.5, d);
