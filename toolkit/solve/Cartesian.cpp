@@ -1,5 +1,6 @@
 // Machines with linear axes: one or two rotary axes turn the tool, then the linear ones carry it.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <optional>
 
@@ -148,8 +149,8 @@ class Choice {
     if (addMemberAt(kept, isKept) == Added::some) return;
     std::optional<double> rough;
     for (const double degrees : placesOfSecond(query_, first_, second_, values_)) {
-      for (const double hair : {0.0, -kHair, kHair}) {
-        const double there = std::clamp(degrees + hair, second.min, second.max);
+      for (const double hairs : kHairs) {
+        const double there = std::clamp(degrees + hairs * kHair, second.min, second.max);
         const Added added = addMemberAt(there, true);
         if (added == Added::some) return;
         if (added == Added::noneFine && !rough) rough = there;
@@ -157,6 +158,10 @@ class Choice {
     }
     if (rough) addMemberAt(*rough, false);
   }
+
+  /// Where linear joints almost lie in one plane what they leave to the first joint ends in a
+  /// corner so sharp that a hair inside rounding still hides it.
+  static constexpr std::array kHairs{0.0, -1.0, 1.0, -100.0, 100.0};
 
   enum class Added { none, noneFine, some };
 
