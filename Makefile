@@ -6,7 +6,7 @@ SECONDS ?= 600
 COUNT ?= 200
 
 help:
-	@echo "make demo       build, ask the command line about two example machines, write one as GLB"
+	@echo "make demo       build, ask the command line about example machines, write one as GLB, put one on a path"
 	@echo "make test       build with warnings as errors and run every test"
 	@echo "make test-long  the same, with twenty times as many cases in each property, and big files (5 GB of memory)"
 	@echo "make bench      run the benchmarks, write benchmarks/results.md; some minutes on a quiet machine"
@@ -50,13 +50,13 @@ bench-record:
 fuzz:
 	scripts/install-deps build test clang
 	cmake --preset fuzz
-	cmake --build build/fuzz --target fuzz/all
+	cmake --build --preset fuzz
 	scripts/fuzz $(SECONDS)
 
 fuzz-quick:
 	scripts/install-deps build test clang
 	cmake --preset fuzz-quick
-	cmake --build build/fuzz-quick --target fuzz/all
+	cmake --build --preset fuzz-quick
 	scripts/fuzz --quick $(SECONDS)
 
 mutate:
