@@ -79,6 +79,7 @@ struct Piece {
 struct Touch {
   std::size_t piece;
   Angles degrees;
+  Branch branch{};  ///< At a fold.
 };
 
 /// A way between two places, x from 0 to 1; towards a fold, where it meets another way, slower: the
@@ -113,7 +114,7 @@ struct Scratch {
   std::vector<double> found;
   std::vector<End> ends;
   std::vector<Piece> pieces;
-  std::vector<Touch> first, open, next, now, later;
+  std::vector<Touch> first, open, next, now, later, folded;
   std::vector<Stop> stops;
 };
 
@@ -296,6 +297,7 @@ class Follower {
 
   void walk(const Node& a, const Node& b, bool isFirst) {
     s_.next.clear();
+    s_.folded.clear();
     std::array<bool, 8> isReached{};
     for (int i = 0; i < a.ways.count; ++i) {
       const ArmWay& way = a.ways.list[at(i)];
@@ -306,14 +308,15 @@ class Follower {
         walkThrough(a, b, way, b.ways.list[at(j)], isFirst);
         s_.next.insert(s_.next.end(), s_.now.begin(), s_.now.end());
       } else {
-        walkToFold({a.t, endOf(way, a.t, b.t).is, 1, way}, isFirst);
+        walkToFold({a.t, endOf(way, a.t, b.t, leastOf(way, a.ways, b.ways)).is, 1, way}, isFirst);
       }
     }
+    s_.folded.clear();
     for (int j = 0; j < b.ways.count; ++j) {
       if (isReached[at(j)]) continue;
       const ArmWay& way = b.ways.list[at(j)];
       s_.now.clear();
-      walkToFold({endOf(way, b.t, a.t).is, b.t, 0, way}, false);
+      walkToFold({endOf(way, b.t, a.t, leastOf(way, b.ways, a.ways)).is, b.t, 0, way}, false);
       s_.next.insert(s_.next.end(), s_.now.begin(), s_.now.end());
     }
   }
@@ -340,7 +343,22 @@ class Follower {
     setSlopes(run, from, 1.0);
     setSlopes(run, to, 1.0);
     begin(run, from, isFirst);
+    if (run.fold == 0) joinAtFold(run.way.branch);
     walkRun(run, from, to);
+    if (run.fold == 1) joinAtFold(run.way.branch);
+  }
+
+  /// Pieces of two ways of one branch that meet at a fold are one.
+  void joinAtFold(const Branch& branch) {
+    for (const Touch& here : s_.now) {
+      for (const Touch& other : s_.folded) {
+        const bool isOne = other.branch == branch;
+        if (isOne && areWithin(here.degrees, other.degrees, kSameMember)) {
+          join(other.piece, here.piece);
+        }
+      }
+    }
+    for (const Touch& here : s_.now) s_.folded.push_back({here.piece, here.degrees, branch});
   }
 
   void begin(const Run& run, const Stop& from, bool isFirst) {
@@ -348,9 +366,18 @@ class Follower {
     if (isFirst && run.fold != 0) s_.first.insert(s_.first.end(), s_.now.begin(), s_.now.end());
   }
 
-  /// Where a way ends towards `to`, which has none of its branch. Two that meet have one end.
-  End endOf(const ArmWay& way, double from, double to) {
-    const auto isAt = [&](double t) { return matchOf(waysAt(t, &way.branch), way) >= 0; };
+  /// As long as a way goes on there are so many of its branch: of two, one may become another
+  /// branch while the other one goes on.
+  static int leastOf(const ArmWay& way, const ArmWays& from, const ArmWays& to) {
+    return countOf(to, way.branch) > 0 ? countOf(from, way.branch) : 1;
+  }
+
+  /// Where a way ends towards `to`, which has fewer than `least` of its branch. Two that meet have
+  /// one end.
+  End endOf(const ArmWay& way, double from, double to, int least = 1) {
+    const auto isAt = [&](double t) {
+      return countOf(waysAt(t, &way.branch), way.branch) >= least;
+    };
     const auto isWithin = [&](double t) { return (t - from) * (to - t) >= 0; };
     const auto known = std::find_if(s_.ends.begin(), s_.ends.end(), [&](const End& end) {
       return isWithin(end.is) && isWithin(end.isNot) && isAt(end.is) && !isAt(end.isNot);
