@@ -296,8 +296,10 @@ class Scan {
   /// What is wrong with the members that a solver gives, or "": a piece that is long enough for the
   /// scan to be sure of it has none, or one has two. What is shorter the solver alone sees.
   std::string faultOf(const std::vector<Solution>& members) {
-    constexpr std::size_t kLong = 10;         // places
-    constexpr double kOn = 0.5, kEnd = 15.0;  // degrees: at its fold a piece goes on for a while
+    constexpr std::size_t kLong = 10;  // places
+    constexpr double kOn = 0.2;        // degrees
+    constexpr double kAtFold = 15.0;   // what a piece may go on for behind its last place
+    constexpr double kAtStraightWrist = 90.0;
     std::map<std::size_t, std::size_t> indices;
     std::vector<std::size_t> pieceOf, lengths;
     for (const Scanned& place : places_) {
@@ -314,8 +316,9 @@ class Scan {
         double& least = nearest[pieceOf[k]];
         least = std::min(least, apartOf(place.values, member.values));
       }
+      const bool isStraight = member.singular.directionRad < 1e-4;
       for (std::size_t k = 0; k < lengths.size(); ++k) {
-        seen[k] += nearest[k] < kEnd;
+        seen[k] += nearest[k] < (isStraight ? kAtStraightWrist : kAtFold);
         on[k] += nearest[k] < kOn;
       }
     }
