@@ -352,10 +352,8 @@ class Follower {
   void joinAtFold(const Branch& branch) {
     for (const Touch& here : s_.now) {
       for (const Touch& other : s_.folded) {
-        const bool isOne = other.branch == branch;
-        if (isOne && areWithin(here.degrees, other.degrees, kSameMember)) {
-          join(other.piece, here.piece);
-        }
+        if (other.branch != branch) continue;
+        if (areWithin(here.degrees, other.degrees, kSameMember)) join(other.piece, here.piece);
       }
     }
     for (const Touch& here : s_.now) s_.folded.push_back({here.piece, here.degrees, branch});

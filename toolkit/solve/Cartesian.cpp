@@ -159,8 +159,8 @@ class Choice {
     if (rough) addMemberAt(*rough, false);
   }
 
-  /// Where linear joints almost lie in one plane what they leave to the first joint ends in a
-  /// corner so sharp that a hair inside rounding still hides it.
+  /// What linear joints almost in one plane leave to the two joints ends in a corner so sharp that
+  /// one hair inside it rounding still hides the place of the first.
   static constexpr std::array kHairs{0.0, -1.0, 1.0, -100.0, 100.0};
 
   enum class Added { none, noneFine, some };
